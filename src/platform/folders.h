@@ -1,0 +1,32 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+#include <QString>
+#include <QStringList>
+
+namespace kv {
+
+// Free space of a file system as the design counts it: clusters and their size.
+struct FreeSpace
+{
+    std::int64_t freeClusters = 0;
+    std::int64_t sectorsPerCluster = 0;
+    std::int64_t bytesPerSector = 0;
+};
+
+class Folders
+{
+public:
+    virtual ~Folders() = default;
+    // Plain, non-hidden files of folder whose names match pattern ("*.wav": the extension,
+    // compared without regard to case), sorted alphabetically without regard to case.
+    // Nothing when the folder cannot be listed.
+    virtual std::optional<QStringList> listFiles(const QString &folder, const QString &pattern) = 0;
+    // Non-hidden sub-folders of folder, sorted like listFiles; nothing when it cannot be listed.
+    virtual std::optional<QStringList> listFolders(const QString &folder) = 0;
+    virtual std::optional<FreeSpace> freeSpace(const QString &folder) = 0;
+};
+
+} // namespace kv

@@ -1,0 +1,109 @@
+#include "platform/posix/posixfiles.h"
+
+#include <cerrno>
+
+#include <QFile>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace kv {
+
+namespace {
+
+class FdByteSource : public ByteSource
+{
+public:
+    FdByteSource(int fd, std::int64_t size) : m_fd(fd), m_size(size) {}
+    ~FdByteSource() override { ::close(m_fd); }
+    FdByteSource(const FdByteSource &) = delete;
+    FdByteSource &operator=(const FdByteSource &) = delete;
+
+    std::int64_t size() const override { return m_size; }
+    std::int64_t read(std::int64_t offset, char *dst, std::int64_t n) override
+    {
+        std::int64_t done = 0;
+        while (done < n) {
+            const ssize_t got = ::pread(m_fd, dst + done, static_cast<size_t>(n - done), offset + done);
+            if (got < 0) {
+                if (errno == EINTR)
+                    continue;
+                return done > 0 ? done : -1;
+            }
+            if (got == 0)
+                break;
+            done += got;
+        }
+        return done;
+    }
+
+private:
+    int m_fd;
+    std::int64_t m_size;
+};
+
+} // namespace
+
+std::optional<std::int64_t> PosixFiles::fileSize(const QString &path)
+{
+    struct stat st {};
+    if (::stat(QFile::encodeName(path).constData(), &st) != 0 || !S_ISREG(st.st_mode))
+        return std::nullopt;
+    return static_cast<std::int64_t>(st.st_size);
+}
+
+std::unique_ptr<ByteSource> PosixFiles::open(const QString &path)
+{
+    const int fd = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0)
+        return nullptr;
+    struct stat st {};
+    if (::fstat(fd, &st) != 0 || !S_ISREG(st.st_mode)) {
+        ::close(fd);
+        return nullptr;
+    }
+    return std::make_unique<FdByteSource>(fd, static_cast<std::int64_t>(st.st_size));
+}
+
+RemoveResult PosixFiles::remove(const QString &path)
+{
+    if (::unlink(QFile::encodeName(path).constData()) == 0)
+        return RemoveResult::Removed;
+    return (errno == EACCES || errno == EPERM || errno == EROFS || errno == EBUSY)
+               ? RemoveResult::AccessDenied
+               : RemoveResult::OtherError;
+}
+
+std::optional<QByteArray> PosixFiles::readAll(const QString &path)
+{
+    QFile f(path);
+    if (!f.open(QIODevice::ReadOnly))
+        return std::nullopt;
+    QByteArray bytes = f.readAll();
+    if (f.error() != QFileDevice::NoError)
+        return std::nullopt;
+    return bytes;
+}
+
+bool PosixFiles::writeAtStart(const QString &path, const QByteArray &bytes)
+{
+    const int fd = ::open(QFile::encodeName(path).constData(), O_WRONLY | O_CREAT | O_CLOEXEC, 0644);
+    if (fd < 0)
+        return false;
+    qsizetype done = 0;
+    bool ok = true;
+    while (done < bytes.size()) {
+        const ssize_t put = ::pwrite(fd, bytes.constData() + done, static_cast<size_t>(bytes.size() - done), done);
+        if (put < 0 && errno == EINTR)
+            continue;
+        if (put <= 0) {
+            ok = false;
+            break;
+        }
+        done += put;
+    }
+    return (::close(fd) == 0) && ok;
+}
+
+} // namespace kv

@@ -1,0 +1,83 @@
+#include "platform/posix/posixfolders.h"
+
+#include <algorithm>
+
+#include <QFile>
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/statvfs.h>
+#include <unistd.h>
+
+namespace kv {
+
+namespace {
+
+enum class EntryKind { File, Folder };
+
+void sortNames(QStringList &names)
+{
+    std::sort(names.begin(), names.end(), [](const QString &a, const QString &b) {
+        const int c = a.compare(b, Qt::CaseInsensitive);
+        return c != 0 ? c < 0 : a < b;
+    });
+}
+
+// Reads one folder, keeping the non-hidden entries of one kind that pass keep(name).
+template <typename Keep>
+std::optional<QStringList> listEntries(const QString &folder, EntryKind kind, Keep keep)
+{
+    DIR *dir = ::opendir(QFile::encodeName(folder).constData());
+    if (dir == nullptr)
+        return std::nullopt;
+    const int dfd = ::dirfd(dir);
+    QStringList names;
+    while (const dirent *e = ::readdir(dir)) {
+        if (e->d_name[0] == '.')
+            continue;
+        const QString name = QFile::decodeName(e->d_name);
+        if (!keep(name))
+            continue;
+        bool isFile = e->d_type == DT_REG;
+        bool isDir = e->d_type == DT_DIR;
+        if (e->d_type == DT_UNKNOWN || e->d_type == DT_LNK) {
+            struct stat st {};
+            if (::fstatat(dfd, e->d_name, &st, 0) != 0)
+                continue;
+            isFile = S_ISREG(st.st_mode);
+            isDir = S_ISDIR(st.st_mode);
+        }
+        if ((kind == EntryKind::File && isFile) || (kind == EntryKind::Folder && isDir))
+            names.append(name);
+    }
+    ::closedir(dir);
+    sortNames(names);
+    return names;
+}
+
+} // namespace
+
+std::optional<QStringList> PosixFolders::listFiles(const QString &folder, const QString &pattern)
+{
+    // "*.wav" lists every name ending in ".wav", ".WAV", ".Wav"...
+    const QString suffix = pattern.startsWith(QLatin1Char('*')) ? pattern.mid(1) : pattern;
+    return listEntries(folder, EntryKind::File, [&](const QString &name) {
+        return name.size() > suffix.size() && name.endsWith(suffix, Qt::CaseInsensitive);
+    });
+}
+
+std::optional<QStringList> PosixFolders::listFolders(const QString &folder)
+{
+    return listEntries(folder, EntryKind::Folder, [](const QString &) { return true; });
+}
+
+std::optional<FreeSpace> PosixFolders::freeSpace(const QString &folder)
+{
+    struct statvfs sv {};
+    if (::statvfs(QFile::encodeName(folder).constData(), &sv) != 0)
+        return std::nullopt;
+    return FreeSpace{static_cast<std::int64_t>(sv.f_bavail), 1, static_cast<std::int64_t>(sv.f_frsize)};
+}
+
+} // namespace kv
