@@ -1,0 +1,40 @@
+#pragma once
+
+#include <functional>
+#include <vector>
+
+#include <QString>
+#include <QStringList>
+
+namespace kv::cli {
+
+// Exit statuses shared by every subcommand.
+enum ExitStatus { ExitOk = 0, ExitFailedJobs = 1, ExitUsage = 2, ExitNoJobs = 3, ExitInterrupted = 130 };
+
+struct Command
+{
+    QString name;
+    QString synopsis; // one usage line, without the program name
+    QString help;     // the text of "kestrelvane-cli NAME --help"
+    std::function<int(const QStringList &args)> run; // args after the command name
+};
+
+// Subcommands register themselves from their own source file.
+std::vector<Command> &commands();
+
+struct Registration
+{
+    explicit Registration(Command command) { commands().push_back(std::move(command)); }
+};
+
+// UTF-8 output helpers.
+void out(const QString &text);
+void err(const QString &text);
+
+// Folder of the running executable, ending in "/".
+QString programFolder();
+
+// Prints the usage of one command on standard error and returns ExitUsage.
+int usageError(const Command &command, const QString &problem);
+
+} // namespace kv::cli

@@ -1,0 +1,85 @@
+#include <cstdio>
+
+#include <QCoreApplication>
+
+#include "cli/command.h"
+
+namespace kv::cli {
+
+std::vector<Command> &commands()
+{
+    static std::vector<Command> all;
+    return all;
+}
+
+void out(const QString &text)
+{
+    const QByteArray bytes = text.toUtf8();
+    std::fwrite(bytes.constData(), 1, static_cast<size_t>(bytes.size()), stdout);
+}
+
+void err(const QString &text)
+{
+    const QByteArray bytes = text.toUtf8();
+    std::fwrite(bytes.constData(), 1, static_cast<size_t>(bytes.size()), stderr);
+    std::fflush(stderr);
+}
+
+QString programFolder()
+{
+    QString folder = QCoreApplication::applicationDirPath();
+    if (!folder.endsWith(QLatin1Char('/')))
+        folder += QLatin1Char('/');
+    return folder;
+}
+
+int usageError(const Command &command, const QString &problem)
+{
+    if (!problem.isEmpty())
+        err(QStringLiteral("kestrelvane-cli: ") + problem + QLatin1Char('\n'));
+    err(QStringLiteral("usage: kestrelvane-cli ") + command.synopsis + QLatin1Char('\n'));
+    return ExitUsage;
+}
+
+namespace {
+
+QString overview()
+{
+    QString text = QStringLiteral("usage:\n");
+    for (const Command &c : commands())
+        text += QStringLiteral("  kestrelvane-cli ") + c.synopsis + QLatin1Char('\n');
+    text += QStringLiteral("  kestrelvane-cli COMMAND --help\n");
+    return text;
+}
+
+} // namespace
+
+} // namespace kv::cli
+
+int main(int argc, char **argv)
+{
+    using namespace kv::cli;
+    QCoreApplication app(argc, argv);
+    QStringList args = app.arguments().mid(1);
+    if (args.isEmpty()) {
+        err(overview());
+        return ExitUsage;
+    }
+    const QString name = args.takeFirst();
+    if (name == QLatin1String("--help") || name == QLatin1String("-h") || name == QLatin1String("help")) {
+        out(QStringLiteral("kestrelvane-cli: list, inspect and convert audio folders without the window.\n\n")
+            + overview());
+        return ExitOk;
+    }
+    for (const Command &c : commands()) {
+        if (c.name != name)
+            continue;
+        if (args.contains(QLatin1String("--help")) || args.contains(QLatin1String("-h"))) {
+            out(QStringLiteral("usage: kestrelvane-cli ") + c.synopsis + QStringLiteral("\n\n") + c.help);
+            return ExitOk;
+        }
+        return c.run(args);
+    }
+    err(QStringLiteral("kestrelvane-cli: unknown command \"") + name + QStringLiteral("\"\n") + overview());
+    return ExitUsage;
+}
