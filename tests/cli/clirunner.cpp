@@ -1,0 +1,29 @@
+#include "clirunner.h"
+
+#include <QProcess>
+
+QString cliPath()
+{
+    return QStringLiteral(KV_BIN_DIR "/kestrelvane-cli");
+}
+
+CliResult runCli(const QStringList &args, const QProcessEnvironment &env, int timeoutMs)
+{
+    QProcess p;
+    QProcessEnvironment e = env.isEmpty() ? QProcessEnvironment::systemEnvironment() : env;
+    if (!e.contains(QStringLiteral("LC_ALL")))
+        e.insert(QStringLiteral("LC_ALL"), QStringLiteral("C.UTF-8"));
+    p.setProcessEnvironment(e);
+    p.start(cliPath(), args);
+    CliResult r;
+    if (!p.waitForFinished(timeoutMs)) {
+        p.kill();
+        p.waitForFinished();
+        r.err = QStringLiteral("timed out");
+        return r;
+    }
+    r.out = QString::fromUtf8(p.readAllStandardOutput());
+    r.err = QString::fromUtf8(p.readAllStandardError());
+    r.status = p.exitStatus() == QProcess::NormalExit ? p.exitCode() : -1;
+    return r;
+}

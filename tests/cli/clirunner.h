@@ -1,0 +1,19 @@
+#pragma once
+
+#include <QByteArray>
+#include <QProcessEnvironment>
+#include <QString>
+#include <QStringList>
+
+// Runs the built kestrelvane-cli and captures what it printed and how it ended.
+struct CliResult
+{
+    QString out;
+    QString err;
+    int status = -1;
+};
+
+CliResult runCli(const QStringList &args, const QProcessEnvironment &env = {}, int timeoutMs = 120000);
+
+// The built binary's path.
+QString cliPath();
