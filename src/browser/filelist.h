@@ -51,4 +51,13 @@ struct ScanContext
     std::function<void()> resetPlayRow;   // the player's current row back to 1
 };
 
+// Where a scan ended. Short of Finished it stopped silently at a failure, keeping what it had
+// done: NotListed when the folder could not be read (rows and panels as they were), Stopped
+// when a later step failed (for example a partial row that the totals cannot read).
+enum class ScanEnd { Finished, NotListed, Stopped };
+
+// Lists the current folder again through the readers, writes the totals into panels 3 to 6 and
+// the free space into panel 2, then refreshes the selection statistics and rewinds the player.
+ScanEnd ScanFolder(ScanContext &context);
+
 } // namespace kv
