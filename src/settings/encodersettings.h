@@ -78,13 +78,20 @@ private:
     QString m_modePart;
 };
 
+// Runs under its own guard: a store beyond 16 bits or an unreadable CBR entry ends it there, and
+// the estimates not reached keep what the caller put in.
 void EstimateBitrates(const EncoderSettings &settings, BitrateEstimates &estimates);
 
 // The number in the first three characters of a CBR list entry ("192 kbps" -> 192, " 8 kbps" -> 8).
+// An index outside the list has no entry text to read: that is a Failure.
 int cbrKbps(int cbrIndex);
 
 // "192 kbps" for the ABR sliders; "--quality 6" / "--quality 4,5" for the quality sliders.
 QString abrLabelText(int kbps);
 QString qualityLabelText(int tenths, const QLocale &locale);
+
+// Removes leading and trailing blanks only; tabs and other white space stay, as the window's
+// own trimming always did.
+QString trimBlanks(const QString &text);
 
 } // namespace kv

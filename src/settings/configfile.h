@@ -1,0 +1,33 @@
+#pragma once
+
+#include <QString>
+
+#include "platform/files.h"
+#include "settings/configrecord.h"
+#include "settings/settingscontrols.h"
+
+namespace kv {
+
+// programFolder (ending in "/") + "kestrvan.cfg".
+QString configFilePath(const QString &programFolder);
+
+// The start-up test: the file exists and is exactly one record long. Any other file is left alone
+// (and overwritten from its start by the next save).
+bool configFileQualifies(const QString &path, Files &files);
+
+// The thirteen encoder settings back to their defaults, each through its control, then the
+// slider labels. Tab, language, window and folder stay. False if a control refused a value.
+bool ResetToDefaults(SettingsControls &controls);
+
+// Reads the record into `record` and applies it to the controls step by step. The first refused
+// value ends the load silently: what was applied stays, the rest keeps its value. False when the
+// load ended early (or the file could not be read as one record).
+bool LoadConfig(const QString &path, Files &files, SettingsControls &controls, ConfigRecord &record);
+
+// Gathers the controls into `record` and writes it at the start of the file. The first refused
+// value (a list without selection, say) ends the save before anything is written. False then,
+// or when the file cannot be written.
+bool SaveConfig(const QString &path, Files &files, const SettingsControls &controls,
+                ConfigRecord &record);
+
+} // namespace kv

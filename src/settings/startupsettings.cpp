@@ -1,0 +1,18 @@
+#include "settings/startupsettings.h"
+
+#include "settings/configfile.h"
+
+namespace kv {
+
+StartupSettings loadStartupSettings(const QString &configPath, Files &files, const QLocale &locale)
+{
+    StartupSettings startup{SettingsControls(locale), ConfigRecord(), false, false};
+    ResetToDefaults(startup.controls);
+    if (configFileQualifies(configPath, files)) {
+        startup.fileRead = true;
+        startup.loadCompleted = LoadConfig(configPath, files, startup.controls, startup.record);
+    }
+    return startup;
+}
+
+} // namespace kv
