@@ -1,0 +1,46 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+#include <QString>
+#include <QStringList>
+
+namespace kv {
+
+// An opaque number for one started process; 0 is "no process". A handle stays valid for the
+// life of the program (handles are never closed), and never names a later process that happens
+// to get the same system id.
+using ProcessHandle = std::int64_t;
+
+// Whose environment a started program gets: codecs get none at all, the system's sound player
+// gets the program's own.
+enum class ChildEnvironment { Empty, Inherited };
+
+// Child processes: started hidden in a group of their own, polled without waiting, and killed
+// with their whole group. Never throws.
+class Processes
+{
+public:
+    virtual ~Processes() = default;
+    // Starts the program a command line names (first argument, absolute path); nothing when the
+    // process could not be created.
+    virtual std::optional<ProcessHandle> start(const QString &commandLine, ChildEnvironment environment) = 0;
+    // Zero-wait poll. A process that ended, an unknown handle and handle 0 all count as ended.
+    virtual bool hasEnded(ProcessHandle handle) = 0;
+    // Kills the process's whole group and reaps it; nothing happens to a process already reaped.
+    virtual void kill(ProcessHandle handle) = 0;
+    // Number of processors, 1 to 8.
+    virtual int processorCount() = 0;
+};
+
+// Splits a command line into arguments the way the codecs' original platform does for double
+// quotes: blanks and tabs separate, a double quote switches grouping on and off (and is dropped),
+// runs of blanks make no empty argument, a quoted "" alone is one empty argument.
+// Backslashes are ordinary characters.
+QStringList splitCommandLine(const QString &commandLine);
+
+// What the machine reports, clamped to the 1 to 8 conversions that may run at once.
+int clampProcessorCount(long reported);
+
+} // namespace kv
