@@ -1,0 +1,310 @@
+#include "engine/conversionrun.h"
+
+#include <algorithm>
+
+#include "browser/filelist.h"
+#include "common/clocktime.h"
+#include "common/failure.h"
+#include "common/rounding.h"
+#include "common/texts.h"
+#include "engine/commandline.h"
+#include "platform/clock.h"
+#include "platform/files.h"
+#include "settings/encodersettings.h"
+#include "ui/uitext.h"
+
+namespace kv {
+
+namespace {
+
+const QString zeroTime = QStringLiteral("0:00:00");
+
+// The number a size column starts with ("176 KB" -> 176).
+double leadingNumber(const QString &sizeText)
+{
+    const qsizetype blank = sizeText.indexOf(QLatin1Char(' '));
+    return numberFromText(blank < 0 ? sizeText : sizeText.left(blank));
+}
+
+} // namespace
+
+ConversionRun::ConversionRun(ConversionContext context, const UiText &text)
+    : m_context(std::move(context)), m_text(&text)
+{
+}
+
+double ConversionRun::nowSeconds()
+{
+    return m_context.clock.secondsSinceMidnight();
+}
+
+int ConversionRun::countStatus(const QString &status) const
+{
+    return static_cast<int>(std::count_if(m_jobs.begin(), m_jobs.end(),
+                                          [&](const EncodeJob &j) { return j[EncodeJob::Status] == status; }));
+}
+
+bool ConversionRun::PrepareJobs(bool allFiles, int cbrIndex, int processorCount)
+{
+    bool started = false;
+    guarded([&] {
+        const RunParameters &p = m_context.parameters;
+        const FileListState &list = m_context.list;
+        m_jobs.clear();
+        for (const FileRow &row : list.rows) {
+            // mpcenc takes only a few sampling rates; the window only offers 44100 Hz sources.
+            if (p.targetExtension == QLatin1String(".mpc")
+                && numberFromText(row.info[MediaInfo::Sampling]) != 44100)
+                continue;
+            // High constant bitrates are refused by the encoder for low-rate sources.
+            if (p.options.startsWith(QLatin1String("--preset cbr")) && kv::cbrKbps(cbrIndex) > 160
+                && numberFromText(row.info[MediaInfo::Sampling]) < 32000)
+                continue;
+            if (!allFiles && !row.checked)
+                continue;
+            EncodeJob job;
+            job[EncodeJob::Name] = row.info[MediaInfo::Name];
+            m_jobs.push_back(job);
+            const JobPaths paths = jobPaths(list.currentFolder, job[EncodeJob::Name], p.targetExtension);
+            const std::int64_t bytes = m_context.files.fileSize(paths.source).value_or(0);
+            m_jobs.back()[EncodeJob::SourceSize] = QString::number(sizeInKb(bytes)) + m_text->kbUnit;
+        }
+        if (m_jobs.empty())
+            return;
+        if (m_context.stopPlayer)
+            m_context.stopPlayer();
+        m_state.jobCount = Int16(static_cast<long long>(m_jobs.size()));
+        // Decoders write one file at a time; encoders get a processor each.
+        m_state.slotCount = p.sourceExtension == QLatin1String(".wav") ? Int16(processorCount) : Int16(1);
+        for (SlotState &slot : m_state.slots) {
+            slot.job = 0;
+            slot.handle = 0;
+        }
+        m_display.stopEnabled = true;
+        m_display.closeEnabled = false;
+        m_state.stopFlag = 0;
+        m_state.totalSourceKb = 0;
+        for (int i = 0; i < m_state.slotCount; ++i)
+            m_display.indicators.at(static_cast<size_t>(i)) = Activity::Idle;
+        m_display.labels[2] = m_text->finishedLabel + QStringLiteral("0") + m_text->ofLabel
+                              + QString::number(m_state.jobCount.value());
+        m_display.frameVisible = true;
+        m_state.runStart = static_cast<float>(nowSeconds());
+        m_display.timerEnabled = true;
+        started = true;
+    });
+    return started;
+}
+
+void ConversionRun::tick()
+{
+    if (!m_display.timerEnabled)
+        return;
+    guarded([&] {
+        const Int32 e = elapsedSeconds(nowSeconds(), m_state.runStart);
+        if (e >= 0 && e < m_display.barMax)
+            m_display.barValue = e;
+        else
+            m_display.barValue = m_display.barMax;
+        m_display.labels[0] = durationText(e);
+        m_display.labels[1] = m_display.barMax > m_display.barValue
+                                  ? durationText(Int32::fromReal(m_display.barMax - m_display.barValue))
+                                  : zeroTime;
+        for (int slot = 1; slot <= m_state.slotCount; ++slot) {
+            if (m_context.processes.hasEnded(m_state.slots.at(static_cast<size_t>(slot - 1)).handle))
+                RunSlot(slot);
+        }
+    });
+}
+
+void ConversionRun::RunSlot(int slot)
+{
+    guarded([&] { runSlot(slot); });
+}
+
+void ConversionRun::runSlot(int slotNumber)
+{
+    if (slotNumber < 1 || slotNumber > RunState::SlotLimit)
+        throw Failure("no such slot");
+    SlotState &slot = m_state.slots.at(static_cast<size_t>(slotNumber - 1));
+    // Only a job still "In Progress" is completed: a "Read only" or "Error" job never reaches the
+    // end tests below, so such a run keeps ticking until it is closed by hand. Kept on purpose.
+    if (slot.job >= 1 && m_jobs.at(static_cast<size_t>(slot.job.value() - 1))[EncodeJob::Status] == m_text->statusInProgress)
+        complete(slot, slotNumber - 1);
+    launchNext(slot);
+}
+
+void ConversionRun::complete(SlotState &slot, int slotIndex)
+{
+    const RunParameters &p = m_context.parameters;
+    const QString &folder = m_context.list.currentFolder;
+    Files &files = m_context.files;
+    EncodeJob &job = m_jobs.at(static_cast<size_t>(slot.job.value() - 1));
+
+    const double sourceKb = leadingNumber(job[EncodeJob::SourceSize]);
+    const JobPaths paths = jobPaths(folder, job[EncodeJob::Name], p.targetExtension);
+    const Int32 targetKb = sizeInKb(files.fileSize(paths.target).value_or(0));
+    if (targetKb != 0) {
+        job[EncodeJob::Percent] = QString::number(Int32::fromReal(divide(targetKb.value() * 100.0, sourceKb)).value());
+        job[EncodeJob::SourceSize] = QString::number(Int32::fromReal(sourceKb).value()) + m_text->kbUnit;
+        job[EncodeJob::TargetSize] = QString::number(targetKb.value()) + m_text->kbUnit;
+        job[EncodeJob::Status] = m_text->statusDone;
+        m_display.indicators.at(static_cast<size_t>(slotIndex)) = Activity::Idle;
+    } else {
+        job[EncodeJob::Status] = m_text->statusError;
+        job.bold = true;
+    }
+    job[EncodeJob::Time] = durationText(elapsedSeconds(nowSeconds(), slot.start));
+
+    // Progress: finished jobs count whole, running ones by their target's size scaled by R.
+    // R is the plain sum of the finished jobs' percentages, not their mean; the estimate has
+    // always been made this way and the remaining time shown depends on it.
+    auto bytesOf = [&](const QString &path) { return static_cast<double>(files.fileSize(path).value_or(0)); };
+    double processedKb = 0;
+    double ratioSum = 0;
+    for (const EncodeJob &j : m_jobs) {
+        if (j[EncodeJob::Status] != m_text->statusDone)
+            continue;
+        const JobPaths jp = jobPaths(folder, j[EncodeJob::Name], p.targetExtension);
+        const double sourceBytes = bytesOf(jp.source);
+        processedKb += sourceBytes / 1024;
+        ratioSum += divide(bytesOf(jp.target), sourceBytes) * 100;
+    }
+    for (const EncodeJob &j : m_jobs) {
+        if (j[EncodeJob::Status] != m_text->statusInProgress || ratioSum <= 0)
+            continue;
+        const JobPaths jp = jobPaths(folder, j[EncodeJob::Name], p.targetExtension);
+        processedKb += bytesOf(jp.target) / ratioSum * 100 / 1024;
+    }
+
+    const Int16 done = countStatus(m_text->statusDone);
+    if (done == 1 && m_state.jobCount > m_state.slotCount) {
+        double total = 0;
+        for (const EncodeJob &j : m_jobs)
+            total += bytesOf(jobPaths(folder, j[EncodeJob::Name], p.targetExtension).source) / 1024;
+        m_state.totalSourceKb = total;
+        m_display.remainingVisible = true;
+        m_display.barVisible = true;
+    }
+    if (processedKb > 0) {
+        const double estimate =
+            m_state.totalSourceKb / processedKb * elapsedSeconds(nowSeconds(), m_state.runStart);
+        if (estimate >= 0)
+            m_display.barMax = estimate;
+    }
+    const Int16 rows = static_cast<long long>(m_jobs.size());
+    m_display.labels[2] = m_text->finishedLabel + QString::number(done.value()) + m_text->ofLabel
+                          + QString::number(rows.value());
+    m_display.selectedRow = slot.job.value() - 1;
+
+    if (done >= rows)
+        endOfRun();
+    if (m_state.stopFlag == 1 && countStatus(m_text->statusInProgress) == 0)
+        endOfRun();
+}
+
+void ConversionRun::launchNext(SlotState &slot)
+{
+    const auto waiting = std::find_if(m_jobs.begin(), m_jobs.end(),
+                                      [](const EncodeJob &j) { return j[EncodeJob::Status].isEmpty(); });
+    if (waiting == m_jobs.end())
+        return;
+    EncodeJob &job = *waiting;
+    const Int16 row = static_cast<long long>(waiting - m_jobs.begin()) + 1;
+    const RunParameters &p = m_context.parameters;
+    const JobPaths paths = jobPaths(m_context.list.currentFolder, job[EncodeJob::Name], p.targetExtension);
+
+    if (m_context.files.fileSize(paths.target).has_value()) {
+        switch (m_context.files.remove(paths.target)) {
+        case RemoveResult::Removed:
+            break;
+        case RemoveResult::AccessDenied:
+            // Marked now; a launch that succeeds overwrites the word but the bold stays.
+            job[EncodeJob::Status] = m_text->statusReadOnly;
+            job.bold = true;
+            break;
+        case RemoveResult::OtherError:
+            throw Failure("target cannot be deleted");
+        }
+    }
+
+    // A double quote in a path cannot be carried by the quoted command line: the codec would be
+    // handed other file names. Such a job fails to launch instead.
+    std::optional<ProcessHandle> handle;
+    if (!paths.source.contains(QLatin1Char('"')) && !paths.target.contains(QLatin1Char('"'))) {
+        handle = m_context.processes.start(buildCommandLine(m_context.programFolder, p.codec, p.options, paths),
+                                           ChildEnvironment::Empty);
+    }
+    const auto slotIndex = static_cast<size_t>(&slot - m_state.slots.data());
+    if (handle) {
+        job[EncodeJob::Status] = m_text->statusInProgress;
+        slot.handle = *handle;
+        m_display.indicators.at(slotIndex) = Activity::Running;
+    } else {
+        // The slot keeps its old, ended handle, so the next tick offers it the next job.
+        job[EncodeJob::Status] = m_text->statusReadOnly;
+    }
+    slot.job = row;
+    slot.start = static_cast<float>(nowSeconds());
+}
+
+void ConversionRun::endOfRun()
+{
+    m_display.timerEnabled = false;
+    m_display.stopEnabled = false;
+    m_display.closeEnabled = true;
+    m_display.barValue = m_display.barMax;
+    m_display.labels[1] = zeroTime;
+    if (m_context.beep)
+        m_context.beep();
+}
+
+void ConversionRun::stop()
+{
+    guarded([&] {
+        m_state.stopFlag = 1;
+        for (EncodeJob &job : m_jobs) {
+            if (!job[EncodeJob::Status].isEmpty())
+                continue;
+            m_state.jobCount -= 1;
+            job[EncodeJob::Status] = m_text->statusBreak;
+            job.bold = true;
+        }
+        m_display.stopEnabled = false;
+    });
+}
+
+void ConversionRun::close()
+{
+    m_display.frameVisible = false;
+    m_display.remainingVisible = false;
+    m_display.barVisible = false;
+}
+
+bool ConversionRun::idle()
+{
+    if (std::any_of(m_jobs.begin(), m_jobs.end(), [](const EncodeJob &j) { return j[EncodeJob::Status].isEmpty(); }))
+        return false;
+    for (int i = 0; i < m_state.slotCount; ++i) {
+        if (!m_context.processes.hasEnded(m_state.slots.at(static_cast<size_t>(i)).handle))
+            return false;
+    }
+    return true;
+}
+
+void ConversionRun::abortRunning()
+{
+    for (int i = 0; i < m_state.slotCount; ++i) {
+        const SlotState &slot = m_state.slots.at(static_cast<size_t>(i));
+        if (m_context.processes.hasEnded(slot.handle))
+            continue;
+        m_context.processes.kill(slot.handle);
+        if (slot.job >= 1) {
+            const EncodeJob &job = m_jobs.at(static_cast<size_t>(slot.job.value() - 1));
+            m_context.files.remove(
+                jobPaths(m_context.list.currentFolder, job[EncodeJob::Name], m_context.parameters.targetExtension).target);
+        }
+    }
+}
+
+} // namespace kv

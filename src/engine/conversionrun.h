@@ -1,0 +1,118 @@
+#pragma once
+
+#include <array>
+#include <functional>
+#include <vector>
+
+#include <QString>
+
+#include "common/checked.h"
+#include "engine/encodejob.h"
+#include "engine/runparameters.h"
+#include "platform/processes.h"
+
+namespace kv {
+
+class Clock;
+class Files;
+struct FileListState;
+struct UiText;
+
+// The picture of one slot's activity indicator.
+enum class Activity { Hidden, Idle, Running };
+
+struct SlotState
+{
+    Int16 job = 0;             // 1-based row, 0 = none
+    ProcessHandle handle = 0;  // 0 = none
+    float start = 0;           // seconds since midnight, single precision like the clock it copies
+};
+
+struct RunState
+{
+    static constexpr int SlotLimit = 8;
+    std::array<SlotState, SlotLimit> slots;
+    Int16 jobCount = 0;
+    Int16 slotCount = 0;
+    Byte stopFlag = 0;
+    double totalSourceKb = 0;
+    float runStart = 0;
+};
+
+// What the conversion frame shows. labels: 0 elapsed, 1 remaining, 2 the finished line.
+struct RunDisplay
+{
+    bool frameVisible = false;
+    bool barVisible = false;
+    bool remainingVisible = false;
+    bool stopEnabled = false;
+    bool closeEnabled = false;
+    bool timerEnabled = false;
+    double barMax = 100; // the bar's own default until the first estimate
+    double barValue = 0;
+    std::array<QString, 3> labels;
+    std::array<Activity, RunState::SlotLimit> indicators{};
+    int selectedRow = -1; // 0-based, the job last completed
+};
+
+// What a run needs from outside. The parameters and the file list are the window's live state:
+// a launch reads them as they are at that moment.
+struct ConversionContext
+{
+    Clock &clock;
+    Processes &processes;
+    Files &files;
+    const RunParameters &parameters;
+    const FileListState &list;
+    QString programFolder;             // ends in "/"
+    std::function<void()> beep;        // end of a run
+    std::function<void()> stopPlayer;  // before a run starts
+};
+
+// The job list and the timer-driven scheduler that runs it. No thread: the owner calls tick()
+// every 100 ms while display().timerEnabled, and also whenever a child process ended.
+class ConversionRun
+{
+public:
+    ConversionRun(ConversionContext context, const UiText &text);
+
+    // The interface language; status words are compared in it.
+    void setText(const UiText &text) { m_text = &text; }
+
+    // Builds the job list from the file list and starts the run. allFiles: the Make All toggle;
+    // cbrIndex: the selected entry of the MP3 CBR list. Returns whether a run was started.
+    bool PrepareJobs(bool allFiles, int cbrIndex, int processorCount);
+    // tmrEncode's work: clock, progress bar, then a RunSlot for every slot whose process ended.
+    void tick();
+    // One scheduler step for slot 1 to 8: record its job's end, start the next waiting job.
+    void RunSlot(int slot);
+    // The Stop button: waiting jobs become "Break", running ones finish.
+    void stop();
+    // The Close button's part of the frame.
+    void close();
+
+    // True when no job waits and no slot's process runs (the command line ends there).
+    bool idle();
+    // Kills the running codecs' groups and deletes the targets they were writing.
+    void abortRunning();
+
+    const std::vector<EncodeJob> &jobs() const { return m_jobs; }
+    const RunState &state() const { return m_state; }
+    const RunDisplay &display() const { return m_display; }
+
+private:
+    void runSlot(int slot);
+    void complete(SlotState &slot, int slotIndex);
+    void launchNext(SlotState &slot);
+    void endOfRun();
+    int countStatus(const QString &status) const;
+    double nowSeconds();
+
+    ConversionContext m_context;
+    const UiText *m_text;
+    std::vector<EncodeJob> m_jobs;
+    RunState m_state;
+    RunDisplay m_display;
+};
+
+} // namespace kv
