@@ -1,0 +1,225 @@
+// kestrelvane-cli list: the file list of one folder with its status-bar totals and the selection
+// statistics, as the window would show them after opening the folder.
+
+#include <QDir>
+#include <QFileInfo>
+#include <QLocale>
+
+#include "browser/filelist.h"
+#include "browser/selectionstats.h"
+#include "cli/command.h"
+#include "media/readers.h"
+#include "platform/posix/posixfiles.h"
+#include "platform/posix/posixfolders.h"
+#include "settings/configfile.h"
+#include "settings/startupsettings.h"
+#include "ui/statusbar.h"
+#include "ui/uitext.h"
+
+namespace kv::cli {
+
+namespace {
+
+Command listCommand();
+
+const Command &self()
+{
+    static const Command command = listCommand();
+    return command;
+}
+
+struct ListRequest
+{
+    QString kind = QStringLiteral("wav");
+    bool russian = false;
+    QString folder;
+};
+
+// Fills request from args; an empty result means go on, anything else is the usage problem.
+QString parse(const QStringList &args, ListRequest &request)
+{
+    bool folderGiven = false;
+    bool optionsEnded = false;
+    for (qsizetype i = 0; i < args.size(); ++i) {
+        const QString &a = args.at(i);
+        QString name;
+        QString value;
+        if (!optionsEnded && a.startsWith(QLatin1String("--")) && a.size() > 2) {
+            const qsizetype eq = a.indexOf(QLatin1Char('='));
+            name = eq < 0 ? a : a.left(eq);
+            if (name != QLatin1String("--kind") && name != QLatin1String("--lang"))
+                return QStringLiteral("unknown option \"") + a + QLatin1Char('"');
+            if (eq >= 0)
+                value = a.mid(eq + 1);
+            else if (i + 1 < args.size())
+                value = args.at(++i);
+            else
+                return name + QStringLiteral(" needs a value");
+        } else if (!optionsEnded && a == QLatin1String("--")) {
+            optionsEnded = true;
+            continue;
+        } else if (!optionsEnded && a.startsWith(QLatin1Char('-')) && a.size() > 1) {
+            return QStringLiteral("unknown option \"") + a + QLatin1Char('"');
+        } else {
+            if (folderGiven)
+                return QStringLiteral("only one FOLDER can be listed");
+            request.folder = a;
+            folderGiven = true;
+            continue;
+        }
+        if (name == QLatin1String("--kind")) {
+            static const QStringList kinds{QStringLiteral("wav"), QStringLiteral("mp3"), QStringLiteral("ogg"),
+                                           QStringLiteral("mpc")};
+            if (!kinds.contains(value))
+                return QStringLiteral("unknown kind \"") + value + QStringLiteral("\" (wav, mp3, ogg or mpc)");
+            request.kind = value;
+        } else {
+            if (value != QLatin1String("en") && value != QLatin1String("ru"))
+                return QStringLiteral("unknown language \"") + value + QStringLiteral("\" (en or ru)");
+            request.russian = value == QLatin1String("ru");
+        }
+    }
+    if (!folderGiven)
+        return QStringLiteral("no FOLDER given");
+    return {};
+}
+
+QString withoutTrailingBlanks(QString text)
+{
+    qsizetype end = text.size();
+    while (end > 0 && text.at(end - 1) == QLatin1Char(' '))
+        --end;
+    text.truncate(end);
+    return text;
+}
+
+int runList(const QStringList &args)
+{
+    ListRequest request;
+    const QString problem = parse(args, request);
+    if (!problem.isEmpty())
+        return usageError(self(), problem);
+
+    const QFileInfo folderInfo(request.folder);
+    if (!folderInfo.exists()) {
+        err(QStringLiteral("kestrelvane-cli: ") + request.folder + QStringLiteral(": no such folder\n"));
+        return ExitUsage;
+    }
+    if (!folderInfo.isDir()) {
+        err(QStringLiteral("kestrelvane-cli: ") + request.folder + QStringLiteral(": not a folder\n"));
+        return ExitUsage;
+    }
+
+    PosixFiles files;
+    PosixFolders folders;
+    const QLocale locale = QLocale::system();
+    const UiText &text = request.russian ? russianTexts() : englishTexts();
+
+    FileListState list;
+    list.path = QDir::cleanPath(folderInfo.absoluteFilePath());
+    list.pattern = QStringLiteral("*.") + request.kind;
+    // Panels start empty: one still empty after the scan was never written, and is not printed.
+    StatusBar status;
+    SelectionLabels labels;
+    bool statsReached = false;
+
+    ScanContext context{list, status, text, locale, folders,
+                        [&files](AudioFormat format, const QString &folder, const QString &name) {
+                            return readMediaInfo(format, folder, name, files);
+                        },
+                        {},
+                        [&] {
+                            // Settings are read only when the scan gets this far; a malformed row
+                            // never costs the configuration file a look.
+                            statsReached = true;
+                            const StartupSettings startup =
+                                loadStartupSettings(configFilePath(programFolder()), files, locale);
+                            // Every row counts, as with "Make All" pressed.
+                            RefreshSelectionStats(list.rows, true, startup.settings(), text, locale, labels);
+                        },
+                        {}};
+    if (ScanFolder(context) == ScanEnd::NotListed) {
+        err(QStringLiteral("kestrelvane-cli: ") + request.folder + QStringLiteral(": cannot read folder\n"));
+        return ExitUsage;
+    }
+
+    const QLatin1Char tab('\t');
+    const QLatin1Char newline('\n');
+    QString report;
+    report.reserve(static_cast<qsizetype>(list.rows.size() + 16) * 64);
+    for (size_t c = 0; c < text.listColumns.size(); ++c) {
+        if (c > 0)
+            report += tab;
+        report += text.listColumns[c];
+    }
+    report += newline;
+    for (const FileRow &row : list.rows) {
+        for (int c = 0; c < MediaInfo::ColumnCount; ++c) {
+            if (c > 0)
+                report += tab;
+            report += row.info[c];
+        }
+        report += newline;
+    }
+    report += newline;
+    for (int panel = 2; panel <= 6; ++panel) {
+        if (!status.panel(panel).isEmpty())
+            report += withoutTrailingBlanks(status.panel(panel)) + newline;
+    }
+    if (statsReached) {
+        report += newline;
+        const struct { int caption; int value; } lines[] = {
+            {0, SelectionLabels::Count},       {1, SelectionLabels::Size},
+            {3, SelectionLabels::Mp3Forecast}, {4, SelectionLabels::OggForecast},
+            {5, SelectionLabels::MpcForecast},
+        };
+        for (const auto &line : lines) {
+            // A value the refresh did not reach (bit rates summing to 0 stop the forecasts) is
+            // left out rather than shown blank.
+            if (!labels[line.value].isEmpty())
+                report += text.infoLabels.at(static_cast<size_t>(line.caption)) + QLatin1Char(' ')
+                          + labels[line.value] + newline;
+        }
+    }
+    out(report);
+    return ExitOk;
+}
+
+Command listCommand()
+{
+    return Command{
+        QStringLiteral("list"),
+        QStringLiteral("list [--kind wav|mp3|ogg|mpc] [--lang en|ru] FOLDER"),
+        QStringLiteral(
+            "Lists the audio files of one kind in FOLDER as the window's file list shows them, with\n"
+            "the totals of its status bar and the statistics of the selection.\n"
+            "\n"
+            "  --kind KIND   wav (the default), mp3, ogg or mpc: which files are listed\n"
+            "  --lang LANG   en (the default) or ru: the language of captions and labels\n"
+            "\n"
+            "Output, UTF-8:\n"
+            "  - the six column captions of the file list, separated by tabs;\n"
+            "  - one line per listed file, in list order: name, size in KB, duration, bit rate\n"
+            "    (\"~\" in front when estimated), sampling rate and channels, separated by tabs;\n"
+            "    a column the file's header did not give is empty;\n"
+            "  - an empty line, then the status-bar panels: free disk space, file count, total\n"
+            "    size, total duration, average bit rate; a file whose row cannot be totalled stops\n"
+            "    the totals, and then these lines are missing;\n"
+            "  - when the totals were made: an empty line and the selection statistics with every\n"
+            "    file selected (count, size, and the forecast size after MP3, Ogg and Musepack\n"
+            "    encoding under the encoder settings of kestrvan.cfg beside the program, or the\n"
+            "    defaults when it is missing).\n"
+            "\n"
+            "Numbers follow your locale. Nothing is written to FOLDER.\n"
+            "\n"
+            "Exit status: 0 when listed; 2 for a usage error or a FOLDER that does not exist or\n"
+            "cannot be read (with a message on standard error).\n"),
+        runList,
+    };
+}
+
+const Registration registration{self()};
+
+} // namespace
+
+} // namespace kv::cli
