@@ -35,7 +35,9 @@ ConversionRun::ConversionRun(ConversionContext context, const UiText &text)
 
 double ConversionRun::nowSeconds()
 {
-    return m_context.clock.secondsSinceMidnight();
+    // The run's clock has single precision, start times and now alike: a start stored in a
+    // float must never read as later than the same moment read again.
+    return static_cast<float>(m_context.clock.secondsSinceMidnight());
 }
 
 int ConversionRun::countStatus(const QString &status) const

@@ -275,6 +275,15 @@ TEST(ConversionRun, DoubleQuoteInANameFailsToLaunch)
 
 TEST(ConversionRun, ClockPassingMidnightKeepsCountingForward)
 {
+    {
+        // Start and now share one precision: the same moment never looks like a day later.
+        Rig sameMoment;
+        sameMoment.addFiles(1);
+        sameMoment.clock.now = 36000.123456789;
+        sameMoment.run.PrepareJobs(true, 3, 1);
+        sameMoment.run.tick();
+        EXPECT_EQ(sameMoment.run.display().labels[0], QStringLiteral("0:00:00"));
+    }
     Rig rig;
     rig.addFiles(1);
     rig.clock.now = 86395;

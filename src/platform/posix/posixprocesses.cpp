@@ -215,6 +215,11 @@ int InterruptWatcher::install()
     return g_interruptPipe.readEnd;
 }
 
+bool isTerminal(int fd)
+{
+    return ::isatty(fd) == 1;
+}
+
 int InterruptWatcher::takeCount()
 {
     return g_interruptPipe.readEnd >= 0 ? g_interruptPipe.drain() : 0;

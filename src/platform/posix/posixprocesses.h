@@ -46,4 +46,7 @@ public:
     static int takeCount();
 };
 
+// Whether a descriptor is a terminal (progress is redrawn in place only there).
+bool isTerminal(int fd);
+
 } // namespace kv

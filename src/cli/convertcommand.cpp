@@ -1,0 +1,360 @@
+// kestrelvane-cli convert: one Make command on one folder, run to its end as the window runs it,
+// with the job list printed at the end.
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QEventLoop>
+#include <QFileInfo>
+#include <QLocale>
+#include <QSocketNotifier>
+#include <QTimer>
+
+#include "app/codecset.h"
+#include "browser/filelist.h"
+#include "cli/command.h"
+#include "engine/conversionrun.h"
+#include "engine/runparameters.h"
+#include "media/readers.h"
+#include "platform/posix/posixclock.h"
+#include "platform/posix/posixfiles.h"
+#include "platform/posix/posixfolders.h"
+#include "platform/posix/posixprocesses.h"
+#include "settings/configfile.h"
+#include "settings/startupsettings.h"
+#include "ui/statusbar.h"
+#include "ui/uitext.h"
+
+namespace kv::cli {
+
+namespace {
+
+Command convertCommand();
+
+const Command &self()
+{
+    static const Command command = convertCommand();
+    return command;
+}
+
+struct ConvertRequest
+{
+    QString to;
+    QString from;
+    int jobs = 0; // 0: the processor count
+    QString folder;
+    QStringList names;
+};
+
+// Fills request from args; an empty result means go on, anything else is the usage problem.
+QString parse(const QStringList &args, ConvertRequest &request)
+{
+    bool optionsEnded = false;
+    bool folderGiven = false;
+    for (qsizetype i = 0; i < args.size(); ++i) {
+        const QString &a = args.at(i);
+        if (!optionsEnded && a == QLatin1String("--")) {
+            optionsEnded = true;
+            continue;
+        }
+        if (!optionsEnded && a.startsWith(QLatin1Char('-')) && a.size() > 1) {
+            const qsizetype eq = a.indexOf(QLatin1Char('='));
+            const QString name = eq < 0 ? a : a.left(eq);
+            if (name != QLatin1String("--to") && name != QLatin1String("--from") && name != QLatin1String("--jobs"))
+                return QStringLiteral("unknown option \"") + a + QStringLiteral("\" (put -- before a name that starts with -)");
+            QString value;
+            if (eq >= 0)
+                value = a.mid(eq + 1);
+            else if (i + 1 < args.size())
+                value = args.at(++i);
+            else
+                return name + QStringLiteral(" needs a value");
+            if (name == QLatin1String("--to")) {
+                if (!QStringList{QStringLiteral("mp3"), QStringLiteral("ogg"), QStringLiteral("mpc"), QStringLiteral("wav")}
+                         .contains(value))
+                    return QStringLiteral("unknown target \"") + value + QStringLiteral("\" (mp3, ogg, mpc or wav)");
+                request.to = value;
+            } else if (name == QLatin1String("--from")) {
+                if (!QStringList{QStringLiteral("mp3"), QStringLiteral("ogg"), QStringLiteral("mpc")}.contains(value))
+                    return QStringLiteral("unknown source \"") + value + QStringLiteral("\" (mp3, ogg or mpc)");
+                request.from = value;
+            } else {
+                bool ok = false;
+                request.jobs = value.toInt(&ok);
+                if (!ok || request.jobs < 1 || request.jobs > 8)
+                    return QStringLiteral("--jobs takes a number from 1 to 8");
+            }
+            continue;
+        }
+        if (!folderGiven) {
+            request.folder = a;
+            folderGiven = true;
+        } else {
+            request.names.append(a);
+        }
+    }
+    if (request.to.isEmpty())
+        return QStringLiteral("no --to given");
+    if (request.to == QLatin1String("wav") && request.from.isEmpty())
+        return QStringLiteral("--to wav needs --from mp3, ogg or mpc");
+    if (request.to != QLatin1String("wav") && !request.from.isEmpty())
+        return QStringLiteral("--from goes only with --to wav (encoding reads WAV files)");
+    if (request.to == QLatin1String("wav") && request.jobs != 0)
+        return QStringLiteral("--jobs goes only with encoding: decoding runs one file at a time");
+    if (!folderGiven)
+        return QStringLiteral("no FOLDER given");
+    return {};
+}
+
+AudioFormat formatOf(const QString &kind)
+{
+    if (kind == QLatin1String("mp3"))
+        return AudioFormat::Mp3;
+    if (kind == QLatin1String("ogg"))
+        return AudioFormat::Ogg;
+    if (kind == QLatin1String("mpc"))
+        return AudioFormat::Mpc;
+    return AudioFormat::Wav;
+}
+
+MakeCommand commandOf(const QString &to)
+{
+    if (to == QLatin1String("mp3"))
+        return MakeCommand::Mp3;
+    if (to == QLatin1String("ogg"))
+        return MakeCommand::Ogg;
+    if (to == QLatin1String("mpc"))
+        return MakeCommand::Mpc;
+    return MakeCommand::Wav;
+}
+
+// The run's progress on standard error: redrawn in place on a terminal, otherwise a plain line
+// whenever another job has finished.
+class ProgressLine
+{
+public:
+    explicit ProgressLine(const ConversionRun &run) : m_run(run), m_terminal(isTerminal(2)) {}
+
+    void update()
+    {
+        const RunDisplay &d = m_run.display();
+        if (!m_terminal) {
+            if (d.labels[2] != m_lastFinished) {
+                m_lastFinished = d.labels[2];
+                err(text() + QLatin1Char('\n'));
+            }
+            return;
+        }
+        const QString line = text();
+        if (line != m_lastLine) {
+            m_lastLine = line;
+            err(QStringLiteral("\r") + line + QStringLiteral("\x1b[K"));
+        }
+    }
+
+    void finish()
+    {
+        if (m_terminal && !m_lastLine.isEmpty())
+            err(QStringLiteral("\r\x1b[K"));
+    }
+
+private:
+    QString text() const
+    {
+        const RunDisplay &d = m_run.display();
+        const auto &jobs = m_run.jobs();
+        qsizetype ended = 0;
+        for (const EncodeJob &j : jobs)
+            ended += j[EncodeJob::Time].isEmpty() ? 0 : 1;
+        // The window's bar appears with its estimate; until then the share of ended jobs stands in.
+        const double share = d.barVisible && d.barMax > 0 ? d.barValue / d.barMax
+                                                          : (jobs.empty() ? 0.0 : double(ended) / double(jobs.size()));
+        const int width = 24;
+        const int filled = std::clamp(static_cast<int>(share * width), 0, width);
+        QString line = QLatin1Char('[') + QString(filled, QLatin1Char('#')) + QString(width - filled, QLatin1Char('.'))
+                       + QStringLiteral("] ") + d.labels[2];
+        if (!d.labels[0].isEmpty())
+            line += QStringLiteral("  elapsed ") + d.labels[0];
+        if (d.remainingVisible && !d.labels[1].isEmpty())
+            line += QStringLiteral("  remaining ") + d.labels[1];
+        return line;
+    }
+
+    const ConversionRun &m_run;
+    bool m_terminal;
+    QString m_lastLine;
+    QString m_lastFinished;
+};
+
+QString jobReport(const ConversionRun &run, const UiText &text)
+{
+    const QLatin1Char tab('\t');
+    const QLatin1Char newline('\n');
+    QString report = QStringList(text.jobColumns.begin(), text.jobColumns.end()).join(tab) + newline;
+    for (const EncodeJob &job : run.jobs())
+        report += QStringList(job.columns.begin(), job.columns.end()).join(tab) + newline;
+    return report + run.display().labels[2] + newline;
+}
+
+int runConvert(const QStringList &args)
+{
+    ConvertRequest request;
+    const QString problem = parse(args, request);
+    if (!problem.isEmpty())
+        return usageError(self(), problem);
+
+    const QFileInfo folderInfo(request.folder);
+    if (!folderInfo.isDir()) {
+        err(QStringLiteral("kestrelvane-cli: ") + request.folder
+            + (folderInfo.exists() ? QStringLiteral(": not a folder\n") : QStringLiteral(": no such folder\n")));
+        return ExitUsage;
+    }
+
+    PosixFiles files;
+    const QString program = programFolder();
+    const QStringList missing = checkCodecs(program, files);
+    if (!missing.isEmpty()) {
+        for (const QString &message : missing)
+            err(message + QLatin1Char('\n'));
+        return ExitUsage;
+    }
+
+    const QLocale locale = QLocale::system();
+    const StartupSettings startup = loadStartupSettings(configFilePath(program), files, locale);
+    const UiText &text =
+        startup.controls.languagePanelText() == russianTexts().languageName ? russianTexts() : englishTexts();
+
+    PosixFolders folders;
+    FileListState list;
+    StatusBar status;
+    const AudioFormat shown = formatOf(request.to == QLatin1String("wav") ? request.from : QStringLiteral("wav"));
+    list.path = QDir::cleanPath(folderInfo.absoluteFilePath());
+    list.pattern = patternOf(shown);
+    ScanContext scan{list, status, text, locale, folders,
+                     [&files](AudioFormat format, const QString &folder, const QString &name) {
+                         return readMediaInfo(format, folder, name, files);
+                     },
+                     {}, {}, {}};
+    if (ScanFolder(scan) == ScanEnd::NotListed) {
+        err(QStringLiteral("kestrelvane-cli: ") + request.folder + QStringLiteral(": cannot read folder\n"));
+        return ExitUsage;
+    }
+    for (const QString &name : request.names) {
+        const auto row = std::find_if(list.rows.begin(), list.rows.end(),
+                                      [&](const FileRow &r) { return r.info[MediaInfo::Name] == name; });
+        if (row == list.rows.end()) {
+            err(QStringLiteral("kestrelvane-cli: ") + name + QStringLiteral(": not listed in ") + request.folder
+                + QLatin1Char('\n'));
+            return ExitUsage;
+        }
+        row->checked = true;
+    }
+
+    RunParameters parameters;
+    OptionTextBuilder builder;
+    applyMakeCommand(parameters, commandOf(request.to), shown, startup.settings(), builder, locale);
+
+    PosixClock clock;
+    PosixProcesses processes;
+    const bool bell = isTerminal(2);
+    ConversionRun run(ConversionContext{clock, processes, files, parameters, list, program,
+                                        [bell] {
+                                            if (bell)
+                                                err(QStringLiteral("\a"));
+                                        },
+                                        {}},
+                      text);
+    const int slots = request.jobs > 0 ? request.jobs : processes.processorCount();
+    if (!run.PrepareJobs(request.names.isEmpty(), startup.settings().mp3.cbrIndex, slots)) {
+        err(QStringLiteral("kestrelvane-cli: no file to convert\n"));
+        return ExitNoJobs;
+    }
+
+    // The window's 100 ms timer, plus an immediate tick whenever a codec ends, so a slot is
+    // refilled at once. Unlike the window, the command ends when nothing waits or runs.
+    ProgressLine progress(run);
+    QEventLoop loop;
+    int interrupts = 0;
+    bool aborted = false;
+    auto work = [&] {
+        PosixProcesses::clearExitEvents();
+        run.tick();
+        progress.update();
+        if (run.idle()) {
+            run.tick(); // records an end that came between the tick's poll and ours
+            loop.quit();
+        }
+    };
+    QTimer timer;
+    timer.setInterval(100);
+    QObject::connect(&timer, &QTimer::timeout, &loop, work);
+    QSocketNotifier exits(PosixProcesses::exitEventDescriptor(), QSocketNotifier::Read);
+    QObject::connect(&exits, &QSocketNotifier::activated, &loop, work);
+    QSocketNotifier interrupted(InterruptWatcher::install(), QSocketNotifier::Read);
+    QObject::connect(&interrupted, &QSocketNotifier::activated, &loop, [&] {
+        const int before = interrupts;
+        interrupts += InterruptWatcher::takeCount();
+        if (before == 0 && interrupts >= 1) {
+            run.stop();
+            progress.update();
+        }
+        if (interrupts >= 2) {
+            run.abortRunning();
+            aborted = true;
+            loop.quit();
+        }
+    });
+    timer.start();
+    QTimer::singleShot(0, &loop, work);
+    loop.exec();
+    progress.finish();
+
+    out(jobReport(run, text));
+    std::fflush(stdout);
+    if (aborted)
+        return ExitInterrupted;
+    for (const EncodeJob &job : run.jobs()) {
+        if (job[EncodeJob::Status] != text.statusDone)
+            return ExitFailedJobs;
+    }
+    return ExitOk;
+}
+
+Command convertCommand()
+{
+    return Command{
+        QStringLiteral("convert"),
+        QStringLiteral("convert --to mp3|ogg|mpc|wav [--from mp3|ogg|mpc] [--jobs N] FOLDER [NAME...]"),
+        QStringLiteral(
+            "Converts the files of FOLDER as the window's Make commands do: WAV files to MP3, Ogg\n"
+            "or Musepack (--to mp3, ogg, mpc), or MP3, Ogg or Musepack files back to WAV (--to wav\n"
+            "with --from). The targets are written beside the sources, with the other extension;\n"
+            "an existing target is replaced. The encoder settings are those of kestrvan.cfg beside\n"
+            "the program, or the defaults when it is missing.\n"
+            "\n"
+            "  --to KIND     mp3, ogg, mpc or wav: what to make\n"
+            "  --from KIND   mp3, ogg or mpc: what to decode (only with --to wav)\n"
+            "  --jobs N      encode N files at a time, 1 to 8 (default: the processor count, at\n"
+            "                most 8); decoding always runs one file at a time\n"
+            "  NAME...       the listed files to convert (default: every listed file); put --\n"
+            "                before a name that starts with -\n"
+            "\n"
+            "Only 44100 Hz files are encoded to Musepack. While the run goes on its progress is\n"
+            "shown on standard error. At the end standard output gets the six captions of the job\n"
+            "list, one line per job (name, status, source size, target size, %, time; separated\n"
+            "by tabs) and the \"Finished N of M\" line.\n"
+            "\n"
+            "Ctrl-C once: the waiting files are not started (\"Break\"), the running ones finish.\n"
+            "Ctrl-C twice: the running codecs are killed and their unfinished targets deleted.\n"
+            "\n"
+            "Exit status: 0 when every job is \"Done\"; 1 when any job ended otherwise; 2 for a\n"
+            "usage error, a missing folder or a missing codec; 3 when there was nothing to\n"
+            "convert; 130 after a second Ctrl-C.\n"),
+        runConvert,
+    };
+}
+
+const Registration registration{self()};
+
+} // namespace
+
+} // namespace kv::cli
