@@ -1,4 +1,4 @@
-// kestrelvane-cli options: the option text and expected bit rate the window would use now.
+// kestrelvane-cli options: the option texts and expected bit rates the window would use now.
 
 #include <QLocale>
 
@@ -31,18 +31,6 @@ QString encoderName(Encoder encoder)
     return QStringLiteral("Mp3");
 }
 
-std::int16_t estimateFor(Encoder encoder, const EncoderSettings &settings)
-{
-    BitrateEstimates estimates; // all 0 first, as the statistics refresh does
-    EstimateBitrates(settings, estimates);
-    switch (encoder) {
-    case Encoder::Ogg: return estimates.ogg;
-    case Encoder::Mpc: return estimates.mpc;
-    case Encoder::Mp3: break;
-    }
-    return estimates.mp3;
-}
-
 int runOptions(const QStringList &args)
 {
     QString configPath = configFilePath(programFolder());
@@ -71,13 +59,16 @@ int runOptions(const QStringList &args)
             + QStringLiteral("); using the defaults\n"));
     }
 
-    const Encoder encoder = startup.controls.selectedEncoder();
+    BitrateEstimates estimates; // all 0 first, as the statistics refresh does
+    EstimateBitrates(startup.settings(), estimates);
+    // One builder for the three, in the order the window can call it: they share a mode part.
     OptionTextBuilder builder;
-    const QString optionText = builder.BuildOptionText(encoder, startup.settings(), locale);
-    out(QStringLiteral("encoder\t") + encoderName(encoder) + QLatin1Char('\n'));
-    out(QStringLiteral("options\t") + optionText + QLatin1Char('\n'));
-    out(QStringLiteral("bitrate\t") + QString::number(estimateFor(encoder, startup.settings()))
-        + QLatin1Char('\n'));
+    const struct { Encoder encoder; std::int16_t estimate; } lines[] = {
+        {Encoder::Mp3, estimates.mp3}, {Encoder::Ogg, estimates.ogg}, {Encoder::Mpc, estimates.mpc}};
+    for (const auto &line : lines)
+        out(encoderName(line.encoder) + QLatin1Char('\t')
+            + builder.BuildOptionText(line.encoder, startup.settings(), locale) + QLatin1Char('\t')
+            + QString::number(line.estimate) + QLatin1Char('\n'));
     return ExitOk;
 }
 
@@ -87,11 +78,12 @@ Command optionsCommand()
         QStringLiteral("options"),
         QStringLiteral("options [--config FILE]"),
         QStringLiteral(
-            "Shows the encoder of the selected options tab, the option text its command line would\n"
-            "get, and its expected bit rate in kbps, as three tab-separated lines:\n"
-            "  encoder<TAB>Mp3|Ogg|Mpc\n"
-            "  options<TAB>OPTION TEXT\n"
-            "  bitrate<TAB>KBPS\n"
+            "Shows, for each encoder, the option text a conversion would put on its command line\n"
+            "and the bit rate in kbps the size forecast expects of it: three lines, each with three\n"
+            "tab-separated fields:\n"
+            "  Mp3<TAB>OPTION TEXT<TAB>KBPS\n"
+            "  Ogg<TAB>OPTION TEXT<TAB>KBPS\n"
+            "  Mpc<TAB>OPTION TEXT<TAB>KBPS\n"
             "\n"
             "The settings are those the window starts with: the defaults, then the configuration\n"
             "file beside the program (kestrvan.cfg), read only when it is exactly 10310 bytes long.\n"

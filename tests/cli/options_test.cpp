@@ -18,28 +18,42 @@ QByteArray record(std::initializer_list<std::pair<int, int>> bytes)
     return r;
 }
 
-QString lines(const char *encoder, const char *options, int bitrate)
+struct Line
 {
-    return QStringLiteral("encoder\t%1\noptions\t%2\nbitrate\t%3\n")
-        .arg(QLatin1String(encoder), QLatin1String(options), QString::number(bitrate));
+    const char *options;
+    int bitrate;
+};
+
+QString lines(Line mp3, Line ogg, Line mpc)
+{
+    return QStringLiteral("Mp3\t%1\t%2\nOgg\t%3\t%4\nMpc\t%5\t%6\n")
+        .arg(QLatin1String(mp3.options), QString::number(mp3.bitrate), QLatin1String(ogg.options),
+             QString::number(ogg.bitrate), QLatin1String(mpc.options), QString::number(mpc.bitrate));
 }
+
+// What an all-zero record leaves for an encoder that a case does not set.
+constexpr Line zeroMp3{"--preset insane --silent --priority", 320};
+constexpr Line zeroOgg{"--quiet --quality -1", 45};
+constexpr Line zeroMpc{"--overwrite --silent --braindead", 270};
 
 } // namespace
 
-TEST(OptionsCommand, PrintsTheSelectedTabsEncoder)
+TEST(OptionsCommand, PrintsEveryEncoder)
 {
     QByteArray commandLine = record({{0, 1}, {1, 1}, {2, 3}});
     commandLine.replace(3142, 9, QByteArray("  -V 2   "));
     const struct { QByteArray bytes; const char *locale; QString out; } cases[] = {
         // Musepack quality 4.5: the comma of the locale is replaced.
-        {record({{0, 3}, {9, 1}, {11, 45}}), "de_DE.UTF-8", lines("Mpc", "--overwrite --silent --quality 4.5", 155)},
+        {record({{0, 3}, {9, 1}, {11, 45}}), "de_DE.UTF-8", lines(zeroMp3, zeroOgg, {"--overwrite --silent --quality 4.5", 155})},
         // Ogg quality 4.5: the comma is kept.
-        {record({{0, 2}, {7, 55}}), "de_DE.UTF-8", lines("Ogg", "--quiet --quality 4,5", 144)},
-        // No such tab: the first stays. Constant " 8 kbps".
-        {record({{0, 7}, {2, 2}, {5, 16}}), "C.UTF-8", lines("Mp3", "--preset cbr 8 --silent --priority", 8)},
-        {commandLine, "C.UTF-8", lines("Mp3", "-V 2 --silent --priority", 224)},
-        // Average bitrate is applied, then quality 10.1 is refused: 200 kbps is never reached.
-        {record({{0, 2}, {6, 1}, {7, 111}, {8, 72}}), "C.UTF-8", lines("Ogg", "--quiet --bitrate 192", 192)},
+        {record({{0, 2}, {7, 55}}), "de_DE.UTF-8", lines(zeroMp3, {"--quiet --quality 4,5", 144}, zeroMpc)},
+        // Constant " 8 kbps".
+        {record({{0, 7}, {2, 2}, {5, 16}}), "C.UTF-8", lines({"--preset cbr 8 --silent --priority", 8}, zeroOgg, zeroMpc)},
+        {commandLine, "C.UTF-8", lines({"-V 2 --silent --priority", 224}, zeroOgg, zeroMpc)},
+        // Ogg average bitrate is applied, then quality 10.1 is refused: the load ends there, so
+        // the Ogg bit rate of 200 and every Musepack field keep their defaults.
+        {record({{0, 2}, {6, 1}, {7, 111}, {8, 72}}), "C.UTF-8",
+         lines(zeroMp3, {"--quiet --bitrate 192", 192}, {"--overwrite --silent --insane", 240})},
     };
     QTemporaryDir dir;
     const QString path = dir.filePath(QStringLiteral("kestrvan.cfg"));
@@ -72,7 +86,8 @@ TEST(OptionsCommand, FileNotReadLeavesTheDefaults)
     };
     for (const auto &c : cases) {
         const CliResult r = runCli({QStringLiteral("options"), QStringLiteral("--config=") + c.path});
-        EXPECT_EQ(r.out, lines("Mp3", "--preset extreme --silent --priority", 234));
+        EXPECT_EQ(r.out, lines({"--preset extreme --silent --priority", 234}, {"--quiet --quality 6", 192},
+                               {"--overwrite --silent --insane", 240}));
         EXPECT_EQ(r.err, QStringLiteral("kestrelvane-cli: %1 not read (%2); using the defaults\n")
                              .arg(c.path, QLatin1String(c.why)));
         EXPECT_EQ(r.status, 0);
