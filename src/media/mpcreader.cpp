@@ -45,7 +45,7 @@ std::optional<MediaInfo> readMpcInfo(const QString &fileName, ByteSource &bytes)
         // Through the hexadecimal text, a rate byte below 16 gives index 0 (44.1 kHz).
         const std::int32_t sampleRate = mpc::SampleRates[hexTextValue(header[mpc::RateByte]) & 0x3];
         // The sample count is 32-bit: past 1,864,135 frames it overflows and, like a frame count
-        // of 0 below, leaves only name and size, which the folder totals rely on to stop.
+        // of 0 in the division below, leaves a row of name and size only.
         const Int32 samples = frames * Int32(mpc::SamplesPerFrame);
         const Int32 seconds = Int32::fromReal(static_cast<double>(samples) / sampleRate);
         const Int32 kbps = Int32::fromReal(divide(sizeKb * 1.024 * 8.0 * sampleRate, samples));

@@ -1,27 +1,34 @@
 #include <gtest/gtest.h>
 
+#include "media/headerbytes.h"
 #include "media/mediainfo.h"
 #include "support/qtprinters.h"
 
 using namespace kv;
 
-TEST(AudioFormat, PatternsAndExtensionsRoundTrip)
+TEST(AudioFormat, PatternsAreExactAndRoundTrip)
 {
-    const struct { AudioFormat format; const char *pattern, *extension; } cases[] = {
-        {AudioFormat::Wav, "*.wav", ".wav"},
-        {AudioFormat::Mp3, "*.mp3", ".mp3"},
-        {AudioFormat::Ogg, "*.ogg", ".ogg"},
-        {AudioFormat::Mpc, "*.mpc", ".mpc"},
-    };
-    for (const auto &c : cases) {
-        EXPECT_EQ(patternOf(c.format), QLatin1String(c.pattern));
-        EXPECT_EQ(extensionOf(c.format), QLatin1String(c.extension));
-        EXPECT_EQ(formatFromPattern(QLatin1String(c.pattern)), c.format) << c.pattern;
+    for (AudioFormat f : {AudioFormat::Wav, AudioFormat::Mp3, AudioFormat::Ogg, AudioFormat::Mpc}) {
+        EXPECT_EQ(formatFromPattern(patternOf(f)), f);
+        EXPECT_EQ(QLatin1Char('*') + extensionOf(f), patternOf(f));
     }
+    EXPECT_EQ(patternOf(AudioFormat::Mpc), QStringLiteral("*.mpc"));
+    for (const char *p : {"*.WAV", "*.ogg ", "*.wave", "", "*.*"})
+        EXPECT_FALSE(formatFromPattern(QLatin1String(p))) << p;
 }
 
-TEST(AudioFormat, PatternComparisonIsExact)
+// The byte the slow way: hexadecimal text without a leading zero, each digit to four bits
+// through the table, a missing second digit as "0000".
+TEST(HeaderBytes, HexTextValueMatchesTheTextReadingForEveryByte)
 {
-    for (const char *p : {"*.WAV", "*.Mp3", "*.ogg ", " *.mpc", "*.wave", ".wav", "", "*.*"})
-        EXPECT_FALSE(formatFromPattern(QLatin1String(p)).has_value()) << p;
+    static const char *const nibbleBits[16] = {"0000", "0001", "0010", "0011", "0100", "0101",
+                                               "0110", "0111", "1000", "1001", "1010", "1011",
+                                               "1100", "1101", "1110", "1111"};
+    for (int b = 0; b < 256; ++b) {
+        const QString hex = QString::number(b, 16).toUpper();
+        QString bits;
+        for (int i = 0; i < 2; ++i)
+            bits += QLatin1String(i < hex.size() ? nibbleBits[hex.mid(i, 1).toInt(nullptr, 16)] : "0000");
+        EXPECT_EQ(hexTextValue(static_cast<std::uint8_t>(b)), bits.toInt(nullptr, 2)) << b;
+    }
 }

@@ -3,10 +3,8 @@
 #include <algorithm>
 #include <cstring>
 #include <initializer_list>
-#include <optional>
 
 #include <QByteArray>
-#include <QFile>
 #include <QString>
 
 #include "media/mediainfo.h"
@@ -20,14 +18,6 @@ inline QString dataDir(const char *format)
     return QStringLiteral(KV_TEST_DATA_DIR "/") + QLatin1String(format) + QLatin1Char('/');
 }
 
-inline QByteArray fixture(const char *format, const char *name)
-{
-    QFile f(dataDir(format) + QLatin1String(name));
-    if (!f.open(QIODevice::ReadOnly))
-        return {};
-    return f.readAll();
-}
-
 // A row from its column texts in order; missing trailing columns stay empty.
 inline MediaInfo row(std::initializer_list<const char *> texts)
 {
@@ -38,7 +28,7 @@ inline MediaInfo row(std::initializer_list<const char *> texts)
     return r;
 }
 
-// A file of any length whose first bytes are given and the rest zeros, without holding it.
+// A file of any length: the given first bytes, then zeros, without holding them.
 class SizedSource : public ByteSource
 {
 public:
@@ -46,13 +36,11 @@ public:
     std::int64_t size() const override { return m_size; }
     std::int64_t read(std::int64_t offset, char *dst, std::int64_t n) override
     {
-        if (offset < 0 || n < 0)
-            return -1;
         const std::int64_t count = std::max<std::int64_t>(0, std::min(n, m_size - offset));
         std::memset(dst, 0, static_cast<size_t>(count));
-        if (offset < m_head.size())
-            std::memcpy(dst, m_head.constData() + offset,
-                        static_cast<size_t>(std::min<std::int64_t>(count, m_head.size() - offset)));
+        const std::int64_t fromHead = std::min<std::int64_t>(count, m_head.size() - offset);
+        if (fromHead > 0)
+            std::memcpy(dst, m_head.constData() + offset, static_cast<size_t>(fromHead));
         return count;
     }
 
@@ -61,22 +49,11 @@ private:
     std::int64_t m_size;
 };
 
-inline void putLe16(QByteArray &b, int at, std::uint16_t v)
+// Little-endian field of `width` bytes written into a header under test.
+inline void put(QByteArray &b, int at, std::uint32_t v, int width = 4)
 {
-    b[at] = static_cast<char>(v & 0xFF);
-    b[at + 1] = static_cast<char>(v >> 8);
-}
-
-inline void putLe32(QByteArray &b, int at, std::uint32_t v)
-{
-    for (int i = 0; i < 4; ++i)
+    for (int i = 0; i < width; ++i)
         b[at + i] = static_cast<char>((v >> (8 * i)) & 0xFF);
-}
-
-inline void putText(QByteArray &b, int at, const char *text)
-{
-    for (int i = 0; text[i]; ++i)
-        b[at + i] = text[i];
 }
 
 } // namespace kv::testing
