@@ -7,6 +7,7 @@
 
 #include "browser/filelist.h"
 #include "browser/selectionstats.h"
+#include "cli/arguments.h"
 #include "cli/command.h"
 #include "media/readers.h"
 #include "platform/posix/posixfiles.h"
@@ -38,49 +39,23 @@ struct ListRequest
 // Fills request from args; an empty result means go on, anything else is the usage problem.
 QString parse(const QStringList &args, ListRequest &request)
 {
-    bool folderGiven = false;
-    bool optionsEnded = false;
-    for (qsizetype i = 0; i < args.size(); ++i) {
-        const QString &a = args.at(i);
-        QString name;
-        QString value;
-        if (!optionsEnded && a.startsWith(QLatin1String("--")) && a.size() > 2) {
-            const qsizetype eq = a.indexOf(QLatin1Char('='));
-            name = eq < 0 ? a : a.left(eq);
-            if (name != QLatin1String("--kind") && name != QLatin1String("--lang"))
-                return QStringLiteral("unknown option \"") + a + QLatin1Char('"');
-            if (eq >= 0)
-                value = a.mid(eq + 1);
-            else if (i + 1 < args.size())
-                value = args.at(++i);
-            else
-                return name + QStringLiteral(" needs a value");
-        } else if (!optionsEnded && a == QLatin1String("--")) {
-            optionsEnded = true;
-            continue;
-        } else if (!optionsEnded && a.startsWith(QLatin1Char('-')) && a.size() > 1) {
-            return QStringLiteral("unknown option \"") + a + QLatin1Char('"');
-        } else {
-            if (folderGiven)
-                return QStringLiteral("only one FOLDER can be listed");
-            request.folder = a;
-            folderGiven = true;
-            continue;
-        }
-        if (name == QLatin1String("--kind")) {
-            static const QStringList kinds{QStringLiteral("wav"), QStringLiteral("mp3"), QStringLiteral("ogg"),
-                                           QStringLiteral("mpc")};
-            if (!kinds.contains(value))
-                return QStringLiteral("unknown kind \"") + value + QStringLiteral("\" (wav, mp3, ogg or mpc)");
-            request.kind = value;
-        } else {
-            if (value != QLatin1String("en") && value != QLatin1String("ru"))
-                return QStringLiteral("unknown language \"") + value + QStringLiteral("\" (en or ru)");
-            request.russian = value == QLatin1String("ru");
-        }
-    }
-    if (!folderGiven)
+    Arguments parsed;
+    if (QString problem = parseArguments(args, {QStringLiteral("--kind"), QStringLiteral("--lang")}, parsed);
+        !problem.isEmpty())
+        return problem;
+    request.kind = parsed.value(QStringLiteral("--kind"), request.kind);
+    if (!QStringList{QStringLiteral("wav"), QStringLiteral("mp3"), QStringLiteral("ogg"), QStringLiteral("mpc")}
+             .contains(request.kind))
+        return QStringLiteral("unknown kind \"") + request.kind + QStringLiteral("\" (wav, mp3, ogg or mpc)");
+    const QString lang = parsed.value(QStringLiteral("--lang"), QStringLiteral("en"));
+    if (lang != QLatin1String("en") && lang != QLatin1String("ru"))
+        return QStringLiteral("unknown language \"") + lang + QStringLiteral("\" (en or ru)");
+    request.russian = lang == QLatin1String("ru");
+    if (parsed.positionals.isEmpty())
         return QStringLiteral("no FOLDER given");
+    if (parsed.positionals.size() > 1)
+        return QStringLiteral("only one FOLDER can be listed");
+    request.folder = parsed.positionals.first();
     return {};
 }
 

@@ -2,6 +2,7 @@
 
 #include <QLocale>
 
+#include "cli/arguments.h"
 #include "cli/command.h"
 #include "platform/posix/posixfiles.h"
 #include "settings/configfile.h"
@@ -33,19 +34,12 @@ QString encoderName(Encoder encoder)
 
 int runOptions(const QStringList &args)
 {
-    QString configPath = configFilePath(programFolder());
-    for (qsizetype i = 0; i < args.size(); ++i) {
-        const QString &a = args.at(i);
-        if (a == QLatin1String("--config")) {
-            if (i + 1 >= args.size())
-                return usageError(self(), QStringLiteral("--config needs a file"));
-            configPath = args.at(++i);
-        } else if (a.startsWith(QLatin1String("--config="))) {
-            configPath = a.mid(9);
-        } else {
-            return usageError(self(), QStringLiteral("unknown option \"") + a + QLatin1Char('"'));
-        }
-    }
+    Arguments parsed;
+    if (const QString problem = parseArguments(args, {QStringLiteral("--config")}, parsed); !problem.isEmpty())
+        return usageError(self(), problem);
+    if (!parsed.positionals.isEmpty())
+        return usageError(self(), QStringLiteral("unexpected argument \"") + parsed.positionals.first() + QLatin1Char('"'));
+    const QString configPath = parsed.value(QStringLiteral("--config"), configFilePath(programFolder()));
 
     PosixFiles files;
     const QLocale locale = QLocale::system();
