@@ -1,5 +1,3 @@
-#include <functional>
-
 #include <gtest/gtest.h>
 
 #include <QLocale>
@@ -14,105 +12,78 @@ namespace {
 const QLocale kPoint(QLocale::English, QLocale::UnitedStates);
 const QLocale kComma(QLocale::German, QLocale::Germany);
 
-EncoderSettings with(const std::function<void(EncoderSettings &)> &change)
-{
-    EncoderSettings s;
-    change(s);
-    return s;
-}
+EncoderSettings oggQuality(int q) { return {.ogg = {.qualityTenths = q}}; }
+EncoderSettings mpcQuality(int q) { return {.mpc = {.mode = 1, .qualityTenths = q}}; }
 
 } // namespace
 
-TEST(OptionText, ByEncoderAndMode)
+// Each row: the option text and the estimate of one encoder. Quality rows sit on both sides of
+// every step of the estimate curves.
+TEST(OptionTextAndEstimate, ByEncoderAndMode)
 {
-    const struct { Encoder encoder; EncoderSettings settings; QLocale locale; const char *text; } cases[] = {
-        {Encoder::Mp3, {}, kPoint, "--preset extreme --silent --priority"},
-        {Encoder::Ogg, {}, kPoint, "--quiet --quality 6"},
-        {Encoder::Mpc, {}, kPoint, "--overwrite --silent --insane"},
-        {Encoder::Mp3, with([](auto &s) { s.mp3.mode = 1; s.mp3.abrKbps = 128; }), kPoint, "--preset 128 --silent --priority"},
-        {Encoder::Mp3, with([](auto &s) { s.mp3.mode = 1; s.mp3.abrKbps = 300; }), kPoint, "--preset 300 --silent --priority"},
-        {Encoder::Mp3, with([](auto &s) { s.mp3.mode = 2; s.mp3.cbrIndex = 16; }), kPoint, "--preset cbr 8 --silent --priority"},
-        {Encoder::Mp3, with([](auto &s) { s.mp3.mode = 3; s.mp3.commandLine = QStringLiteral("  -V 2  "); }), kPoint, "-V 2 --silent --priority"},
-        // Only blanks are trimmed, as the window always did.
-        {Encoder::Mp3, with([](auto &s) { s.mp3.mode = 3; s.mp3.commandLine = QStringLiteral("\t-V 2 "); }), kPoint, "\t-V 2 --silent --priority"},
-        {Encoder::Ogg, with([](auto &s) { s.ogg.qualityTenths = -10; }), kPoint, "--quiet --quality -1"},
-        {Encoder::Ogg, with([](auto &s) { s.ogg.qualityTenths = 100; }), kPoint, "--quiet --quality 10"},
-        {Encoder::Ogg, with([](auto &s) { s.ogg.qualityTenths = 45; }), kComma, "--quiet --quality 4,5"},
-        {Encoder::Ogg, with([](auto &s) { s.ogg.mode = 1; s.ogg.abrKbps = 256; }), kPoint, "--quiet --bitrate 256"},
-        {Encoder::Mpc, with([](auto &s) { s.mpc.presetIndex = 6; }), kPoint, "--overwrite --silent --telephone"},
-        {Encoder::Mpc, with([](auto &s) { s.mpc.mode = 1; s.mpc.qualityTenths = 45; }), kComma, "--overwrite --silent --quality 4.5"},
-        {Encoder::Mpc, with([](auto &s) { s.mpc.mode = 1; s.mpc.qualityTenths = 0; }), kComma, "--overwrite --silent --quality 0"},
-        {Encoder::Mpc, with([](auto &s) { s.mpc.mode = 1; s.mpc.qualityTenths = 100; }), kComma, "--overwrite --silent --quality 10"},
-        {Encoder::Mpc, with([](auto &s) { s.mpc.mode = 2; s.mpc.commandLine = QStringLiteral(" --xlevel "); }), kPoint, "--overwrite --silent --xlevel"},
+    const struct { Encoder encoder; EncoderSettings settings; const char *text; int kbps; QLocale locale = kPoint; } cases[] = {
+        {Encoder::Mp3, {}, "--preset extreme --silent --priority", 234},
+        {Encoder::Mp3, {.mp3 = {.mode = 1, .abrKbps = 128}}, "--preset 128 --silent --priority", 128},
+        {Encoder::Mp3, {.mp3 = {.mode = 1, .abrKbps = 300}}, "--preset 300 --silent --priority", 300},
+        {Encoder::Mp3, {.mp3 = {.mode = 2, .cbrIndex = 16}}, "--preset cbr 8 --silent --priority", 8},
+        {Encoder::Mp3, {.mp3 = {.mode = 3, .commandLine = QStringLiteral("  -V 2  ")}}, "-V 2 --silent --priority", 224},
+        // Only blanks are trimmed.
+        {Encoder::Mp3, {.mp3 = {.mode = 3, .commandLine = QStringLiteral("\t-V 2 ")}}, "\t-V 2 --silent --priority", 224},
+        {Encoder::Ogg, {}, "--quiet --quality 6", 192},
+        {Encoder::Ogg, oggQuality(-10), "--quiet --quality -1", 45},
+        {Encoder::Ogg, oggQuality(-5), "--quiet --quality -0.5", 54}, // 54.5 goes to the even neighbour
+        {Encoder::Ogg, oggQuality(39), "--quiet --quality 3.9", 126},
+        {Encoder::Ogg, oggQuality(40), "--quiet --quality 4", 128},
+        {Encoder::Ogg, oggQuality(45), "--quiet --quality 4,5", 144, kComma}, // the comma stays
+        {Encoder::Ogg, oggQuality(79), "--quiet --quality 7.9", 253},
+        {Encoder::Ogg, oggQuality(80), "--quiet --quality 8", 256},
+        {Encoder::Ogg, oggQuality(89), "--quiet --quality 8.9", 314},
+        {Encoder::Ogg, oggQuality(90), "--quiet --quality 9", 320},
+        {Encoder::Ogg, oggQuality(100), "--quiet --quality 10", 500},
+        {Encoder::Ogg, {.ogg = {.mode = 1, .abrKbps = 256}}, "--quiet --bitrate 256", 256},
+        {Encoder::Ogg, {.ogg = {.mode = 2, .commandLine = QStringLiteral(" -q 3 ")}}, "--quiet -q 3", 224},
+        {Encoder::Mpc, {}, "--overwrite --silent --insane", 240},
+        {Encoder::Mpc, {.mpc = {.presetIndex = 6}}, "--overwrite --silent --telephone", 60},
+        {Encoder::Mpc, mpcQuality(0), "--overwrite --silent --quality 0", 20, kComma},
+        {Encoder::Mpc, mpcQuality(19), "--overwrite --silent --quality 1.9", 58},
+        {Encoder::Mpc, mpcQuality(29), "--overwrite --silent --quality 2.9", 87},
+        {Encoder::Mpc, mpcQuality(30), "--overwrite --silent --quality 3", 70}, // the curve drops here
+        {Encoder::Mpc, mpcQuality(39), "--overwrite --silent --quality 3.9", 106},
+        {Encoder::Mpc, mpcQuality(40), "--overwrite --silent --quality 4", 130},
+        {Encoder::Mpc, mpcQuality(45), "--overwrite --silent --quality 4.5", 155, kComma}, // a point only
+        {Encoder::Mpc, mpcQuality(49), "--overwrite --silent --quality 4.9", 175},
+        {Encoder::Mpc, mpcQuality(100), "--overwrite --silent --quality 10", 330, kComma},
+        {Encoder::Mpc, {.mpc = {.mode = 2, .commandLine = QStringLiteral(" --xlevel ")}}, "--overwrite --silent --xlevel", 224},
     };
-    for (const auto &c : cases)
+    for (const auto &c : cases) {
         EXPECT_EQ(OptionTextBuilder().BuildOptionText(c.encoder, c.settings, c.locale), QString::fromUtf8(c.text));
+        BitrateEstimates e;
+        EstimateBitrates(c.settings, e);
+        EXPECT_EQ(c.encoder == Encoder::Mp3 ? e.mp3 : c.encoder == Encoder::Ogg ? e.ogg : e.mpc, c.kbps) << c.text;
+    }
 }
 
 TEST(OptionText, ModePartIsSharedAcrossEncoders)
 {
     OptionTextBuilder builder;
-    EncoderSettings s;
-    s.ogg.mode = -1;
-    s.mpc.mode = 7;
+    const EncoderSettings s{.ogg = {.mode = -1}, .mpc = {.mode = 7}};
     builder.BuildOptionText(Encoder::Mp3, s, kPoint);
     EXPECT_EQ(builder.BuildOptionText(Encoder::Ogg, s, kPoint), QStringLiteral("--quiet --preset extreme"));
-    s.ogg.mode = 1;
-    builder.BuildOptionText(Encoder::Ogg, s, kPoint);
-    EXPECT_EQ(builder.BuildOptionText(Encoder::Mpc, s, kPoint), QStringLiteral("--overwrite --silent --bitrate 192"));
+    EXPECT_EQ(builder.BuildOptionText(Encoder::Mpc, s, kPoint), QStringLiteral("--overwrite --silent --preset extreme"));
 }
 
-TEST(Estimates, ByEncoderAndMode)
-{
-    auto quality = [](int ogg, int mpc) {
-        return with([=](auto &s) { s.ogg.qualityTenths = ogg; s.mpc.mode = 1; s.mpc.qualityTenths = mpc; });
-    };
-    const struct { EncoderSettings settings; BitrateEstimates expected; } cases[] = {
-        {{}, {234, 192, 240}},
-        {quality(-10, 0), {234, 45, 20}},
-        {quality(100, 100), {234, 500, 330}},
-        {quality(90, 29), {234, 320, 87}},
-        {quality(80, 30), {234, 256, 70}}, // Musepack drops here, as it always has
-        {quality(39, 39), {234, 126, 106}},
-        {quality(40, 40), {234, 128, 130}},
-        {quality(89, 45), {234, 314, 155}},
-        {quality(-5, 19), {234, 54, 58}}, // 54.5 goes to the even neighbour
-        {quality(79, 49), {234, 253, 175}},
-        {quality(0, 50), {234, 64, 180}},
-        {with([](auto &s) { s.mp3.presetIndex = 0; s.mpc.presetIndex = 6; }), {320, 192, 60}},
-        {with([](auto &s) { s.mp3.presetIndex = 3; s.mpc.presetIndex = 0; }), {149, 192, 270}},
-        {with([](auto &s) { s.mp3.mode = 1; s.mp3.abrKbps = 300; s.ogg.mode = 1; s.ogg.abrKbps = 128; }), {300, 128, 240}},
-        {with([](auto &s) { s.mp3.mode = 2; s.mp3.cbrIndex = 16; }), {8, 192, 240}},
-        {with([](auto &s) { s.mp3.mode = 3; s.ogg.mode = 2; s.mpc.mode = 2; }), {224, 224, 224}},
-    };
-    for (const auto &c : cases) {
-        BitrateEstimates e;
-        EstimateBitrates(c.settings, e);
-        EXPECT_EQ(e, c.expected) << e.mp3 << ' ' << e.ogg << ' ' << e.mpc;
-    }
-}
-
+// A rule that does not apply leaves the caller's value; a failure (a 16-bit overflow, a CBR list
+// without selection) ends the estimate there.
 TEST(Estimates, UnmatchedRulesAndFailuresLeaveTheCallersValues)
 {
     const struct { EncoderSettings settings; BitrateEstimates expected; } cases[] = {
-        {with([](auto &s) { s.mp3.presetIndex = 4; s.ogg.qualityTenths = 101; s.mpc.mode = 1; s.mpc.qualityTenths = -1; }), {1, 2, 3}},
-        {with([](auto &s) { s.mp3.mode = -1; s.ogg.mode = 3; s.mpc.mode = 3; }), {1, 2, 3}},
-        // Failures end the estimate there: a 16-bit overflow, a CBR list without selection.
-        {with([](auto &s) { s.mp3.mode = 1; s.mp3.abrKbps = 40000; }), {1, 2, 3}},
-        {with([](auto &s) { s.mp3.mode = 2; s.mp3.cbrIndex = -1; }), {1, 2, 3}},
-        {with([](auto &s) { s.ogg.mode = 1; s.ogg.abrKbps = 32768; }), {234, 2, 3}},
+        {{.mp3 = {.presetIndex = 4}, .ogg = {.mode = 3}, .mpc = {.mode = 1, .qualityTenths = -1}}, {1, 2, 3}},
+        {{.mp3 = {.mode = 2, .cbrIndex = -1}}, {1, 2, 3}},
+        {{.ogg = {.mode = 1, .abrKbps = 32768}}, {234, 2, 3}},
     };
     for (const auto &c : cases) {
         BitrateEstimates e{1, 2, 3};
         EstimateBitrates(c.settings, e);
         EXPECT_EQ(e, c.expected) << e.mp3 << ' ' << e.ogg << ' ' << e.mpc;
     }
-}
-
-TEST(SliderLabels, FollowTheLocale)
-{
-    EXPECT_EQ(abrLabelText(192), QStringLiteral("192 kbps"));
-    EXPECT_EQ(qualityLabelText(45, kPoint), QStringLiteral("--quality 4.5"));
-    EXPECT_EQ(qualityLabelText(-2, kComma), QStringLiteral("--quality -0,2"));
-    EXPECT_EQ(cbrKbps(7), 96);
 }
