@@ -1,5 +1,7 @@
 #include "engine/commandline.h"
 
+#include "platform/processes.h"
+
 namespace kv {
 
 JobPaths jobPaths(const QString &folder, const QString &fileName, const QString &targetExtension)
@@ -10,10 +12,9 @@ JobPaths jobPaths(const QString &folder, const QString &fileName, const QString 
 QString buildCommandLine(const QString &programFolder, const QString &codec, const QString &options,
                          const JobPaths &paths)
 {
-    const QChar q = QLatin1Char('"');
     const QChar blank = QLatin1Char(' ');
-    return q + programFolder + QStringLiteral("codec/") + codec + q + blank + options + blank + q + paths.source + q
-           + blank + q + paths.target + q;
+    return quoteArgument(programFolder + QStringLiteral("codec/") + codec) + blank + options + blank
+           + quoteArgument(paths.source) + blank + quoteArgument(paths.target);
 }
 
 } // namespace kv

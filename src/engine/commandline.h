@@ -17,7 +17,7 @@ struct JobPaths
 JobPaths jobPaths(const QString &folder, const QString &fileName, const QString &targetExtension);
 
 // The codec's command line: quoted codec path, options, quoted source, quoted target, one blank
-// between each (so empty options leave two blanks).
+// between each (so empty options leave two blanks). A double quote in a path is escaped.
 QString buildCommandLine(const QString &programFolder, const QString &codec, const QString &options,
                          const JobPaths &paths);
 

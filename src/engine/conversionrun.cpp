@@ -230,13 +230,8 @@ void ConversionRun::launchNext(SlotState &slot)
         }
     }
 
-    // A double quote in a path cannot be carried by the quoted command line: the codec would be
-    // handed other file names. Such a job fails to launch instead.
-    std::optional<ProcessHandle> handle;
-    if (!paths.source.contains(QLatin1Char('"')) && !paths.target.contains(QLatin1Char('"'))) {
-        handle = m_context.processes.start(buildCommandLine(m_context.programFolder, p.codec, p.options, paths),
-                                           ChildEnvironment::Empty);
-    }
+    const std::optional<ProcessHandle> handle = m_context.processes.start(
+        buildCommandLine(m_context.programFolder, p.codec, p.options, paths), ChildEnvironment::Empty);
     const auto slotIndex = static_cast<size_t>(&slot - m_state.slots.data());
     if (handle) {
         job[EncodeJob::Status] = m_text->statusInProgress;

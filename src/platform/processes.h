@@ -34,11 +34,16 @@ public:
     virtual int processorCount() = 0;
 };
 
-// Splits a command line into arguments the way the codecs' original platform does for double
-// quotes: blanks and tabs separate, a double quote switches grouping on and off (and is dropped),
-// runs of blanks make no empty argument, a quoted "" alone is one empty argument.
-// Backslashes are ordinary characters.
+// Splits a command line into arguments by the codecs' original platform's rules: blanks and tabs
+// separate; a double quote switches grouping on and off (and is dropped); runs of blanks make no
+// empty argument, a quoted "" alone is one empty argument. Backslashes are ordinary characters
+// except before a double quote: 2n of them give n and the quote groups, 2n+1 give n and a
+// literal quote.
 QStringList splitCommandLine(const QString &commandLine);
+
+// One argument between double quotes, escaped so that splitCommandLine gives it back unchanged:
+// a quote inside becomes \" with the backslashes before it doubled, as are trailing ones.
+QString quoteArgument(const QString &argument);
 
 // What the machine reports, clamped to the 1 to 8 conversions that may run at once.
 int clampProcessorCount(long reported);

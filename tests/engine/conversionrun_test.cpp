@@ -1,183 +1,193 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
+#include <map>
+#include <set>
 
 #include "browser/filelist.h"
 #include "engine/conversionrun.h"
-#include "enginefakes.h"
+#include "platform/clock.h"
+#include "platform/files.h"
 #include "support/qtprinters.h"
 #include "ui/uitext.h"
 
 using namespace kv;
-using namespace kv::test;
+using namespace Qt::StringLiterals;
 
 namespace {
 
-const QString mp3Options = QStringLiteral("--preset extreme --silent --priority");
+const UiText &text = englishTexts();
 
-// A job list over fake files, clock and processes in the folder /m/.
-struct Rig
+// A run in the folder /m/ whose clock, files (sizes only) and codec processes are the rig's own.
+// Processes run until the test ends them; a launch fails while failLaunches is set, and always
+// for any environment but the empty one codecs get.
+struct Rig : Clock, Files, Processes
 {
-    FakeClock clock;
-    FakeFiles files;
-    FakeProcesses processes;
-    RunParameters parameters{QStringLiteral("lame"), mp3Options, QStringLiteral(".wav"), QStringLiteral(".mp3")};
-    FileListState list;
+    double now = 36000;
+    std::map<QString, std::int64_t> sizes;
+    std::set<QString> readOnly; // refuse deletion
+    std::vector<QString> removed;
+    std::vector<QString> commandLines; // of successful launches
+    std::set<ProcessHandle> running;
+    bool failLaunches = false;
+    RunParameters parameters{u"lame"_s, u"--preset extreme --silent --priority"_s, u".wav"_s, u".mp3"_s};
+    FileListState list{.currentFolder = u"/m/"_s};
     int beeps = 0;
     int playerStops = 0;
-    const UiText &text = englishTexts();
-    ConversionRun run{ConversionContext{clock, processes, files, parameters, list, QStringLiteral("/opt/kv/"),
-                                        [this] { ++beeps; }, [this] { ++playerStops; }},
-                      englishTexts()};
+    ConversionRun run{ConversionContext{*this, *this, *this, parameters, list, u"/opt/kv/"_s, [this] { ++beeps; },
+                                        [this] { ++playerStops; }},
+                      text};
 
-    Rig() { list.currentFolder = QStringLiteral("/m/"); }
-
-    void addFile(const QString &name, std::int64_t bytes, const QString &sampling = QStringLiteral("44100"),
-                 bool checked = true)
+    double secondsSinceMidnight() override { return now; }
+    std::optional<std::int64_t> fileSize(const QString &path) override
     {
-        FileRow row;
-        row.info[MediaInfo::Name] = name;
-        row.info[MediaInfo::Sampling] = sampling;
-        row.checked = checked;
-        list.rows.push_back(row);
-        files.sizes[list.currentFolder + name] = bytes;
+        return sizes.count(path) ? std::optional(sizes.at(path)) : std::nullopt;
     }
-    void addFiles(int count, std::int64_t bytes = 10240)
+    std::unique_ptr<ByteSource> open(const QString &) override { return nullptr; }
+    RemoveResult remove(const QString &path) override
+    {
+        if (readOnly.count(path))
+            return RemoveResult::AccessDenied;
+        removed.push_back(path);
+        return sizes.erase(path) ? RemoveResult::Removed : RemoveResult::OtherError;
+    }
+    std::optional<QByteArray> readAll(const QString &) override { return std::nullopt; }
+    bool writeAtStart(const QString &, const QByteArray &) override { return false; }
+    std::optional<ProcessHandle> start(const QString &commandLine, ChildEnvironment env) override
+    {
+        if (failLaunches || env != ChildEnvironment::Empty)
+            return std::nullopt;
+        commandLines.push_back(commandLine);
+        return *running.insert(static_cast<ProcessHandle>(commandLines.size())).first;
+    }
+    bool hasEnded(ProcessHandle h) override { return !running.count(h); }
+    void kill(ProcessHandle h) override { running.erase(h); }
+    int processorCount() override { return 4; }
+
+    void addFile(const QString &name, std::int64_t bytes, const char *sampling = "44100", bool checked = true)
+    {
+        FileRow row{.checked = checked};
+        row.info[MediaInfo::Name] = name;
+        row.info[MediaInfo::Sampling] = QLatin1String(sampling);
+        list.rows.push_back(row);
+        sizes[list.currentFolder + name] = bytes;
+    }
+    // A run over f01.wav, f02.wav, ... on so many processors, its first tick done.
+    void begin(int count, int processors, std::int64_t bytes = 10240)
     {
         for (int i = 1; i <= count; ++i)
-            addFile(QStringLiteral("f%1.wav").arg(i, 2, 10, QLatin1Char('0')), bytes);
+            addFile(u"f%1.wav"_s.arg(i, 2, 10, QLatin1Char('0')), bytes);
+        ASSERT_TRUE(run.PrepareJobs(true, 3, processors));
+        run.tick();
     }
-    QString target(int row) const
-    {
-        const QString name = run.jobs().at(static_cast<size_t>(row - 1))[EncodeJob::Name];
-        return list.currentFolder + name.left(name.size() - 4) + parameters.targetExtension;
-    }
-    ProcessHandle handleOf(int row) const
-    {
-        for (const SlotState &s : run.state().slots)
-            if (s.job == row)
-                return s.handle;
-        return -1;
-    }
+    QString target(int row) const { return u"/m/f%1.mp3"_s.arg(row, 2, 10, QLatin1Char('0')); }
     // The codec of a running job writes its target and exits.
     void finish(int row, std::int64_t targetBytes)
     {
-        files.sizes[target(row)] = targetBytes;
-        processes.finish(handleOf(row));
+        sizes[target(row)] = targetBytes;
+        for (const SlotState &s : run.state().slots)
+            if (s.job == row)
+                running.erase(s.handle);
     }
-    const QString &status(int row) const { return run.jobs().at(static_cast<size_t>(row - 1))[EncodeJob::Status]; }
-    QStringList statuses() const
+    // A job's status by its first letter, '-' while waiting; bold rows in lower case.
+    QString statuses() const
     {
-        QStringList s;
-        for (const EncodeJob &j : run.jobs())
-            s.append(j[EncodeJob::Status]);
+        QString s;
+        for (const EncodeJob &j : run.jobs()) {
+            const QChar c = j[EncodeJob::Status].isEmpty() ? QLatin1Char('-') : j[EncodeJob::Status].front();
+            s += j.bold ? c.toLower() : c;
+        }
         return s;
     }
-    int running() const { return static_cast<int>(processes.running.size()); }
+    // The finished line, the frame's switches that are on and a word for each beep.
+    QString frame() const
+    {
+        const RunDisplay &d = run.display();
+        QStringList on;
+        if (!d.labels[2].isEmpty())
+            on.append(d.labels[2] + QLatin1Char(':'));
+        for (const auto &[set, name] : {std::pair{d.frameVisible, "frame"},
+                                        {d.barVisible, "bar"},
+                                        {d.remainingVisible, "remaining"},
+                                        {d.stopEnabled, "stop"},
+                                        {d.closeEnabled, "close"},
+                                        {d.timerEnabled, "timer"}})
+            if (set)
+                on.append(QLatin1String(name));
+        for (int i = 0; i < beeps; ++i)
+            on.append(u"beep"_s);
+        return on.join(QLatin1Char(' '));
+    }
+    const QString &label(int i) const { return run.display().labels.at(static_cast<size_t>(i)); }
 };
-
-QStringList repeat(const QString &s, int n)
-{
-    QStringList l;
-    for (int i = 0; i < n; ++i)
-        l.append(s);
-    return l;
-}
 
 } // namespace
 
 TEST(ConversionRun, FourSlotsRunTenJobsAndEndWithOneBeep)
 {
     Rig rig;
-    rig.addFiles(10);
-    ASSERT_TRUE(rig.run.PrepareJobs(true, 3, 4));
-    EXPECT_EQ(rig.playerStops, 1);
-    EXPECT_EQ(rig.run.state().slotCount, 4);
-    EXPECT_EQ(rig.run.display().labels[2], QStringLiteral("Finished 0 of 10"));
-    EXPECT_EQ(rig.run.display().indicators[3], Activity::Idle);
-    EXPECT_EQ(rig.run.display().indicators[4], Activity::Hidden);
-    EXPECT_TRUE(rig.run.display().timerEnabled && rig.run.display().stopEnabled && !rig.run.display().closeEnabled);
-
-    rig.run.tick();
-    EXPECT_EQ(rig.statuses(), repeat(rig.text.statusInProgress, 4) + repeat(QString(), 6));
-    EXPECT_EQ(rig.processes.commandLines.front(),
-              QStringLiteral(R"("/opt/kv/codec/lame" --preset extreme --silent --priority "/m/f01.wav" "/m/f01.mp3")"));
-    EXPECT_EQ(rig.run.display().indicators[0], Activity::Running);
+    rig.begin(10, 4);
+    EXPECT_EQ(rig.statuses(), u"IIII------"_s);
+    EXPECT_EQ(rig.commandLines.front(),
+              uR"("/opt/kv/codec/lame" --preset extreme --silent --priority "/m/f01.wav" "/m/f01.mp3")"_s);
+    EXPECT_EQ(rig.frame(), u"Finished 0 of 10: frame stop timer"_s);
 
     // The second slot's job ends first: that slot, and only it, takes the fifth file.
-    rig.clock.now += 1;
+    rig.now += 1;
     rig.finish(2, 2048);
     rig.run.tick();
-    const EncodeJob &second = rig.run.jobs()[1];
-    EXPECT_EQ(second.columns, (std::array<QString, 6>{QStringLiteral("f02.wav"), rig.text.statusDone,
-                                                      QStringLiteral("10 KB"), QStringLiteral("2 KB"),
-                                                      QStringLiteral("20"), QStringLiteral("0:00:01")}));
+    EXPECT_EQ(rig.run.jobs()[1].columns,
+              (std::array{u"f02.wav"_s, text.statusDone, u"10 KB"_s, u"2 KB"_s, u"20"_s, u"0:00:01"_s}));
+    EXPECT_EQ(rig.statuses(), u"IDIII-----"_s);
     EXPECT_EQ(rig.run.state().slots[1].job, 5);
-    EXPECT_EQ(rig.status(5), rig.text.statusInProgress);
-    EXPECT_EQ(rig.run.display().labels[2], QStringLiteral("Finished 1 of 10"));
     EXPECT_EQ(rig.run.display().selectedRow, 1);
+    // More jobs than slots: the remaining time shows from the first job done on.
+    EXPECT_EQ(rig.frame(), u"Finished 1 of 10: frame bar remaining stop timer"_s);
 
-    while (rig.running() > 0) {
-        EXPECT_LE(rig.running(), 4);
-        rig.clock.now += 1;
+    while (!rig.running.empty()) {
+        EXPECT_LE(rig.running.size(), 4u);
+        rig.now += 1;
         for (int row = 1; row <= 10; ++row)
-            if (rig.status(row) == rig.text.statusInProgress)
+            if (rig.run.jobs()[row - 1][EncodeJob::Status] == text.statusInProgress)
                 rig.finish(row, 2048);
         rig.run.tick();
     }
-    EXPECT_EQ(rig.processes.commandLines.size(), 10u);
-    EXPECT_EQ(rig.statuses(), repeat(rig.text.statusDone, 10));
-    EXPECT_EQ(rig.run.display().labels[2], QStringLiteral("Finished 10 of 10"));
-    EXPECT_EQ(rig.run.display().labels[1], QStringLiteral("0:00:00"));
-    EXPECT_EQ(rig.beeps, 1);
-    EXPECT_FALSE(rig.run.display().timerEnabled);
-    EXPECT_TRUE(rig.run.display().closeEnabled && !rig.run.display().stopEnabled);
+    EXPECT_EQ(rig.commandLines.size(), 10u);
+    EXPECT_EQ(rig.statuses(), u"DDDDDDDDDD"_s);
+    EXPECT_EQ(rig.label(1), u"0:00:00"_s);
     EXPECT_EQ(rig.run.display().barValue, rig.run.display().barMax);
+    EXPECT_EQ(rig.frame(), u"Finished 10 of 10: frame bar remaining close beep"_s);
     EXPECT_TRUE(rig.run.idle());
 }
 
 TEST(ConversionRun, StopBreaksTheWaitingAndLetsTheRunningFinish)
 {
     Rig rig;
-    rig.addFiles(10);
-    rig.run.PrepareJobs(true, 3, 4);
-    rig.run.tick();
+    rig.begin(10, 4);
     rig.run.stop();
-    EXPECT_EQ(rig.statuses(), repeat(rig.text.statusInProgress, 4) + repeat(rig.text.statusBreak, 6));
-    EXPECT_TRUE(rig.run.jobs()[9].bold);
-    EXPECT_FALSE(rig.run.jobs()[3].bold);
+    EXPECT_EQ(rig.statuses(), u"IIIIbbbbbb"_s);
     EXPECT_EQ(rig.run.state().jobCount, 4);
-    EXPECT_FALSE(rig.run.display().stopEnabled);
-    EXPECT_TRUE(rig.processes.killed.empty());
+    EXPECT_EQ(rig.frame(), u"Finished 0 of 10: frame timer"_s);
+    EXPECT_EQ(rig.running.size(), 4u);
 
     for (int row = 1; row <= 3; ++row)
         rig.finish(row, 2048);
     rig.run.tick();
-    EXPECT_TRUE(rig.run.display().timerEnabled);
-    EXPECT_EQ(rig.beeps, 0);
+    EXPECT_EQ(rig.frame(), u"Finished 3 of 10: frame timer"_s); // no remaining time: only the running were left
     rig.finish(4, 2048);
     rig.run.tick();
-    EXPECT_FALSE(rig.run.display().timerEnabled);
-    EXPECT_EQ(rig.beeps, 1);
-    EXPECT_EQ(rig.run.display().labels[2], QStringLiteral("Finished 4 of 10"));
-    EXPECT_EQ(rig.processes.commandLines.size(), 4u);
+    EXPECT_EQ(rig.frame(), u"Finished 4 of 10: frame close beep"_s);
+    EXPECT_EQ(rig.commandLines.size(), 4u);
 }
 
 TEST(ConversionRun, TargetsRoundingToZeroKbAreErrorsAndTheRunNeverEnds)
 {
     Rig rig;
-    rig.addFiles(4);
-    rig.run.PrepareJobs(true, 3, 4);
-    rig.run.tick();
+    rig.begin(4, 4);
     const std::int64_t targets[] = {300, 512, 513, 600};
     for (int row = 1; row <= 4; ++row)
         rig.finish(row, targets[row - 1]);
     rig.run.tick();
-    EXPECT_EQ(rig.statuses(), (QStringList{rig.text.statusError, rig.text.statusError, rig.text.statusDone,
-                                           rig.text.statusDone}));
-    EXPECT_TRUE(rig.run.jobs()[0].bold);
-    EXPECT_EQ(rig.run.jobs()[0][EncodeJob::TargetSize], QString());
-    EXPECT_EQ(rig.run.jobs()[2][EncodeJob::TargetSize], QStringLiteral("1 KB"));
+    EXPECT_EQ(rig.statuses(), u"eeDD"_s);
     // An error leaves its slot's indicator running; a success shows idle.
     EXPECT_EQ(rig.run.display().indicators[0], Activity::Running);
     EXPECT_EQ(rig.run.display().indicators[2], Activity::Idle);
@@ -186,196 +196,119 @@ TEST(ConversionRun, TargetsRoundingToZeroKbAreErrorsAndTheRunNeverEnds)
     rig.run.stop();
     for (int i = 0; i < 5; ++i)
         rig.run.tick();
-    EXPECT_TRUE(rig.run.display().timerEnabled);
-    EXPECT_FALSE(rig.run.display().closeEnabled);
-    EXPECT_EQ(rig.beeps, 0);
-    EXPECT_EQ(rig.run.display().labels[2], QStringLiteral("Finished 2 of 4"));
+    EXPECT_EQ(rig.frame(), u"Finished 2 of 4: frame timer"_s); // and no remaining time: no more jobs than slots
     EXPECT_TRUE(rig.run.idle());
 }
 
 TEST(ConversionRun, RunningJobCountsItsTargetScaledByThePlainSumOfPercentages)
 {
     Rig rig;
-    rig.addFiles(5, 10000);
-    rig.run.PrepareJobs(true, 3, 3);
-    rig.run.tick();
-    EXPECT_FALSE(rig.run.display().remainingVisible);
-    rig.clock.now += 10;
+    rig.begin(5, 3, 10000);
+    rig.now += 10;
     rig.finish(1, 1000); // 10 %
     rig.run.tick();
-    EXPECT_TRUE(rig.run.display().remainingVisible && rig.run.display().barVisible);
     EXPECT_DOUBLE_EQ(rig.run.state().totalSourceKb, 50000 / 1024.0);
 
     // Two finished at 10 % each make R = 20, so the third's 1000 target bytes stand for 5000
     // source bytes: 25000 of 50000 bytes done after 30 s gives a 60 s estimate.
-    rig.clock.now += 20;
-    rig.files.sizes[rig.target(3)] = 1000;
+    rig.now += 20;
+    rig.sizes[rig.target(3)] = 1000;
     rig.finish(2, 1000);
     rig.run.tick();
     EXPECT_DOUBLE_EQ(rig.run.display().barMax, 60);
-    rig.clock.now += 1;
+    rig.now += 1;
     rig.run.tick();
     EXPECT_EQ(rig.run.display().barValue, 31);
-    EXPECT_EQ(rig.run.display().labels[0], QStringLiteral("0:00:31"));
-    EXPECT_EQ(rig.run.display().labels[1], QStringLiteral("0:00:29"));
+    EXPECT_EQ(rig.label(0), u"0:00:31"_s);
+    EXPECT_EQ(rig.label(1), u"0:00:29"_s);
 }
 
-TEST(ConversionRun, FailedLaunchIsReadOnlyAndTheSlotKeepsItsOldHandle)
+TEST(ConversionRun, ExistingTargetsAreDeletedReadOnlyOnesMarkedAndFailedLaunchesMoveTheSlotOn)
 {
     Rig rig;
-    rig.addFiles(4);
-    rig.run.PrepareJobs(true, 3, 2);
-    rig.run.tick();
-    const ProcessHandle first = rig.handleOf(1);
+    rig.sizes[u"/m/f01.mp3"_s] = 99;
+    rig.sizes[u"/m/f04.mp3"_s] = 99;
+    rig.readOnly.insert(u"/m/f04.mp3"_s);
+    rig.begin(4, 2);
+    EXPECT_EQ(rig.removed, std::vector{u"/m/f01.mp3"_s});
+    const ProcessHandle first = rig.run.state().slots[0].handle;
     rig.finish(1, 2048);
-    rig.processes.failLaunches = true;
+    rig.failLaunches = true;
     rig.run.tick();
-    EXPECT_EQ(rig.status(3), rig.text.statusReadOnly);
-    EXPECT_FALSE(rig.run.jobs()[2].bold);
+    EXPECT_EQ(rig.statuses(), u"DIR-"_s);
     EXPECT_EQ(rig.run.state().slots[0].job, 3);
-    EXPECT_EQ(rig.run.state().slots[0].handle, first);
+    EXPECT_EQ(rig.run.state().slots[0].handle, first); // ended, so the next tick offers the next job
 
-    rig.processes.failLaunches = false;
+    rig.failLaunches = false;
     rig.run.tick();
-    EXPECT_EQ(rig.status(4), rig.text.statusInProgress);
-    EXPECT_NE(rig.run.state().slots[0].handle, first);
+    EXPECT_EQ(rig.statuses(), u"DIRi"_s); // a read-only target is marked bold but launched anyway
     rig.finish(2, 2048);
     rig.finish(4, 2048);
     rig.run.tick();
     rig.run.tick();
-    EXPECT_EQ(rig.run.display().labels[2], QStringLiteral("Finished 3 of 4"));
-    EXPECT_TRUE(rig.run.display().timerEnabled); // a "Read only" job keeps the run from its end
-}
-
-TEST(ConversionRun, ExistingTargetIsDeletedOrMarkedReadOnlyAndLaunchedAnyway)
-{
-    Rig rig;
-    rig.addFiles(2);
-    rig.files.sizes[QStringLiteral("/m/f01.mp3")] = 99;
-    rig.files.sizes[QStringLiteral("/m/f02.mp3")] = 99;
-    rig.files.readOnly.insert(QStringLiteral("/m/f02.mp3"));
-    rig.run.PrepareJobs(true, 3, 2);
-    rig.run.tick();
-    EXPECT_EQ(rig.files.removed, std::vector<QString>{QStringLiteral("/m/f01.mp3")});
-    EXPECT_EQ(rig.statuses(), repeat(rig.text.statusInProgress, 2));
-    EXPECT_FALSE(rig.run.jobs()[0].bold);
-    EXPECT_TRUE(rig.run.jobs()[1].bold);
-    EXPECT_EQ(rig.processes.commandLines.size(), 2u);
-}
-
-TEST(ConversionRun, DoubleQuoteInANameFailsToLaunch)
-{
-    Rig rig;
-    rig.addFile(QStringLiteral("say \"hi\".wav"), 10240);
-    rig.run.PrepareJobs(true, 3, 1);
-    rig.run.tick();
-    EXPECT_EQ(rig.status(1), rig.text.statusReadOnly);
-    EXPECT_TRUE(rig.processes.commandLines.empty());
+    // "Read only" keeps the run from its end.
+    EXPECT_EQ(rig.frame(), u"Finished 3 of 4: frame bar remaining stop timer"_s);
 }
 
 TEST(ConversionRun, ClockPassingMidnightKeepsCountingForward)
 {
-    {
-        // Start and now share one precision: the same moment never looks like a day later.
-        Rig sameMoment;
-        sameMoment.addFiles(1);
-        sameMoment.clock.now = 36000.123456789;
-        sameMoment.run.PrepareJobs(true, 3, 1);
-        sameMoment.run.tick();
-        EXPECT_EQ(sameMoment.run.display().labels[0], QStringLiteral("0:00:00"));
-    }
     Rig rig;
-    rig.addFiles(1);
-    rig.clock.now = 86395;
-    rig.run.PrepareJobs(true, 3, 1);
-    rig.clock.now = 86399;
+    rig.now = 86395.123456789;
+    rig.begin(1, 1);
+    // Start and now share one precision: the same moment never looks like a day later.
+    EXPECT_EQ(rig.label(0), u"0:00:00"_s);
+    rig.now = 5;
     rig.run.tick();
-    rig.clock.now = 5;
-    rig.run.tick();
-    EXPECT_EQ(rig.run.display().labels[0], QStringLiteral("0:00:10"));
-    rig.clock.now = 7;
+    EXPECT_EQ(rig.label(0), u"0:00:10"_s);
+    rig.now = 7;
     rig.finish(1, 2048);
     rig.run.tick();
-    EXPECT_EQ(rig.run.jobs()[0][EncodeJob::Time], QStringLiteral("0:00:08"));
-}
-
-TEST(ConversionRun, RemainingTimeShowsAfterTheFirstDoneOnlyWithMoreJobsThanSlots)
-{
-    const struct
-    {
-        int jobs, processors;
-        bool stopFirst, visible;
-    } cases[] = {
-        {4, 4, false, false},
-        {5, 4, false, true},
-        {5, 4, true, false}, // Stop lowered the job count to the four running
-        {2, 1, false, true},
-    };
-    for (const auto &c : cases) {
-        Rig rig;
-        rig.addFiles(c.jobs);
-        rig.run.PrepareJobs(true, 3, c.processors);
-        rig.run.tick();
-        if (c.stopFirst)
-            rig.run.stop();
-        EXPECT_FALSE(rig.run.display().remainingVisible);
-        rig.finish(1, 2048);
-        rig.run.tick();
-        EXPECT_EQ(rig.run.display().remainingVisible, c.visible) << c.jobs << " " << c.processors;
-        EXPECT_EQ(rig.run.display().barVisible, c.visible);
-    }
+    EXPECT_EQ(rig.run.jobs()[0][EncodeJob::Time], u"0:00:12"_s);
 }
 
 TEST(PrepareJobs, SkipAndSelectionRulesSizesAndSlotCount)
 {
-    const QString cbr192 = QStringLiteral("--preset cbr 192 --silent --priority");
-    const QString cbr160 = QStringLiteral("--preset cbr 160 --silent --priority");
-    const QString wav = QStringLiteral(".wav");
     const struct
     {
         RunParameters parameters;
         int cbrIndex;
         bool allFiles;
         int processors;
-        QStringList expected; // job names; empty: no run
+        const char *expected; // the job names' first letters
         int slots;
     } cases[] = {
-        {{QStringLiteral("mppenc"), QString(), wav, QStringLiteral(".mpc")}, 3, true, 8,
-         {QStringLiteral("a44.wav"), QStringLiteral("d44.wav")}, 8},
-        {{QStringLiteral("lame"), cbr192, wav, QStringLiteral(".mp3")}, 3, true, 2,
-         {QStringLiteral("a44.wav"), QStringLiteral("b48.wav"), QStringLiteral("c32.wav"), QStringLiteral("d44.wav")}, 2},
-        {{QStringLiteral("lame"), cbr160, wav, QStringLiteral(".mp3")}, 4, true, 2,
-         {QStringLiteral("a44.wav"), QStringLiteral("b48.wav"), QStringLiteral("c32.wav"), QStringLiteral("d44.wav"),
-          QStringLiteral("e22.wav")}, 2},
-        {{QStringLiteral("lame"), mp3Options, wav, QStringLiteral(".mp3")}, 3, false, 3,
-         {QStringLiteral("a44.wav"), QStringLiteral("e22.wav")}, 3},
-        {{QStringLiteral("lame"), QStringLiteral("--decode"), QStringLiteral(".mp3"), wav}, 3, true, 8,
-         {QStringLiteral("a44.wav"), QStringLiteral("b48.wav"), QStringLiteral("c32.wav"), QStringLiteral("d44.wav"),
-          QStringLiteral("e22.wav")}, 1},
+        {{u"mppenc"_s, QString(), u".wav"_s, u".mpc"_s}, 3, true, 8, "ad", 8},
+        {{u"lame"_s, u"--preset cbr 192 --silent --priority"_s, u".wav"_s, u".mp3"_s}, 3, true, 2, "abcd", 2},
+        {{u"lame"_s, u"--preset cbr 160 --silent --priority"_s, u".wav"_s, u".mp3"_s}, 4, true, 2, "abcde", 2},
+        {{u"lame"_s, u"--preset extreme --silent --priority"_s, u".wav"_s, u".mp3"_s}, 3, false, 3, "ae", 3},
+        {{u"lame"_s, u"--decode"_s, u".mp3"_s, u".wav"_s}, 3, true, 8, "abcde", 1},
     };
     for (const auto &c : cases) {
         Rig rig;
         rig.parameters = c.parameters;
-        rig.addFile(QStringLiteral("a44.wav"), 1536, QStringLiteral("44100"), true);
-        rig.addFile(QStringLiteral("b48.wav"), 1536, QStringLiteral("48000"), false);
-        rig.addFile(QStringLiteral("c32.wav"), 1536, QStringLiteral("32000"), false);
-        rig.addFile(QStringLiteral("d44.wav"), 1536, QStringLiteral("44100"), false);
-        rig.addFile(QStringLiteral("e22.wav"), 1536, QStringLiteral("22050"), true);
-        rig.files.sizes.erase(QStringLiteral("/m/d44.wav"));
+        rig.addFile(u"a44.wav"_s, 1536, "44100", true);
+        rig.addFile(u"b48.wav"_s, 1536, "48000", false);
+        rig.addFile(u"c32.wav"_s, 1536, "32000", false);
+        rig.addFile(u"d44.wav"_s, 1536, "44100", false);
+        rig.addFile(u"e22.wav"_s, 1536, "22050", true);
+        rig.sizes.erase(u"/m/d44.wav"_s);
         EXPECT_TRUE(rig.run.PrepareJobs(c.allFiles, c.cbrIndex, c.processors));
-        QStringList names;
+        QString names;
         for (const EncodeJob &j : rig.run.jobs()) {
-            names.append(j[EncodeJob::Name]);
-            EXPECT_EQ(j[EncodeJob::SourceSize], j[EncodeJob::Name] == QLatin1String("d44.wav") ? QStringLiteral("0 KB")
-                                                                                              : QStringLiteral("2 KB"));
+            names += j[EncodeJob::Name].front();
+            EXPECT_EQ(j[EncodeJob::SourceSize], names.endsWith(QLatin1Char('d')) ? u"0 KB"_s : u"2 KB"_s);
         }
-        EXPECT_EQ(names, c.expected) << c.parameters.options.toStdString();
+        EXPECT_EQ(names, QLatin1String(c.expected)) << c.parameters.options.toStdString();
         EXPECT_EQ(rig.run.state().slotCount, c.slots);
+        for (int i = 0; i < RunState::SlotLimit; ++i)
+            EXPECT_EQ(rig.run.display().indicators.at(size_t(i)), i < c.slots ? Activity::Idle : Activity::Hidden);
+        EXPECT_EQ(rig.frame(), u"Finished 0 of %1: frame stop timer"_s.arg(names.size()));
+        EXPECT_EQ(rig.playerStops, 1);
     }
 
     Rig none;
-    none.addFile(QStringLiteral("a.wav"), 1536, QStringLiteral("44100"), false);
+    none.addFile(u"a.wav"_s, 1536, "44100", false);
     EXPECT_FALSE(none.run.PrepareJobs(false, 3, 4));
-    EXPECT_FALSE(none.run.display().frameVisible || none.run.display().timerEnabled);
+    EXPECT_EQ(none.frame(), QString());
     EXPECT_EQ(none.playerStops, 0);
 }
