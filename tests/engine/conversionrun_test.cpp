@@ -24,8 +24,7 @@ struct Rig : Clock, Files, Processes
 {
     double now = 36000;
     std::map<QString, std::int64_t> sizes;
-    std::set<QString> readOnly; // refuse deletion
-    std::vector<QString> removed;
+    std::set<QString> readOnly;        // refuse deletion
     std::vector<QString> commandLines; // of successful launches
     std::set<ProcessHandle> running;
     bool failLaunches = false;
@@ -47,7 +46,6 @@ struct Rig : Clock, Files, Processes
     {
         if (readOnly.count(path))
             return RemoveResult::AccessDenied;
-        removed.push_back(path);
         return sizes.erase(path) ? RemoveResult::Removed : RemoveResult::OtherError;
     }
     std::optional<QByteArray> readAll(const QString &) override { return std::nullopt; }
@@ -105,14 +103,12 @@ struct Rig : Clock, Files, Processes
         QStringList on;
         if (!d.labels[2].isEmpty())
             on.append(d.labels[2] + QLatin1Char(':'));
-        for (const auto &[set, name] : {std::pair{d.frameVisible, "frame"},
-                                        {d.barVisible, "bar"},
-                                        {d.remainingVisible, "remaining"},
-                                        {d.stopEnabled, "stop"},
-                                        {d.closeEnabled, "close"},
-                                        {d.timerEnabled, "timer"}})
-            if (set)
-                on.append(QLatin1String(name));
+        const bool set[] = {d.frameVisible, d.barVisible,   d.remainingVisible,
+                            d.stopEnabled,  d.closeEnabled, d.timerEnabled};
+        const char *names[] = {"frame", "bar", "remaining", "stop", "close", "timer"};
+        for (size_t i = 0; i < std::size(set); ++i)
+            if (set[i])
+                on.append(QLatin1String(names[i]));
         for (int i = 0; i < beeps; ++i)
             on.append(u"beep"_s);
         return on.join(QLatin1Char(' '));
@@ -230,7 +226,7 @@ TEST(ConversionRun, ExistingTargetsAreDeletedReadOnlyOnesMarkedAndFailedLaunches
     rig.sizes[u"/m/f04.mp3"_s] = 99;
     rig.readOnly.insert(u"/m/f04.mp3"_s);
     rig.begin(4, 2);
-    EXPECT_EQ(rig.removed, std::vector{u"/m/f01.mp3"_s});
+    EXPECT_FALSE(rig.sizes.count(u"/m/f01.mp3"_s));
     const ProcessHandle first = rig.run.state().slots[0].handle;
     rig.finish(1, 2048);
     rig.failLaunches = true;
