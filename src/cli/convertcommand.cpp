@@ -11,6 +11,7 @@
 
 #include "app/codecset.h"
 #include "browser/filelist.h"
+#include "cli/arguments.h"
 #include "cli/command.h"
 #include "engine/conversionrun.h"
 #include "engine/runparameters.h"
@@ -48,60 +49,36 @@ struct ConvertRequest
 // Fills request from args; an empty result means go on, anything else is the usage problem.
 QString parse(const QStringList &args, ConvertRequest &request)
 {
-    bool optionsEnded = false;
-    bool folderGiven = false;
-    for (qsizetype i = 0; i < args.size(); ++i) {
-        const QString &a = args.at(i);
-        if (!optionsEnded && a == QLatin1String("--")) {
-            optionsEnded = true;
-            continue;
-        }
-        if (!optionsEnded && a.startsWith(QLatin1Char('-')) && a.size() > 1) {
-            const qsizetype eq = a.indexOf(QLatin1Char('='));
-            const QString name = eq < 0 ? a : a.left(eq);
-            if (name != QLatin1String("--to") && name != QLatin1String("--from") && name != QLatin1String("--jobs"))
-                return QStringLiteral("unknown option \"") + a + QStringLiteral("\" (put -- before a name that starts with -)");
-            QString value;
-            if (eq >= 0)
-                value = a.mid(eq + 1);
-            else if (i + 1 < args.size())
-                value = args.at(++i);
-            else
-                return name + QStringLiteral(" needs a value");
-            if (name == QLatin1String("--to")) {
-                if (!QStringList{QStringLiteral("mp3"), QStringLiteral("ogg"), QStringLiteral("mpc"), QStringLiteral("wav")}
-                         .contains(value))
-                    return QStringLiteral("unknown target \"") + value + QStringLiteral("\" (mp3, ogg, mpc or wav)");
-                request.to = value;
-            } else if (name == QLatin1String("--from")) {
-                if (!QStringList{QStringLiteral("mp3"), QStringLiteral("ogg"), QStringLiteral("mpc")}.contains(value))
-                    return QStringLiteral("unknown source \"") + value + QStringLiteral("\" (mp3, ogg or mpc)");
-                request.from = value;
-            } else {
-                bool ok = false;
-                request.jobs = value.toInt(&ok);
-                if (!ok || request.jobs < 1 || request.jobs > 8)
-                    return QStringLiteral("--jobs takes a number from 1 to 8");
-            }
-            continue;
-        }
-        if (!folderGiven) {
-            request.folder = a;
-            folderGiven = true;
-        } else {
-            request.names.append(a);
-        }
-    }
+    Arguments parsed;
+    const QStringList known{QStringLiteral("--to"), QStringLiteral("--from"), QStringLiteral("--jobs")};
+    if (QString problem = parseArguments(args, known, parsed); !problem.isEmpty())
+        return problem + QStringLiteral(" (put -- before a name that starts with -)");
+    request.to = parsed.value(QStringLiteral("--to"));
+    request.from = parsed.value(QStringLiteral("--from"));
     if (request.to.isEmpty())
         return QStringLiteral("no --to given");
+    if (!QStringList{QStringLiteral("mp3"), QStringLiteral("ogg"), QStringLiteral("mpc"), QStringLiteral("wav")}
+             .contains(request.to))
+        return QStringLiteral("unknown target \"") + request.to + QStringLiteral("\" (mp3, ogg, mpc or wav)");
+    if (parsed.has(QStringLiteral("--from"))
+        && !QStringList{QStringLiteral("mp3"), QStringLiteral("ogg"), QStringLiteral("mpc")}.contains(request.from))
+        return QStringLiteral("unknown source \"") + request.from + QStringLiteral("\" (mp3, ogg or mpc)");
+    if (parsed.has(QStringLiteral("--jobs"))) {
+        bool ok = false;
+        request.jobs = parsed.value(QStringLiteral("--jobs")).toInt(&ok);
+        if (!ok || request.jobs < 1 || request.jobs > 8)
+            return QStringLiteral("--jobs takes a number from 1 to 8");
+    }
     if (request.to == QLatin1String("wav") && request.from.isEmpty())
         return QStringLiteral("--to wav needs --from mp3, ogg or mpc");
     if (request.to != QLatin1String("wav") && !request.from.isEmpty())
         return QStringLiteral("--from goes only with --to wav (encoding reads WAV files)");
     if (request.to == QLatin1String("wav") && request.jobs != 0)
         return QStringLiteral("--jobs goes only with encoding: decoding runs one file at a time");
-    if (!folderGiven)
+    if (parsed.positionals.isEmpty())
         return QStringLiteral("no FOLDER given");
+    request.folder = parsed.positionals.takeFirst();
+    request.names = parsed.positionals;
     return {};
 }
 
@@ -277,10 +254,16 @@ int runConvert(const QStringList &args)
     bool aborted = false;
     auto work = [&] {
         PosixProcesses::clearExitEvents();
+        const std::vector<EncodeJob> before = run.jobs();
         run.tick();
         progress.update();
         if (run.idle()) {
             run.tick(); // records an end that came between the tick's poll and ours
+            loop.quit();
+        } else if (!run.anyRunning() && run.jobs() == before) {
+            // A step that fails alike on every tick (a source under 512 bytes rounds to 0 KB and
+            // gives no percentage) leaves jobs waiting with nothing running: the window would
+            // tick on for ever, the command ends with them still waiting.
             loop.quit();
         }
     };

@@ -280,13 +280,17 @@ void ConversionRun::close()
 
 bool ConversionRun::idle()
 {
-    if (std::any_of(m_jobs.begin(), m_jobs.end(), [](const EncodeJob &j) { return j[EncodeJob::Status].isEmpty(); }))
-        return false;
+    return std::none_of(m_jobs.begin(), m_jobs.end(), [](const EncodeJob &j) { return j[EncodeJob::Status].isEmpty(); })
+           && !anyRunning();
+}
+
+bool ConversionRun::anyRunning()
+{
     for (int i = 0; i < m_state.slotCount; ++i) {
         if (!m_context.processes.hasEnded(m_state.slots.at(static_cast<size_t>(i)).handle))
-            return false;
+            return true;
     }
-    return true;
+    return false;
 }
 
 void ConversionRun::abortRunning()

@@ -93,6 +93,8 @@ public:
 
     // True when no job waits and no slot's process runs (the command line ends there).
     bool idle();
+    // True while any slot's codec process runs.
+    bool anyRunning();
     // Kills the running codecs' groups and deletes the targets they were writing.
     void abortRunning();
 

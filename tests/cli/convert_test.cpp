@@ -24,10 +24,10 @@ const QString header = u"File Name\tStatus\tFile Size\tSize\t%\tEncoding time"_s
 const QStringList awkward = {u"$HOME $(id).wav"_s, u"-dash.wav"_s,        u"`id`.wav"_s, u"a  b.wav"_s,
                              u"it's.wav"_s,        uR"(say \"hi".wav)"_s, u"ёж ü.wav"_s};
 
-void makeWav(const QString &path, const char *rate = "-r44100")
+void makeWav(const QString &path, const char *rate = "-r44100", const char *seconds = "1")
 {
     ASSERT_EQ(QProcess::execute(u"/usr/bin/sox"_s, {u"-n"_s, QLatin1String(rate), u"-c2"_s, u"-b16"_s, path, u"synth"_s,
-                                                    u"1"_s, u"sine"_s, u"440"_s}),
+                                                    QLatin1String(seconds), u"sine"_s, u"440"_s}),
               0);
 }
 
@@ -157,6 +157,18 @@ TEST(Convert, NamedFilesOnlyAndUsageErrors)
         EXPECT_TRUE(u.err.contains(QLatin1String(c.message))) << u.err.toStdString();
         EXPECT_EQ(u.out, QString());
     }
+}
+
+// A source under 512 bytes rounds to 0 KB, so its job's percentage fails on every tick and the
+// single slot never moves on. The window would tick on; the command must end all the same.
+TEST(Convert, EndsWhenNothingCanMoveOn)
+{
+    QTemporaryDir dir;
+    makeWav(dir.filePath(u"a.wav"_s), "-r44100", "0.002");
+    makeWav(dir.filePath(u"b.wav"_s));
+    const CliResult r = runCli({u"convert"_s, u"--to"_s, u"mp3"_s, u"--jobs"_s, u"1"_s, dir.path()}, {}, 20000);
+    EXPECT_EQ(r.out, header + u"\na.wav\tIn Progress\t0 KB\t\t\t\nb.wav\t\t172 KB\t\t\t\nFinished 0 of 2\n"_s);
+    EXPECT_EQ(r.status, 1);
 }
 
 namespace {
