@@ -26,43 +26,29 @@ QString lineFor(MakeCommand command, const EncoderSettings &settings = {}, Audio
 
 TEST(CommandLine, EveryMakeCommandAndMode)
 {
-    EncoderSettings mp3Abr, mp3Cbr, mp3Cmd, oggQuality, oggBitrate, oggCmd, mpcQuality, mpcCmd;
-    mp3Abr.mp3.mode = 1;
-    mp3Abr.mp3.abrKbps = 128;
-    mp3Cbr.mp3.mode = 2;
-    mp3Cbr.mp3.cbrIndex = 16;
-    mp3Cmd.mp3.mode = 3;
-    mp3Cmd.mp3.commandLine = u"  -V 2  "_s;
-    oggQuality.ogg.qualityTenths = 45;
-    oggBitrate.ogg.mode = 1;
-    oggCmd.ogg.mode = 2;
-    oggCmd.ogg.commandLine = u"-q 3"_s;
-    mpcQuality.mpc.mode = 1;
-    mpcQuality.mpc.qualityTenths = 45;
-    mpcCmd.mpc.mode = 2;
     const QString ab = u"a b.wav"_s;
     const QLocale comma(QLocale::German);
     using enum MakeCommand;
     using F = AudioFormat;
-
-    const struct
-    {
-        QString line;
-        const char *expected;
-    } cases[] = {
+    const struct { QString line; const char *expected; } cases[] = {
         {lineFor(Mp3), R"("/p/codec/lame" --preset extreme --silent --priority "/m m/a b.wav" "/m m/a b.mp3")"},
-        {lineFor(Mp3, mp3Abr), R"("/p/codec/lame" --preset 128 --silent --priority "/m m/a b.wav" "/m m/a b.mp3")"},
-        {lineFor(Mp3, mp3Cbr), R"("/p/codec/lame" --preset cbr 8 --silent --priority "/m m/a b.wav" "/m m/a b.mp3")"},
-        {lineFor(Mp3, mp3Cmd), R"("/p/codec/lame" -V 2 --silent --priority "/m m/a b.wav" "/m m/a b.mp3")"},
+        {lineFor(Mp3, {.mp3 = {.mode = 1, .abrKbps = 128}}),
+         R"("/p/codec/lame" --preset 128 --silent --priority "/m m/a b.wav" "/m m/a b.mp3")"},
+        {lineFor(Mp3, {.mp3 = {.mode = 2, .cbrIndex = 16}}),
+         R"("/p/codec/lame" --preset cbr 8 --silent --priority "/m m/a b.wav" "/m m/a b.mp3")"},
+        {lineFor(Mp3, {.mp3 = {.mode = 3, .commandLine = u"  -V 2  "_s}}),
+         R"("/p/codec/lame" -V 2 --silent --priority "/m m/a b.wav" "/m m/a b.mp3")"},
         {lineFor(Ogg), R"("/p/codec/oggenc2" --quiet --quality 6 "/m m/a b.wav" "/m m/a b.ogg")"},
-        {lineFor(Ogg, oggQuality, F::Wav, ab, comma),
+        {lineFor(Ogg, {.ogg = {.qualityTenths = 45}}, F::Wav, ab, comma),
          R"("/p/codec/oggenc2" --quiet --quality 4,5 "/m m/a b.wav" "/m m/a b.ogg")"},
-        {lineFor(Ogg, oggBitrate), R"("/p/codec/oggenc2" --quiet --bitrate 192 "/m m/a b.wav" "/m m/a b.ogg")"},
-        {lineFor(Ogg, oggCmd), R"("/p/codec/oggenc2" --quiet -q 3 "/m m/a b.wav" "/m m/a b.ogg")"},
+        {lineFor(Ogg, {.ogg = {.mode = 1}}), R"("/p/codec/oggenc2" --quiet --bitrate 192 "/m m/a b.wav" "/m m/a b.ogg")"},
+        {lineFor(Ogg, {.ogg = {.mode = 2, .commandLine = u"-q 3"_s}}),
+         R"("/p/codec/oggenc2" --quiet -q 3 "/m m/a b.wav" "/m m/a b.ogg")"},
         {lineFor(Mpc), R"("/p/codec/mppenc" --overwrite --silent --insane "/m m/a b.wav" "/m m/a b.mpc")"},
-        {lineFor(Mpc, mpcQuality, F::Wav, ab, comma),
+        {lineFor(Mpc, {.mpc = {.mode = 1, .qualityTenths = 45}}, F::Wav, ab, comma),
          R"("/p/codec/mppenc" --overwrite --silent --quality 4.5 "/m m/a b.wav" "/m m/a b.mpc")"},
-        {lineFor(Mpc, mpcCmd), R"("/p/codec/mppenc" --overwrite --silent --quality 6 "/m m/a b.wav" "/m m/a b.mpc")"},
+        {lineFor(Mpc, {.mpc = {.mode = 2}}),
+         R"("/p/codec/mppenc" --overwrite --silent --quality 6 "/m m/a b.wav" "/m m/a b.mpc")"},
         {lineFor(Wav, {}, F::Mp3, u"x.MP3"_s), R"("/p/codec/lame" --decode "/m m/x.MP3" "/m m/x.wav")"},
         // Empty options leave two blanks after the codec.
         {lineFor(Wav, {}, F::Ogg, u"x.ogg"_s), R"("/p/codec/oggdec"  "/m m/x.ogg" "/m m/x.wav")"},
