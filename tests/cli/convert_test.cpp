@@ -87,12 +87,7 @@ TEST(Convert, EncodesAwkwardNamesToEachFormatAndDecodesBack)
         makeWav(wavs.filePath(name), name.startsWith(u"rate48") ? "-r48000" : "-r44100");
     const QByteArrayList sources = contents(wavs, all);
 
-    const struct
-    {
-        const char *to;
-        QByteArray magic;
-        QStringList listed;
-    } encodings[] = {{"mp3", "\xFF", all}, {"ogg", "OggS", all}, {"mpc", "MPCK", awkward}};
+    const struct { const char *to; QByteArray magic; QStringList listed; } encodings[] = {{"mp3", "\xFF", all}, {"ogg", "OggS", all}, {"mpc", "MPCK", awkward}};
     for (const auto &e : encodings) {
         const QString to = QLatin1String(e.to);
         const CliResult r = runCli({u"convert"_s, u"--to"_s, to, wavs.path()});
@@ -121,11 +116,6 @@ TEST(Convert, EncodesAwkwardNamesToEachFormatAndDecodesBack)
             EXPECT_EQ(bytes(encoded.filePath(name)).left(4), "RIFF") << name.toStdString();
         EXPECT_EQ(contents(encoded, names), before);
     }
-    // The Musepack this encoder writes is stream version 8, which the file list does not read:
-    // nothing is listed, so nothing is converted.
-    const CliResult mpc = runCli({u"convert"_s, u"--to"_s, u"wav"_s, u"--from"_s, u"mpc"_s, wavs.path()});
-    EXPECT_EQ(mpc.status, 3);
-    EXPECT_EQ(mpc.out, QString());
 }
 
 TEST(Convert, NamedFilesOnlyAndUsageErrors)
@@ -138,12 +128,7 @@ TEST(Convert, NamedFilesOnlyAndUsageErrors)
     EXPECT_EQ(doneNames(r, 2), QStringList({u"-c.wav"_s, u"b.wav"_s}));
     EXPECT_FALSE(QFile::exists(wavs.filePath(u"a.ogg"_s)));
 
-    const struct
-    {
-        QStringList args;
-        int status;
-        const char *message;
-    } cases[] = {
+    const struct { QStringList args; int status; const char *message; } cases[] = {
         {{wavs.path()}, 2, "no --to given"},
         {{u"--to"_s, u"wav"_s, wavs.path()}, 2, "--to wav needs --from"},
         {{u"--to"_s, u"mp3"_s, u"--jobs"_s, u"9"_s, wavs.path()}, 2, "--jobs takes a number from 1 to 8"},
@@ -231,11 +216,7 @@ TEST(Convert, FirstInterruptBreaksTheWaitingSecondKillsTheRunning)
                                      + delay.toUtf8() + "')\"\n");
     QFile::setPermissions(program.codec("lame"), QFile::ReadOwner | QFile::ExeOwner);
 
-    const struct
-    {
-        const char *delay;
-        int interrupts, status;
-    } runs[] = {{"1", 1, 1}, {"30", 2, 130}};
+    const struct { const char *delay; int interrupts, status; } runs[] = {{"1", 1, 1}, {"30", 2, 130}};
     for (const auto &run : runs) {
         write(delay, run.delay);
         QElapsedTimer clock;
