@@ -6,7 +6,6 @@
 
 #include <QFile>
 
-#include "media/headerbytes.h"
 #include "media/readers.h"
 #include "platform/posix/posixfiles.h"
 #include "support/qtprinters.h"
@@ -135,51 +134,30 @@ TEST(Readers, PatchedHeaders)
         {Mpc, mpc(1'864'136), 700'000'000, row({"a", "683594"})},
         {Mpc, mpc(0), 4096, row({"a", "4"})},
         {Mpc, QByteArrayLiteral("MPCKSH\x0b"), 4096, std::nullopt},
-    };
-    for (const auto &c : cases)
-        EXPECT_EQ(read(c.format, c.head, c.size), c.expected) << "case " << &c - cases;
-}
-
-TEST(Mp3Reader, FrameWalk)
-{
-    const struct { const char *name; QByteArray bytes; std::optional<MediaInfo> expected; } cases[] = {
-        // Bytes below 16 read as sixteen times their value: 09 -> 128 kbps, 04 -> joint stereo.
-        {"bytes below 16", frames(3, "\xFF\xFB\x09\x04", 417), row({"a", "1", "0:00:00", "128", "44100", "Joint Stereo"})},
+        // The MP3 frame walk. Bytes below 16 read as sixteen times their value: 09 -> 128 kbps, 04 -> joint stereo.
+        {Mp3, frames(3, "\xFF\xFB\x09\x04", 417), -1, row({"a", "1", "0:00:00", "128", "44100", "Joint Stereo"})},
         // One frame at 160 among 199 at 128 averages 128.16, still marked as variable.
-        {"one other rate", cbr128(100) + frames(1, "\xFF\xFB\xA0\x44", 522) + cbr128(99),
+        {Mp3, cbr128(100) + frames(1, "\xFF\xFB\xA0\x44", 522) + cbr128(99), -1,
          row({"a", "82", "0:00:05", "~128", "44100", "Joint Stereo"})},
         // MPEG-2 at 24 kHz, then index "11" halves the kept rate again; the last frame decides.
-        {"kept rate halved", frames(5, "\xFF\xF3\x84\x44", 192) + frames(1, "\xFF\xF3\x8C\xC4", 384),
+        {Mp3, frames(5, "\xFF\xF3\x84\x44", 192) + frames(1, "\xFF\xF3\x8C\xC4", 384), -1,
          row({"a", "1", "0:00:00", "64", "12000", "Mono "})},
-        {"header at 10241", QByteArray(10240, '\0') + cbr128(30), row({"a", "22", "0:00:01", "128", "44100", "Joint Stereo"})},
-        {"header at 10242", QByteArray(10241, '\0') + cbr128(30), std::nullopt},
-        {"index 11 first", frames(5, "\xFF\xFB\x9C\x44", 417), std::nullopt},
-        {"layer II", frames(5, "\xFF\xFD\x90\x44", 417), std::nullopt},
+        {Mp3, QByteArray(10240, '\0') + cbr128(30), -1, row({"a", "22", "0:00:01", "128", "44100", "Joint Stereo"})},
+        {Mp3, QByteArray(10241, '\0') + cbr128(30), -1, std::nullopt}, // first header at 10,242
+        {Mp3, frames(5, "\xFF\xFB\x9C\x44", 417), -1, std::nullopt}, // sample index "11" first
+        {Mp3, frames(5, "\xFF\xFD\x90\x44", 417), -1, std::nullopt}, // layer II
         // Free format (third byte 0) steps back onto the same header for ever.
-        {"free format", cbr128(50) + frames(50, "\xFF\xFB\x00\x44", 417), std::nullopt},
+        {Mp3, cbr128(50) + frames(50, "\xFF\xFB\x00\x44", 417), -1, std::nullopt},
+        {Mp3, cbr128(10), std::int64_t{1} << 31, std::nullopt},
+        // Three-byte frames at the forbidden bit rate "1", the shortest the walk accepts, up to its limit.
+        {Mp3, QByteArray("\xFF\xFB\xF6", 3).repeated(10'000'000), -1, row({"a", "29297", "66:40:01", "1", "48000", "Stereo"})},
+        {Mp3, QByteArray("\xFF\xFB\xF6", 3).repeated(10'000'001), -1, std::nullopt},
     };
     for (const auto &c : cases) {
         const auto start = std::chrono::steady_clock::now();
-        EXPECT_EQ(read(Mp3, c.bytes), c.expected) << c.name;
-        EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(100)) << c.name;
+        EXPECT_EQ(read(c.format, c.head, c.size), c.expected) << "case " << &c - cases;
+        EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(1)) << "case " << &c - cases;
     }
-}
-
-TEST(Mp3Reader, Limits)
-{
-    EXPECT_FALSE(read(Mp3, cbr128(10), std::int64_t{1} << 31));
-    // Three-byte frames at the forbidden bit rate "1", the shortest the walk accepts.
-    const QByteArray header("\xFF\xFB\xF6", 3);
-    EXPECT_EQ(read(Mp3, header.repeated(10'000'000)), row({"a", "29297", "66:40:01", "1", "48000", "Stereo"}));
-    EXPECT_FALSE(read(Mp3, header.repeated(10'000'001)));
-}
-
-// Against the text itself: hexadecimal without a leading zero, a missing second digit read as 0.
-TEST(HeaderBytes, HexTextValueOfEveryByte)
-{
-    for (int b = 0; b < 256; ++b)
-        EXPECT_EQ(hexTextValue(static_cast<std::uint8_t>(b)),
-                  QString::number(b, 16).leftJustified(2, QLatin1Char('0')).toInt(nullptr, 16)) << b;
 }
 
 TEST(Readers, GarbageAndTruncatedFilesNeverCrashOrHang)
