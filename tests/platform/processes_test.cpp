@@ -19,18 +19,11 @@ using namespace Qt::StringLiterals;
 
 TEST(SplitCommandLine, QuotesGroupBlanksSeparateBackslashesEscapeQuotes)
 {
-    const struct
-    {
-        const char *line;
-        std::vector<const char *> args;
-    } cases[] = {
-        {R"("/p/codec/lame" --preset extreme --silent --priority "/m/a b.wav" "/m/a b.mp3")",
-         {"/p/codec/lame", "--preset", "extreme", "--silent", "--priority", "/m/a b.wav", "/m/a b.mp3"}},
-        {"\"/p/codec/oggdec\"  \"/m/x.ogg\" \"/m/x.wav\"", {"/p/codec/oggdec", "/m/x.ogg", "/m/x.wav"}},
+    // Real command lines with awkward names go through here in the convert command's tests.
+    const struct { const char *line; std::vector<const char *> args; } cases[] = {
         {"  a\t\tb   ", {"a", "b"}},
         {"a\"b c\"d e", {"ab cd", "e"}},
         {"\"\" x", {"", "x"}},
-        {R"("/m/it's $HOME `id` -x.wav")", {"/m/it's $HOME `id` -x.wav"}},
         {R"(a\b c\\d\ "e\f\\")", {R"(a\b)", R"(c\\d\)", R"(e\f\)"}},    // literal unless before a quote
         {R"(a\"b c\\"d e" f\\\"g)", {R"(a"b)", R"(c\d e)", R"(f\"g)"}}, // 2n+1: literal quote; 2n: groups
         {R"("say \"hi\".wav" \")", {R"(say "hi".wav)", R"(")"}},
@@ -43,8 +36,7 @@ TEST(SplitCommandLine, QuotesGroupBlanksSeparateBackslashesEscapeQuotes)
             expected.append(QString::fromUtf8(a));
         EXPECT_EQ(splitCommandLine(QString::fromUtf8(c.line)), expected) << c.line;
     }
-    // Quoting gives every argument back whole, the plain ones in quotes unchanged.
-    EXPECT_EQ(quoteArgument(u"/m/a b.wav"_s), uR"("/m/a b.wav")"_s);
+    // Quoting gives every argument back whole.
     for (const char *arg : {"", "a\\b", R"(\"x\\"" y\)", R"(end\\)", "\"\"", "'$ `ё"}) {
         const QString a = QString::fromUtf8(arg);
         EXPECT_EQ(splitCommandLine(quoteArgument(a) + u" z"_s), QStringList({a, u"z"_s})) << arg;
