@@ -7,12 +7,11 @@ QString cliPath()
     return QStringLiteral(KV_BIN_DIR "/kestrelvane-cli");
 }
 
-CliResult runCli(const QStringList &args, const QProcessEnvironment &env, int timeoutMs)
+CliResult runCli(const QStringList &args, const char *locale, int timeoutMs)
 {
     QProcess p;
-    QProcessEnvironment e = env.isEmpty() ? QProcessEnvironment::systemEnvironment() : env;
-    if (!e.contains(QStringLiteral("LC_ALL")))
-        e.insert(QStringLiteral("LC_ALL"), QStringLiteral("C.UTF-8"));
+    QProcessEnvironment e = QProcessEnvironment::systemEnvironment();
+    e.insert(QStringLiteral("LC_ALL"), QLatin1String(locale));
     p.setProcessEnvironment(e);
     p.start(cliPath(), args);
     CliResult r;

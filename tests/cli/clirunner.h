@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QByteArray>
-#include <QProcessEnvironment>
 #include <QString>
 #include <QStringList>
 
@@ -13,7 +12,7 @@ struct CliResult
     int status = -1;
 };
 
-CliResult runCli(const QStringList &args, const QProcessEnvironment &env = {}, int timeoutMs = 120000);
+CliResult runCli(const QStringList &args, const char *locale = "C.UTF-8", int timeoutMs = 120000);
 
 // The built binary's path.
 QString cliPath();
