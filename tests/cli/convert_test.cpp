@@ -186,21 +186,14 @@ TEST(Convert, MissingCodecsAreReportedInCheckOrder)
     ProgramCopy program;
     QFile::remove(program.codec("lame"));
     QFile::resize(program.codec("mppenc"), 0);
-    QFile::remove(program.codec("oggdec"));
     QTemporaryDir empty;
     QProcess p;
     program.start(p, {u"--to"_s, u"mp3"_s, empty.path()});
     EXPECT_EQ(p.exitCode(), 2);
-    // The last check looks for lame again but names oggdec ...
+    // The last check looks for lame again but names oggdec, which is there.
     EXPECT_EQ(QString::fromUtf8(p.readAllStandardError()), program.codec("lame") + u" not found\n"_s
                                                                + program.codec("mppenc") + u" not found\n"_s
                                                                + program.codec("oggdec") + u" not found\n"_s);
-    // ... so with lame and mppenc back, the missing decoder goes unnoticed until it is needed.
-    QFile::copy(QStringLiteral(KV_BIN_DIR "/codec/lame"), program.codec("lame"));
-    QFile::remove(program.codec("mppenc"));
-    QFile::copy(QStringLiteral(KV_BIN_DIR "/codec/mppenc"), program.codec("mppenc"));
-    program.start(p, {u"--to"_s, u"mp3"_s, empty.path()});
-    EXPECT_EQ(p.exitCode(), 3) << p.readAllStandardError().toStdString();
 }
 
 TEST(Convert, FirstInterruptBreaksTheWaitingSecondKillsTheRunning)
