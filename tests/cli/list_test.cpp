@@ -29,7 +29,6 @@ class ListCommand : public ::testing::Test
 protected:
     void SetUp() override
     {
-        ASSERT_TRUE(dir.isValid());
         writeWav(dir.filePath(QStringLiteral("a.wav")), 44100, 2, 1764044);
         writeWav(dir.filePath(QStringLiteral("B.wav")), 8000, 1, 16044);         // sorts after a.wav
         writeWav(dir.filePath(QStringLiteral("c.wav")), 8000, 1, 16044, "riff"); // refused by the reader
