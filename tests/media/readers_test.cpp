@@ -6,6 +6,7 @@
 
 #include <QFile>
 
+#include "media/headerbytes.h"
 #include "media/readers.h"
 #include "platform/posix/posixfiles.h"
 #include "support/qtprinters.h"
@@ -158,6 +159,14 @@ TEST(Readers, PatchedHeaders)
         EXPECT_EQ(read(c.format, c.head, c.size), c.expected) << "case " << &c - cases;
         EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(1)) << "case " << &c - cases;
     }
+}
+
+// Against the text itself: hexadecimal without a leading zero, a missing second digit read as 0.
+TEST(HeaderBytes, HexTextValueOfEveryByte)
+{
+    for (int b = 0; b < 256; ++b)
+        EXPECT_EQ(hexTextValue(static_cast<std::uint8_t>(b)),
+                  QString::number(b, 16).leftJustified(2, QLatin1Char('0')).toInt(nullptr, 16)) << b;
 }
 
 TEST(Readers, GarbageAndTruncatedFilesNeverCrashOrHang)
