@@ -12,21 +12,6 @@ namespace kv {
 
 namespace {
 
-// The reader a pattern selects. Compared exactly and in this order; any other pattern lists
-// names but reads none of them, so no row appears.
-std::optional<AudioFormat> readerFormat(const QString &pattern)
-{
-    if (pattern == QLatin1String("*.mp3"))
-        return AudioFormat::Mp3;
-    if (pattern == QLatin1String("*.ogg"))
-        return AudioFormat::Ogg;
-    if (pattern == QLatin1String("*.mpc"))
-        return AudioFormat::Mpc;
-    if (pattern == QLatin1String("*.wav"))
-        return AudioFormat::Wav;
-    return std::nullopt;
-}
-
 // Totals read back from the rows' texts. A row the totals cannot read (a partial row: no colon
 // in its duration, an empty bit rate) is a Failure that ends the scan before any panel changes.
 struct Totals
@@ -80,7 +65,8 @@ ScanEnd ScanFolder(ScanContext &c)
 
         // The file counter is 16-bit: a folder of more than 32,767 matches ends the scan.
         const Int16 count = static_cast<long long>(names->size());
-        const std::optional<AudioFormat> format = readerFormat(c.list.pattern);
+        // The pattern picks the reader, compared exactly; any other pattern reads no file.
+        const std::optional<AudioFormat> format = formatFromPattern(c.list.pattern);
         if (format) {
             c.list.rows.reserve(static_cast<size_t>(count.value()));
             for (Int16 i = 0; i < count; ++i) {

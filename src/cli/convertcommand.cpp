@@ -82,17 +82,6 @@ QString parse(const QStringList &args, ConvertRequest &request)
     return {};
 }
 
-AudioFormat formatOf(const QString &kind)
-{
-    if (kind == QLatin1String("mp3"))
-        return AudioFormat::Mp3;
-    if (kind == QLatin1String("ogg"))
-        return AudioFormat::Ogg;
-    if (kind == QLatin1String("mpc"))
-        return AudioFormat::Mpc;
-    return AudioFormat::Wav;
-}
-
 MakeCommand commandOf(const QString &to)
 {
     if (to == QLatin1String("mp3"))
@@ -203,7 +192,9 @@ int runConvert(const QStringList &args)
     PosixFolders folders;
     FileListState list;
     StatusBar status;
-    const AudioFormat shown = formatOf(request.to == QLatin1String("wav") ? request.from : QStringLiteral("wav"));
+    // The kinds were checked by parse(), so each names a pattern.
+    const AudioFormat shown =
+        *formatFromPattern(QStringLiteral("*.") + (request.to == QLatin1String("wav") ? request.from : QStringLiteral("wav")));
     list.path = QDir::cleanPath(folderInfo.absoluteFilePath());
     list.pattern = patternOf(shown);
     ScanContext scan{list, status, text, locale, folders,
