@@ -4,7 +4,7 @@
 
 namespace kv {
 
-void readRecordInto(ByteSource &bytes, std::uint8_t *record, std::size_t size)
+std::size_t readRecordInto(ByteSource &bytes, std::uint8_t *record, std::size_t size)
 {
     std::size_t done = 0;
     while (done < size) {
@@ -17,6 +17,7 @@ void readRecordInto(ByteSource &bytes, std::uint8_t *record, std::size_t size)
             break;
         done += static_cast<std::size_t>(got);
     }
+    return done;
 }
 
 MediaInfo startRow(const QString &fileName, std::int32_t sizeKb)

@@ -13,15 +13,26 @@
 
 namespace kv {
 
-// Reads the first bytes of a file as one fixed record. A short file leaves the rest zero, so a
-// truncated header simply fails the identity checks; a failed read is a Failure.
-void readRecordInto(ByteSource &bytes, std::uint8_t *record, std::size_t size);
+// Reads the first bytes of a file as one fixed record and returns how many there were. A short
+// file leaves the rest zero, so a truncated header simply fails the identity checks; a failed
+// read is a Failure.
+std::size_t readRecordInto(ByteSource &bytes, std::uint8_t *record, std::size_t size);
 
 template <std::size_t N>
 std::array<std::uint8_t, N> readRecord(ByteSource &bytes)
 {
     std::array<std::uint8_t, N> record{};
     readRecordInto(bytes, record.data(), N);
+    return record;
+}
+
+// The record only when the file holds all of it.
+template <std::size_t N>
+std::optional<std::array<std::uint8_t, N>> readWholeRecord(ByteSource &bytes)
+{
+    std::array<std::uint8_t, N> record{};
+    if (readRecordInto(bytes, record.data(), N) < N)
+        return std::nullopt;
     return record;
 }
 

@@ -34,7 +34,11 @@ std::optional<MediaInfo> readWavInfo(const QString &fileName, ByteSource &bytes)
 {
     std::optional<MediaInfo> row;
     guarded([&] {
-        const auto header = readRecord<wav::RecordSize>(bytes);
+        // A file shorter than the header is not a WAV file, however valid its start.
+        const auto whole = readWholeRecord<wav::RecordSize>(bytes);
+        if (!whole)
+            return;
+        const auto &header = *whole;
         if (!hasTag(header, wav::RiffId, "RIFF") || !hasTag(header, wav::FormType, "WAVE")
             || !hasTag(header, wav::FormatId, "fmt ") || le16(header, wav::FormatTag) != wav::PcmTag)
             return;

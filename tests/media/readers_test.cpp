@@ -118,6 +118,10 @@ TEST(Readers, PatchedHeaders)
         {Wav, wav(2, 44100).replace(8, 4, "AVI "), 44, std::nullopt},
         {Wav, wav(2, 44100).replace(12, 4, "LIST"), 44, std::nullopt},
         {Wav, put(wav(2, 44100), 20, 3, 2), 44, std::nullopt}, // IEEE float
+        // The whole 44-byte header must be there: one byte short is no row, however valid its start.
+        {Wav, wav(2, 44100).left(43), -1, std::nullopt},
+        {Wav, wav(2, 44100).left(24), -1, std::nullopt},
+        {Wav, wav(1, 8000), -1, row({"a", "0", "0:00:00", "128", "8000", "Mono"})},
         // No 1.024 factor: 1024 KB * 8 / 128 = 64 s.
         {Ogg, ogg(128000), 1'048'576, row({"a", "1024", "0:01:04", "~128", "48000", "2"})},
         // 2.5 kbps shows as 2, but the duration uses 2.5: 80 / 2.5 = 32 s.
