@@ -10,8 +10,10 @@
 
 namespace kv {
 
-// The row of a Musepack stream-version-7 file from its 25-byte header; the bit rate is an
-// estimate from size and playing time, the channel mode is not read.
+// The row of a Musepack file. Stream version 7 ("MP+") from its 25-byte header, the channel
+// mode not read; stream version 8 ("MPCK", what today's encoder writes) from its stream-header
+// packet, with the channel count. Either way the bit rate is an estimate from size and playing
+// time.
 std::optional<MediaInfo> ReadMpcInfo(const QString &folder, const QString &fileName, Files &files);
 std::optional<MediaInfo> readMpcInfo(const QString &fileName, ByteSource &bytes);
 

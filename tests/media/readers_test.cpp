@@ -5,7 +5,11 @@
 #include <random>
 
 #include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
 
+#include "common/rounding.h"
+#include "common/texts.h"
 #include "media/headerbytes.h"
 #include "media/readers.h"
 #include "platform/posix/posixfiles.h"
@@ -73,6 +77,40 @@ QByteArray mpc(std::uint32_t frames, std::uint8_t rateByte = 0)
     return put(put(QByteArrayLiteral("MP+\x17") + QByteArray(21, '\0'), 4, frames), 10, rateByte, 1);
 }
 
+// A number of stream version 8: seven bits a byte, most significant first, the high bit set on
+// every byte but the last.
+QByteArray mpckNumber(std::uint64_t v)
+{
+    QByteArray b;
+    do {
+        b.prepend(static_cast<char>(v & 0x7F));
+        v >>= 7;
+    } while (v);
+    for (qsizetype i = 0; i + 1 < b.size(); ++i)
+        b[i] = static_cast<char>(b[i] | 0x80);
+    return b;
+}
+
+// A packet whose size counts its key and its own size bytes.
+QByteArray packet(const char *key, const QByteArray &payload)
+{
+    qsizetype sizeBytes = 1;
+    while (mpckNumber(static_cast<std::uint64_t>(2 + sizeBytes + payload.size())).size() != sizeBytes)
+        ++sizeBytes;
+    return key + mpckNumber(static_cast<std::uint64_t>(2 + sizeBytes + payload.size())) + payload;
+}
+
+// The stream-header packet: CRC, version, sample count, beginning silence, rate byte, channel byte.
+QByteArray streamHeader(std::uint64_t samples, std::uint64_t silence = 0, std::uint8_t rateByte = 0x00,
+                        std::uint8_t channelByte = 0x10, char version = 8)
+{
+    return packet("SH", QByteArray(4, '\x5A') + version + mpckNumber(samples) + mpckNumber(silence)
+                            + static_cast<char>(rateByte) + static_cast<char>(channelByte));
+}
+
+// Stream version 8 as today's encoder lays it out: the stream header first, then replay gain.
+QByteArray mpck(const QByteArray &sh) { return "MPCK" + sh + packet("RG", QByteArray(10, '\0')); }
+
 // count frames with the given four header bytes, each padded with zeros to length bytes.
 QByteArray frames(int count, const char (&header)[5], int length)
 {
@@ -96,6 +134,9 @@ TEST(Readers, EncodedFixtures)
         {Mp3, "mp3", "mpeg2-24k.mp3", row({"mpeg2-24k.mp3", "4", "0:00:01", "64", "24000", "Joint Stereo"})},
         {Mp3, "mp3", "mpeg25-8k.mp3", row({"mpeg25-8k.mp3", "1", "0:00:01", "16", "8000", "Joint Stereo"})},
         {Mp3, "mp3", "mono.mp3", row({"mono.mp3", "4", "0:00:01", "64", "44100", "Mono "})},
+        // 66,150 samples: 1.5 s, a tie that goes to 2.
+        {Mpc, "mpc", "stereo-44100.mpc", row({"stereo-44100.mpc", "7", "0:00:02", "~38", "44100", "2"})},
+        {Mpc, "mpc", "mono-48000.mpc", row({"mono-48000.mpc", "4", "0:00:01", "~47", "48000", "1"})},
     };
     PosixFiles files;
     for (const auto &c : cases)
@@ -138,7 +179,37 @@ TEST(Readers, PatchedHeaders)
         {Mpc, mpc(1'864'135), 700'000'000, row({"a", "683594", "13:31:36", "~115", "44100", "n/a"})},
         {Mpc, mpc(1'864'136), 700'000'000, row({"a", "683594"})},
         {Mpc, mpc(0), 4096, row({"a", "4"})},
-        {Mpc, QByteArrayLiteral("MPCKSH\x0b"), 4096, std::nullopt},
+        // Stream version 8: the 4,096,000-byte example again, now as samples.
+        {Mpc, mpck(streamHeader(11'520'000)), 4'096'000, row({"a", "4000", "0:04:21", "~125", "44100", "2"})},
+        // The beginning silence is not played: 2.5 s remain, a tie that goes to 2.
+        {Mpc, mpck(streamHeader(154'350, 44'100)), 10 * 1024, row({"a", "10", "0:00:02", "~33", "44100", "2"})},
+        // Rate from the top three bits, channels from the top four, whatever the bits below.
+        {Mpc, mpck(streamHeader(480'000, 0, 0x3F, 0x5F)), 100 * 1024, row({"a", "100", "0:00:10", "~82", "48000", "6"})},
+        {Mpc, mpck(streamHeader(378'000, 0, 0x40, 0x00)), 100 * 1024, row({"a", "100", "0:00:10", "~82", "37800", "1"})},
+        {Mpc, mpck(streamHeader(320'000, 0, 0x60, 0xF0)), 100 * 1024, row({"a", "100", "0:00:10", "~82", "32000", "16"})},
+        // Other packets before it are stepped over, up to one that starts at the last byte of 64 KB.
+        {Mpc, "MPCK" + packet("XY", QByteArray(300, '\xFF')) + streamHeader(441'000), 1024,
+         row({"a", "1", "0:00:10", "~1", "44100", "2"})},
+        {Mpc, "MPCK" + packet("EI", QByteArray(65'531 - 5, '\0')) + streamHeader(441'000), 1024,
+         row({"a", "1", "0:00:10", "~1", "44100", "2"})},
+        // Once "MPCK" matched, every failure leaves name and size.
+        {Mpc, "MPCK" + packet("EI", QByteArray(65'532 - 5, '\0')) + streamHeader(441'000), 1024, row({"a", "1"})},
+        {Mpc, QByteArrayLiteral("MPCK"), 4096, row({"a", "4"})},
+        {Mpc, "MPCK" + packet("RG", QByteArray(10, '\0')), 4096, row({"a", "4"})}, // no stream header
+        {Mpc, mpck(streamHeader(441'000)).replace(5, 1, "h"), 4096, row({"a", "4"})},
+        {Mpc, mpck(streamHeader(441'000)).replace(4, 1, "1"), 4096, row({"a", "4"})},
+        {Mpc, mpck(streamHeader(441'000)).replace(6, 1, "\x02"), 4096, row({"a", "4"})}, // smaller than key and size
+        {Mpc, mpck(streamHeader(441'000)).replace(6, 1, "\x00"), 4096, row({"a", "4"})},
+        {Mpc, "MPCKSH" + QByteArray(9, '\x80'), 4096, row({"a", "4"})}, // a size that never ends
+        {Mpc, mpck(streamHeader(441'000)).replace(6, 1, "\x0C"), 4096, row({"a", "4"})}, // shorter than its fields
+        {Mpc, mpck(streamHeader(441'000, 0, 0x00, 0x10, 7)), 4096, row({"a", "4"})},
+        {Mpc, mpck(streamHeader(441'000, 0, 0x80)), 4096, row({"a", "4"})}, // rate index 4
+        {Mpc, mpck(streamHeader(441'000, 0, 0xE0)), 4096, row({"a", "4"})}, // rate index 7
+        {Mpc, mpck(streamHeader(0)), 4096, row({"a", "4"})},
+        {Mpc, mpck(streamHeader(44'100, 44'100)), 4096, row({"a", "4"})},
+        {Mpc, mpck(streamHeader(44'100, 44'101)), 4096, row({"a", "4"})},
+        {Mpc, mpck(streamHeader(std::uint64_t{1} << 50)), 4096, row({"a", "4"})}, // beyond 32-bit seconds
+        {Mpc, mpck(streamHeader(441'000)).replace(0, 4, "MPCk"), 4096, std::nullopt},
         // The MP3 frame walk. Bytes below 16 read as sixteen times their value: 09 -> 128 kbps, 04 -> joint stereo.
         {Mp3, frames(3, "\xFF\xFB\x09\x04", 417), -1, row({"a", "1", "0:00:00", "128", "44100", "Joint Stereo"})},
         // One frame at 160 among 199 at 128 averages 128.16, still marked as variable.
@@ -162,6 +233,35 @@ TEST(Readers, PatchedHeaders)
         const auto start = std::chrono::steady_clock::now();
         EXPECT_EQ(read(c.format, c.head, c.size), c.expected) << "case " << &c - cases;
         EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(1)) << "case " << &c - cases;
+    }
+}
+
+// The encoded Musepack fixtures against what the system's decoder makes of them: its WAV header
+// gives rate and channels, its data size the sample count the playing time comes from.
+TEST(Readers, MusepackRowsAgreeWithTheDecoder)
+{
+    QTemporaryDir dir;
+    PosixFiles files;
+    for (const char *name : {"stereo-44100.mpc", "mono-48000.mpc"}) {
+        const QString decoded = dir.filePath(QStringLiteral("decoded.wav"));
+        ASSERT_EQ(QProcess::execute(QStringLiteral("/usr/bin/mpcdec"), {dataDir("mpc") + QLatin1String(name), decoded}), 0);
+        QFile file(decoded);
+        ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+        const QByteArray wavHeader = file.read(44);
+        ASSERT_EQ(wavHeader.mid(36, 4), "data");
+        const auto field = [&](int at, int width) {
+            std::uint32_t v = 0;
+            for (int i = width - 1; i >= 0; --i)
+                v = (v << 8) | static_cast<std::uint8_t>(wavHeader.at(at + i));
+            return v;
+        };
+        const std::uint32_t channels = field(22, 2), rate = field(24, 4), blockAlign = field(32, 2);
+        const double samples = static_cast<double>(file.size() - 44) / blockAlign;
+        const auto info = readMediaInfo(Mpc, dataDir("mpc"), QLatin1String(name), files);
+        ASSERT_TRUE(info) << name;
+        EXPECT_EQ((*info)[MediaInfo::Sampling], QString::number(rate)) << name;
+        EXPECT_EQ((*info)[MediaInfo::Channel], QString::number(channels)) << name;
+        EXPECT_EQ((*info)[MediaInfo::Duration], durationText(static_cast<std::int32_t>(roundHalfEven(samples / rate)))) << name;
     }
 }
 
@@ -194,7 +294,7 @@ TEST(Readers, GarbageAndTruncatedFilesNeverCrashOrHang)
             inputs.push_back(whole.left(cut < 60 ? cut : static_cast<int>(random() % whole.size())));
     }
     // Valid signatures in front of garbage reach the arithmetic of every reader.
-    for (const QByteArray &signature : {wav(2, 44100).left(22), mpc(0).left(3), ogg(0).left(35)})
+    for (const QByteArray &signature : {wav(2, 44100).left(22), mpc(0).left(3), ogg(0).left(35), QByteArray("MPCKSH")})
         for (int n = 0; n < 50; ++n)
             inputs.push_back(signature + noise(30));
     for (const QByteArray &b : inputs) {
