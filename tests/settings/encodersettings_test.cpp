@@ -28,6 +28,9 @@ TEST(OptionTextAndEstimate, ByEncoderAndMode)
         // Only blanks are trimmed.
         {Encoder::Mp3, {.mp3 = {.mode = 3, .commandLine = QStringLiteral("\t-V 2 ")}}, "\t-V 2 --silent --priority", 224},
         {Encoder::Ogg, oggQuality(-5), "--quiet --quality -0.5", 54}, // 54.5 goes to the even neighbour
+        // The first step: -0.1 still on the lower curve, 0 on the next.
+        {Encoder::Ogg, oggQuality(-1), "--quiet --quality -0.1", 62},
+        {Encoder::Ogg, oggQuality(0), "--quiet --quality 0", 64},
         {Encoder::Ogg, oggQuality(39), "--quiet --quality 3.9", 126},
         {Encoder::Ogg, oggQuality(40), "--quiet --quality 4", 128},
         {Encoder::Ogg, oggQuality(79), "--quiet --quality 7.9", 253},
@@ -45,6 +48,7 @@ TEST(OptionTextAndEstimate, ByEncoderAndMode)
         {Encoder::Mpc, mpcQuality(39), "--overwrite --silent --quality 3.9", 106},
         {Encoder::Mpc, mpcQuality(40), "--overwrite --silent --quality 4", 130},
         {Encoder::Mpc, mpcQuality(49), "--overwrite --silent --quality 4.9", 175},
+        {Encoder::Mpc, mpcQuality(50), "--overwrite --silent --quality 5", 180, kComma},
         {Encoder::Mpc, mpcQuality(100), "--overwrite --silent --quality 10", 330, kComma},
         {Encoder::Mpc, {.mpc = {.mode = 2, .commandLine = QStringLiteral(" --xlevel ")}}, "--overwrite --silent --xlevel", 224},
     };
@@ -53,6 +57,21 @@ TEST(OptionTextAndEstimate, ByEncoderAndMode)
         BitrateEstimates e;
         EstimateBitrates(c.settings, e);
         EXPECT_EQ(c.encoder == Encoder::Mp3 ? e.mp3 : c.encoder == Encoder::Ogg ? e.ogg : e.mpc, c.kbps) << c.text;
+    }
+}
+
+// Every entry of the constant bit-rate list, its whole number in the option text and the estimate.
+TEST(OptionTextAndEstimate, EveryConstantBitrateEntry)
+{
+    const int kbps[] = {320, 256, 224, 192, 160, 128, 112, 96, 80, 64, 56, 48, 40, 32, 24, 16, 8};
+    ASSERT_EQ(mp3CbrTexts().size(), static_cast<qsizetype>(std::size(kbps)));
+    for (int i = 0; i < static_cast<int>(std::size(kbps)); ++i) {
+        const EncoderSettings s{.mp3 = {.mode = 2, .cbrIndex = i}};
+        EXPECT_EQ(OptionTextBuilder().BuildOptionText(Encoder::Mp3, s, kPoint),
+                  QStringLiteral("--preset cbr %1 --silent --priority").arg(kbps[i]));
+        BitrateEstimates e;
+        EstimateBitrates(s, e);
+        EXPECT_EQ(e.mp3, kbps[i]) << i;
     }
 }
 
