@@ -64,6 +64,9 @@ TEST(ScanFolder, TotalsRoundTiesToEvenOrNothingChanges)
     const char *const untouched = "old|old|old|old";
     const struct { std::optional<Rows> rows; ScanEnd end; const char *panels; } cases[] = {
         {Rows{}, ScanEnd::Finished, "Files: 0  |Size: 0 MB  |Duration: 0:00:00  |Average bitrate: 0 kbps  "},
+        // One row is its own average.
+        {Rows{{"100", "0:00:07", "~131"}}, ScanEnd::Finished,
+         "Files: 1  |Size: 0.1 MB  |Duration: 0:00:07  |Average bitrate: 131 kbps  "},
         {Rows{{"100", "0:00:01", "128"}, {"100", "0:00:01", "128"}, {"100", "0:00:01", "129"}}, ScanEnd::Finished,
          "Files: 3  |Size: 0.3 MB  |Duration: 0:00:03  |Average bitrate: 128 kbps  "},
         {Rows{{"256", "9:59:59", "129"}, {"0", "1:00:01", "~130"}}, ScanEnd::Finished, // 0.25 MB is a tie too
