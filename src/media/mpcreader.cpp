@@ -32,7 +32,8 @@ constexpr std::int64_t ReadLength = SearchLength + 64;
 constexpr int MaxNumberBytes = 8;
 constexpr std::size_t CrcBytes = 4;
 constexpr std::uint8_t StreamVersion = 8;
-constexpr std::array<std::int32_t, 4> SampleRates = {44100, 48000, 37800, 32000};
+// The same four rates as version 7, by a three-bit index of which 4 to 7 name none.
+constexpr const auto &SampleRates = mpc::SampleRates;
 } // namespace mpck
 
 // Reads the packets of a stream-version-8 file in order; every malformed field is a Failure.
@@ -90,7 +91,8 @@ StreamHeader readStreamHeader(PacketReader &packets)
             throw Failure("bad packet key");
         const std::uint64_t size = packets.number();
         const std::int64_t payload = packets.position();
-        // The size counts the key and its own bytes, so anything smaller cannot be a packet.
+        // The size counts the key and its own bytes, so anything smaller cannot be a packet; one
+        // larger than the search leaves no room for the stream header in it.
         if (size < static_cast<std::uint64_t>(payload - at) || size > static_cast<std::uint64_t>(mpck::SearchLength))
             throw Failure("bad packet size");
         const std::int64_t next = at + static_cast<std::int64_t>(size);
@@ -116,10 +118,6 @@ StreamHeader readStreamHeader(PacketReader &packets)
     }
     throw Failure("no stream header");
 }
-
-} // namespace
-
-namespace {
 
 // The row is started as soon as "MPCK" matched, like the version-7 row after "MP+": a later
 // failure leaves name and size only, and the other columns are written together at the end.
