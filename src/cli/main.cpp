@@ -2,6 +2,7 @@
 
 #include <QCoreApplication>
 
+#include "cli/clitext.h"
 #include "cli/command.h"
 #include "platform/nativenames.h"
 #include "platform/posix/posixpaths.h"
@@ -41,7 +42,7 @@ QString programFolder()
 int usageError(const Command &command, const QString &problem)
 {
     if (!problem.isEmpty())
-        err(QStringLiteral("kestrelvane-cli: ") + problem + QLatin1Char('\n'));
+        err(QStringLiteral("kestrelvane-cli: ") + escapedText(problem) + QLatin1Char('\n')); // it may quote an argument
     err(QStringLiteral("usage: kestrelvane-cli ") + command.synopsis + QLatin1Char('\n'));
     return ExitUsage;
 }
@@ -89,6 +90,6 @@ int main(int argc, char **argv)
         }
         return c.run(args);
     }
-    err(QStringLiteral("kestrelvane-cli: unknown command \"") + name + QStringLiteral("\"\n") + overview());
+    err(QStringLiteral("kestrelvane-cli: unknown command \"") + escapedText(name) + QStringLiteral("\"\n") + overview());
     return ExitUsage;
 }

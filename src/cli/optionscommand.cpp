@@ -39,8 +39,7 @@ int runOptions(const QStringList &args)
     if (const QString problem = parseArguments(args, {QStringLiteral("--config")}, parsed); !problem.isEmpty())
         return usageError(self(), problem);
     if (!parsed.positionals.isEmpty())
-        return usageError(self(), QStringLiteral("unexpected argument \"") + escapedText(parsed.positionals.first())
-                                      + QLatin1Char('"'));
+        return usageError(self(), QStringLiteral("unexpected argument \"") + parsed.positionals.first() + QLatin1Char('"'));
     const QString configPath = parsed.value(QStringLiteral("--config"), configFilePath(programFolder()));
 
     PosixFiles files;

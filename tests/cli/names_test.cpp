@@ -186,6 +186,9 @@ TEST(NamesWithControlCharacters, EscapedInListConvertAndMessages)
          "kestrelvane-cli: no\\tsuch\\\\.wav: not listed in " + root + "\n"},
         {{"list", root + "gone\n\xE9"}, "kestrelvane-cli: " + root + "gone\\n\xEF\xBF\xBD: no such folder\n"},
         {{"list", root + "tab\tname.wav"}, "kestrelvane-cli: " + root + "tab\\tname.wav: not a folder\n"},
+        {{"list", "--kind", "x\ty", root},
+         "kestrelvane-cli: unknown kind \"x\\ty\" (wav, mp3, ogg or mpc)\n"
+         "usage: kestrelvane-cli list [--kind wav|mp3|ogg|mpc] [--lang en|ru] FOLDER\n"},
     };
     for (const auto &c : refused) {
         const RawResult r = runRaw(c.args);
