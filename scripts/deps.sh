@@ -7,6 +7,7 @@ packages=(
   qt6-base-dev libgl-dev
   libgtest-dev libgmock-dev libbenchmark-dev
   lame madplay vorbis-tools musepack-tools alsa-utils sox
+  locales
 )
 
 missing=()
@@ -15,10 +16,19 @@ for p in "${packages[@]}"; do
     missing+=("$p")
   fi
 done
-[ ${#missing[@]} -eq 0 ] && exit 0
 
 sudo=()
 [ "$(id -u)" -ne 0 ] && sudo=(sudo)
-echo "Installing: ${missing[*]}" >&2
-"${sudo[@]}" apt-get update -qq
-DEBIAN_FRONTEND=noninteractive "${sudo[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}" >&2
+if [ ${#missing[@]} -gt 0 ]; then
+  echo "Installing: ${missing[*]}" >&2
+  "${sudo[@]}" apt-get update -qq
+  DEBIAN_FRONTEND=noninteractive "${sudo[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}" >&2
+fi
+
+# The tests run the program under these locales: digits, separators and minus signs differ.
+for l in en_US de_DE ru_RU sv_SE ar_EG; do
+  if ! locale -a 2>/dev/null | grep -qix "$l\.utf-\?8"; then
+    echo "Generating locale $l.UTF-8" >&2
+    "${sudo[@]}" localedef -i "$l" -f UTF-8 "$l.UTF-8"
+  fi
+done

@@ -27,7 +27,7 @@ struct Registration
     explicit Registration(Command command) { commands().push_back(std::move(command)); }
 };
 
-// UTF-8 output helpers.
+// UTF-8 output helpers; a byte of a name that is not UTF-8 is written as U+FFFD.
 void out(const QString &text);
 void err(const QString &text);
 

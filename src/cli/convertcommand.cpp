@@ -2,9 +2,7 @@
 // with the job list printed at the end.
 
 #include <QCoreApplication>
-#include <QDir>
 #include <QEventLoop>
-#include <QFileInfo>
 #include <QLocale>
 #include <QSocketNotifier>
 #include <QTimer>
@@ -12,6 +10,7 @@
 #include "app/codecset.h"
 #include "browser/filelist.h"
 #include "cli/arguments.h"
+#include "cli/clitext.h"
 #include "cli/command.h"
 #include "engine/conversionrun.h"
 #include "engine/runparameters.h"
@@ -156,8 +155,14 @@ QString jobReport(const ConversionRun &run, const UiText &text)
     const QLatin1Char tab('\t');
     const QLatin1Char newline('\n');
     QString report = QStringList(text.jobColumns.begin(), text.jobColumns.end()).join(tab) + newline;
-    for (const EncodeJob &job : run.jobs())
-        report += QStringList(job.columns.begin(), job.columns.end()).join(tab) + newline;
+    for (const EncodeJob &job : run.jobs()) {
+        for (size_t c = 0; c < job.columns.size(); ++c) {
+            if (c > 0)
+                report += tab;
+            report += escapedText(job.columns[c]);
+        }
+        report += newline;
+    }
     return report + run.display().labels[2] + newline;
 }
 
@@ -168,12 +173,9 @@ int runConvert(const QStringList &args)
     if (!problem.isEmpty())
         return usageError(self(), problem);
 
-    const QFileInfo folderInfo(request.folder);
-    if (!folderInfo.isDir()) {
-        err(QStringLiteral("kestrelvane-cli: ") + request.folder
-            + (folderInfo.exists() ? QStringLiteral(": not a folder\n") : QStringLiteral(": no such folder\n")));
+    const std::optional<QString> folder = folderArgument(request.folder);
+    if (!folder)
         return ExitUsage;
-    }
 
     PosixFiles files;
     const QString program = programFolder();
@@ -195,7 +197,7 @@ int runConvert(const QStringList &args)
     // The kinds were checked by parse(), so each names a pattern.
     const AudioFormat shown =
         *formatFromPattern(QStringLiteral("*.") + (request.to == QLatin1String("wav") ? request.from : QStringLiteral("wav")));
-    list.path = QDir::cleanPath(folderInfo.absoluteFilePath());
+    list.path = *folder;
     list.pattern = patternOf(shown);
     ScanContext scan{list, status, text, locale, folders,
                      [&files](AudioFormat format, const QString &folder, const QString &name) {
@@ -203,15 +205,15 @@ int runConvert(const QStringList &args)
                      },
                      {}, {}, {}};
     if (ScanFolder(scan) == ScanEnd::NotListed) {
-        err(QStringLiteral("kestrelvane-cli: ") + request.folder + QStringLiteral(": cannot read folder\n"));
+        err(QStringLiteral("kestrelvane-cli: ") + escapedText(request.folder) + QStringLiteral(": cannot read folder\n"));
         return ExitUsage;
     }
     for (const QString &name : request.names) {
         const auto row = std::find_if(list.rows.begin(), list.rows.end(),
                                       [&](const FileRow &r) { return r.info[MediaInfo::Name] == name; });
         if (row == list.rows.end()) {
-            err(QStringLiteral("kestrelvane-cli: ") + name + QStringLiteral(": not listed in ") + request.folder
-                + QLatin1Char('\n'));
+            err(QStringLiteral("kestrelvane-cli: ") + escapedText(name) + QStringLiteral(": not listed in ")
+                + escapedText(request.folder) + QLatin1Char('\n'));
             return ExitUsage;
         }
         row->checked = true;
@@ -219,7 +221,7 @@ int runConvert(const QStringList &args)
 
     RunParameters parameters;
     OptionTextBuilder builder;
-    applyMakeCommand(parameters, commandOf(request.to), shown, startup.settings(), builder, locale);
+    applyMakeCommand(parameters, commandOf(request.to), shown, startup.settings(), builder);
 
     PosixClock clock;
     PosixProcesses processes;
@@ -315,7 +317,9 @@ Command convertCommand()
             "Only 44100 Hz files are encoded to Musepack. While the run goes on its progress is\n"
             "shown on standard error. At the end standard output gets the six captions of the job\n"
             "list, one line per job (name, status, source size, target size, %, time; separated\n"
-            "by tabs) and the \"Finished N of M\" line.\n"
+            "by tabs) and the \"Finished N of M\" line. In names and messages a tab, newline and\n"
+            "carriage return are written \\t, \\n and \\r, other control characters \\xHH and a\n"
+            "backslash \\\\; a byte that is not UTF-8 shows as U+FFFD.\n"
             "\n"
             "Ctrl-C once: the waiting files are not started (\"Break\"), the running ones finish.\n"
             "Ctrl-C twice: the running codecs are killed and their unfinished targets deleted.\n"

@@ -1,13 +1,12 @@
 // kestrelvane-cli list: the file list of one folder with its status-bar totals and the selection
 // statistics, as the window would show them after opening the folder.
 
-#include <QDir>
-#include <QFileInfo>
 #include <QLocale>
 
 #include "browser/filelist.h"
 #include "browser/selectionstats.h"
 #include "cli/arguments.h"
+#include "cli/clitext.h"
 #include "cli/command.h"
 #include "media/readers.h"
 #include "platform/posix/posixfiles.h"
@@ -75,15 +74,9 @@ int runList(const QStringList &args)
     if (!problem.isEmpty())
         return usageError(self(), problem);
 
-    const QFileInfo folderInfo(request.folder);
-    if (!folderInfo.exists()) {
-        err(QStringLiteral("kestrelvane-cli: ") + request.folder + QStringLiteral(": no such folder\n"));
+    const std::optional<QString> folder = folderArgument(request.folder);
+    if (!folder)
         return ExitUsage;
-    }
-    if (!folderInfo.isDir()) {
-        err(QStringLiteral("kestrelvane-cli: ") + request.folder + QStringLiteral(": not a folder\n"));
-        return ExitUsage;
-    }
 
     PosixFiles files;
     PosixFolders folders;
@@ -91,7 +84,7 @@ int runList(const QStringList &args)
     const UiText &text = request.russian ? russianTexts() : englishTexts();
 
     FileListState list;
-    list.path = QDir::cleanPath(folderInfo.absoluteFilePath());
+    list.path = *folder;
     list.pattern = QStringLiteral("*.") + request.kind;
     // Panels start empty: one still empty after the scan was never written, and is not printed.
     StatusBar status;
@@ -114,7 +107,7 @@ int runList(const QStringList &args)
                         },
                         {}};
     if (ScanFolder(context) == ScanEnd::NotListed) {
-        err(QStringLiteral("kestrelvane-cli: ") + request.folder + QStringLiteral(": cannot read folder\n"));
+        err(QStringLiteral("kestrelvane-cli: ") + escapedText(request.folder) + QStringLiteral(": cannot read folder\n"));
         return ExitUsage;
     }
 
@@ -132,7 +125,7 @@ int runList(const QStringList &args)
         for (int c = 0; c < MediaInfo::ColumnCount; ++c) {
             if (c > 0)
                 report += tab;
-            report += row.info[c];
+            report += escapedText(row.info[c]);
         }
         report += newline;
     }
@@ -176,7 +169,9 @@ Command listCommand()
             "  - the six column captions of the file list, separated by tabs;\n"
             "  - one line per listed file, in list order: name, size in KB, duration, bit rate\n"
             "    (\"~\" in front when estimated), sampling rate and channels, separated by tabs;\n"
-            "    a column the file's header did not give is empty;\n"
+            "    a column the file's header did not give is empty. In names a tab, newline and\n"
+            "    carriage return are written \\t, \\n and \\r, other control characters \\xHH and a\n"
+            "    backslash \\\\; a byte that is not UTF-8 shows as U+FFFD;\n"
             "  - an empty line, then the status-bar panels: free disk space, file count, total\n"
             "    size, total duration, average bit rate; a file whose row cannot be totalled stops\n"
             "    the totals, and then these lines are missing;\n"

@@ -2,7 +2,10 @@
 
 #include <QCoreApplication>
 
+#include "cli/clitext.h"
 #include "cli/command.h"
+#include "platform/nativenames.h"
+#include "platform/posix/posixpaths.h"
 
 namespace kv::cli {
 
@@ -14,20 +17,23 @@ std::vector<Command> &commands()
 
 void out(const QString &text)
 {
-    const QByteArray bytes = text.toUtf8();
+    const QByteArray bytes = shownName(text).toUtf8();
     std::fwrite(bytes.constData(), 1, static_cast<size_t>(bytes.size()), stdout);
 }
 
 void err(const QString &text)
 {
-    const QByteArray bytes = text.toUtf8();
+    const QByteArray bytes = shownName(text).toUtf8();
     std::fwrite(bytes.constData(), 1, static_cast<size_t>(bytes.size()), stderr);
     std::fflush(stderr);
 }
 
 QString programFolder()
 {
-    QString folder = QCoreApplication::applicationDirPath();
+    // Not Qt's own answer: it decodes the path lossily when it is not UTF-8.
+    QString folder = executableFolder();
+    if (folder.isEmpty())
+        folder = QCoreApplication::applicationDirPath();
     if (!folder.endsWith(QLatin1Char('/')))
         folder += QLatin1Char('/');
     return folder;
@@ -36,7 +42,7 @@ QString programFolder()
 int usageError(const Command &command, const QString &problem)
 {
     if (!problem.isEmpty())
-        err(QStringLiteral("kestrelvane-cli: ") + problem + QLatin1Char('\n'));
+        err(QStringLiteral("kestrelvane-cli: ") + escapedText(problem) + QLatin1Char('\n')); // it may quote an argument
     err(QStringLiteral("usage: kestrelvane-cli ") + command.synopsis + QLatin1Char('\n'));
     return ExitUsage;
 }
@@ -60,7 +66,11 @@ int main(int argc, char **argv)
 {
     using namespace kv::cli;
     QCoreApplication app(argc, argv);
-    QStringList args = app.arguments().mid(1);
+    // Names come byte for byte, not through Qt's decoding, so one that is not UTF-8 still names
+    // its file.
+    QStringList args;
+    for (int i = 1; i < argc; ++i)
+        args.append(kv::nameFromBytes(argv[i]));
     if (args.isEmpty()) {
         err(overview());
         return ExitUsage;
@@ -80,6 +90,6 @@ int main(int argc, char **argv)
         }
         return c.run(args);
     }
-    err(QStringLiteral("kestrelvane-cli: unknown command \"") + name + QStringLiteral("\"\n") + overview());
+    err(QStringLiteral("kestrelvane-cli: unknown command \"") + escapedText(name) + QStringLiteral("\"\n") + overview());
     return ExitUsage;
 }

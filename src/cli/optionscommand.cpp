@@ -3,6 +3,7 @@
 #include <QLocale>
 
 #include "cli/arguments.h"
+#include "cli/clitext.h"
 #include "cli/command.h"
 #include "platform/posix/posixfiles.h"
 #include "settings/configfile.h"
@@ -49,7 +50,7 @@ int runOptions(const QStringList &args)
         const QString why = size ? QString::number(*size) + QStringLiteral(" bytes, not ")
                                        + QString::number(ConfigRecord::kSize)
                                  : QStringLiteral("missing");
-        err(QStringLiteral("kestrelvane-cli: ") + configPath + QStringLiteral(" not read (") + why
+        err(QStringLiteral("kestrelvane-cli: ") + escapedText(configPath) + QStringLiteral(" not read (") + why
             + QStringLiteral("); using the defaults\n"));
     }
 
@@ -61,7 +62,7 @@ int runOptions(const QStringList &args)
         {Encoder::Mp3, estimates.mp3}, {Encoder::Ogg, estimates.ogg}, {Encoder::Mpc, estimates.mpc}};
     for (const auto &line : lines)
         out(encoderName(line.encoder) + QLatin1Char('\t')
-            + builder.BuildOptionText(line.encoder, startup.settings(), locale) + QLatin1Char('\t')
+            + escapedText(builder.BuildOptionText(line.encoder, startup.settings())) + QLatin1Char('\t')
             + QString::number(line.estimate) + QLatin1Char('\n'));
     return ExitOk;
 }
@@ -82,7 +83,10 @@ Command optionsCommand()
             "The settings are those the window starts with: the defaults, then the configuration\n"
             "file beside the program (kestrvan.cfg), read only when it is exactly 10310 bytes long.\n"
             "A file that is not read is reported on standard error and the defaults are shown.\n"
-            "Numbers follow the user's locale.\n"
+            "The numbers of an option text are written as the encoders read them, with ASCII\n"
+            "digits, \"-\" and \".\" (\"--quality 6.5\"), whatever the locale. A command-line text\n"
+            "that holds a tab, newline or carriage return shows it as \\t, \\n or \\r, other control\n"
+            "characters as \\xHH and a backslash as \\\\.\n"
             "\n"
             "  --config FILE   read FILE instead of the configuration beside the program\n"),
         runOptions,

@@ -39,6 +39,11 @@ QString shortestNumber(double v, const QLocale &locale)
     return l.toString(v, 'f', QLocale::FloatingPointShortest);
 }
 
+QString commandLineNumber(double v)
+{
+    return shortestNumber(v, QLocale::c());
+}
+
 double numberFromText(const QString &text)
 {
     bool ok = false;

@@ -17,6 +17,10 @@ std::int32_t sizeInKb(std::int64_t bytes);
 // (6 -> "6", 4.5 -> "4.5" or "4,5").
 QString shortestNumber(double v, const QLocale &locale);
 
+// The shortest decimal text of a real number as the codecs read it: ASCII digits, "-" and ".",
+// whatever the user's locale (the codecs run in the C locale).
+QString commandLineNumber(double v);
+
 // A column text read back as a number, the way the window's code reads its own rows: blanks
 // around it are allowed, anything else that is not a number is a Failure.
 double numberFromText(const QString &text);

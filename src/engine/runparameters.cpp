@@ -3,20 +3,20 @@
 namespace kv {
 
 void applyMakeCommand(RunParameters &parameters, MakeCommand command, AudioFormat shownFormat,
-                      const EncoderSettings &settings, OptionTextBuilder &builder, const QLocale &locale)
+                      const EncoderSettings &settings, OptionTextBuilder &builder)
 {
     const QString wav = QStringLiteral(".wav");
     switch (command) {
     case MakeCommand::Mp3:
-        parameters = {codecs::lame, builder.BuildOptionText(Encoder::Mp3, settings, locale), wav,
+        parameters = {codecs::lame, builder.BuildOptionText(Encoder::Mp3, settings), wav,
                       QStringLiteral(".mp3")};
         return;
     case MakeCommand::Ogg:
-        parameters = {codecs::oggenc2, builder.BuildOptionText(Encoder::Ogg, settings, locale), wav,
+        parameters = {codecs::oggenc2, builder.BuildOptionText(Encoder::Ogg, settings), wav,
                       QStringLiteral(".ogg")};
         return;
     case MakeCommand::Mpc:
-        parameters = {codecs::mppenc, builder.BuildOptionText(Encoder::Mpc, settings, locale), wav,
+        parameters = {codecs::mppenc, builder.BuildOptionText(Encoder::Mpc, settings), wav,
                       QStringLiteral(".mpc")};
         return;
     case MakeCommand::Wav:

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QLocale>
 #include <QString>
 
 #include "media/mediainfo.h"
@@ -35,6 +34,6 @@ inline const QString oggdec = QStringLiteral("oggdec");
 // Make Wav picks the decoder by the pressed Show filter, and with Show Wav pressed (a state the
 // toolbar never allows) leaves the previous command's parameters in force.
 void applyMakeCommand(RunParameters &parameters, MakeCommand command, AudioFormat shownFormat,
-                      const EncoderSettings &settings, OptionTextBuilder &builder, const QLocale &locale);
+                      const EncoderSettings &settings, OptionTextBuilder &builder);
 
 } // namespace kv

@@ -15,15 +15,9 @@ QString entryText(const QStringList &list, int index)
     return index >= 0 && index < list.size() ? list.at(index) : QString();
 }
 
-QString musepackQualityText(int tenths, const QLocale &locale)
+QString musepackQualityText(int tenths)
 {
-    QString text = shortestNumber(roundHalfEven(tenths / 10.0, 2), locale);
-    // The encoder reads only a decimal point, so a comma locale's separator is swapped here
-    // (and only here: the Ogg text keeps its comma).
-    const qsizetype comma = text.indexOf(QLatin1Char(','));
-    if (comma >= 0)
-        text = text.left(comma) + QLatin1Char('.') + text.mid(comma + 1);
-    return QStringLiteral("--quality ") + text;
+    return QStringLiteral("--quality ") + commandLineNumber(roundHalfEven(tenths / 10.0, 2));
 }
 
 } // namespace
@@ -88,8 +82,7 @@ QString qualityLabelText(int tenths, const QLocale &locale)
     return QStringLiteral("--quality ") + shortestNumber(tenths / 10.0, locale);
 }
 
-QString OptionTextBuilder::BuildOptionText(Encoder encoder, const EncoderSettings &settings,
-                                           const QLocale &locale)
+QString OptionTextBuilder::BuildOptionText(Encoder encoder, const EncoderSettings &settings)
 {
     // A mode without a case below keeps m_modePart from the previous call, whichever encoder
     // made it: the toolbar always selects a mode first, so this never shows in a job.
@@ -119,8 +112,9 @@ QString OptionTextBuilder::BuildOptionText(Encoder encoder, const EncoderSetting
         const OggSettings &s = settings.ogg;
         switch (s.mode) {
         case static_cast<int>(OggMode::QualityMode):
-            // The locale's separator stays, comma included: the encoder then reads "4,5" as 4.
-            m_modePart = qualityLabelText(s.qualityTenths, locale);
+            // Not the label's text: under a comma or Arabic-digit locale the encoder would read
+            // another quality.
+            m_modePart = QStringLiteral("--quality ") + commandLineNumber(s.qualityTenths / 10.0);
             break;
         case static_cast<int>(OggMode::AverageBitrate):
             m_modePart = QStringLiteral("--bitrate ") + QString::number(s.abrKbps);
@@ -140,7 +134,7 @@ QString OptionTextBuilder::BuildOptionText(Encoder encoder, const EncoderSetting
             m_modePart = entryText(mpcPresetTexts(), s.presetIndex);
             break;
         case static_cast<int>(MpcMode::Quality):
-            m_modePart = musepackQualityText(s.qualityTenths, locale);
+            m_modePart = musepackQualityText(s.qualityTenths);
             break;
         case static_cast<int>(MpcMode::CommandLine):
             m_modePart = trimBlanks(s.commandLine);

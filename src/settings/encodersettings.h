@@ -67,12 +67,13 @@ const QStringList &mp3PresetTexts();  // "--preset insane" ...
 const QStringList &mpcPresetTexts();  // "--braindead" ...
 const QStringList &mp3CbrTexts();     // "320 kbps" ... " 8 kbps"
 
-// Builds option texts. One mode part is shared by the three encoders: an encoder whose mode has
+// Builds option texts. Their numbers are plain ASCII in every locale: the codecs read them in
+// the C locale. One mode part is shared by the three encoders: an encoder whose mode has
 // no selection reuses whatever the previous call made, as the window always did.
 class OptionTextBuilder
 {
 public:
-    QString BuildOptionText(Encoder encoder, const EncoderSettings &settings, const QLocale &locale);
+    QString BuildOptionText(Encoder encoder, const EncoderSettings &settings);
 
 private:
     QString m_modePart;
@@ -86,7 +87,8 @@ void EstimateBitrates(const EncoderSettings &settings, BitrateEstimates &estimat
 // An index outside the list has no entry text to read: that is a Failure.
 int cbrKbps(int cbrIndex);
 
-// "192 kbps" for the ABR sliders; "--quality 6" / "--quality 4,5" for the quality sliders.
+// "192 kbps" for the ABR sliders; "--quality 6" / "--quality 4,5" for the quality sliders, whose
+// labels follow the user's locale.
 QString abrLabelText(int kbps);
 QString qualityLabelText(int tenths, const QLocale &locale);
 

@@ -70,7 +70,7 @@ QStringList doneNames(const CliResult &r, int jobs)
     QStringList names;
     for (const QString &line : lines.mid(1, jobs)) {
         EXPECT_TRUE(row.match(line).hasMatch()) << line.toStdString();
-        names.append(line.section(QLatin1Char('\t'), 0, 0));
+        names.append(line.section(QLatin1Char('\t'), 0, 0).replace(u"\\\\"_s, u"\\"_s)); // backslashes come doubled
     }
     names.sort();
     return names;

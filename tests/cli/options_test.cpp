@@ -22,17 +22,19 @@ QByteArray record(std::initializer_list<std::pair<int, int>> bytes)
 
 TEST(OptionsCommand, PrintsEveryEncoder)
 {
-    QByteArray commandLine = record({{2, 3}});
+    QByteArray commandLine = record({{2, 3}, {6, 2}});
     commandLine.replace(3142, 8, QByteArray("  -V 2  "));
+    // Tabs and backslashes in a command-line text are escaped, so the line keeps three fields.
+    const QByteArray oggText("-q 3\t--x=a\\b\r\x01");
+    commandLine.replace(4166, oggText.size(), oggText);
     const char *defaults = "Mp3\t--preset extreme --silent --priority\t234\nOgg\t--quiet --quality 6\t192\n"
                            "Mpc\t--overwrite --silent --insane\t240\n";
     // A null record means no file; %1 in the error is the file's path.
     const struct { QByteArray bytes; const char *locale; const char *out; const char *err = ""; } cases[] = {
-        // Under a comma locale Musepack gets a point, Ogg keeps the comma.
         {record({{2, 2}, {5, 16}, {7, 55}, {9, 1}, {11, 45}}), "de_DE.UTF-8",
-         "Mp3\t--preset cbr 8 --silent --priority\t8\nOgg\t--quiet --quality 4,5\t144\nMpc\t--overwrite --silent --quality 4.5\t155\n"},
+         "Mp3\t--preset cbr 8 --silent --priority\t8\nOgg\t--quiet --quality 4.5\t144\nMpc\t--overwrite --silent --quality 4.5\t155\n"},
         {commandLine, "C.UTF-8",
-         "Mp3\t-V 2 --silent --priority\t224\nOgg\t--quiet --quality -1\t45\nMpc\t--overwrite --silent --braindead\t270\n"},
+         "Mp3\t-V 2 --silent --priority\t224\nOgg\t--quiet -q 3\\t--x=a\\\\b\\r\\x01\t224\nMpc\t--overwrite --silent --braindead\t270\n"},
         {QByteArray(10309, '\3'), "C.UTF-8", defaults, "kestrelvane-cli: %1 not read (10309 bytes, not 10310); using the defaults\n"},
         {QByteArray(), "C.UTF-8", defaults, "kestrelvane-cli: %1 not read (missing); using the defaults\n"},
     };
@@ -49,6 +51,26 @@ TEST(OptionsCommand, PrintsEveryEncoder)
         EXPECT_EQ(r.out, QLatin1String(c.out));
         EXPECT_EQ(r.err, QString::fromUtf8(c.err).replace(QStringLiteral("%1"), path));
         EXPECT_EQ(r.status, 0);
+    }
+}
+
+// The encoders read their numbers in the C locale: the option texts are the same in every locale.
+TEST(OptionsCommand, OptionTextsAreTheSameInEveryLocale)
+{
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("kestrvan.cfg"));
+    QFile f(path);
+    // MP3 ABR 300, Ogg quality 6.5, Musepack quality 6.5 (mode 1) and -1 for Ogg below.
+    const QByteArray r = record({{2, 1}, {4, 172}, {7, 75}, {9, 1}, {11, 65}});
+    ASSERT_TRUE(f.open(QIODevice::WriteOnly) && f.write(r) == r.size());
+    f.close();
+    for (const char *locale : {"C.UTF-8", "en_US.UTF-8", "de_DE.UTF-8", "ru_RU.UTF-8", "sv_SE.UTF-8", "ar_EG.UTF-8"}) {
+        const CliResult c = runCli({QStringLiteral("options"), QStringLiteral("--config"), path}, locale);
+        EXPECT_EQ(c.out, QStringLiteral("Mp3\t--preset 300 --silent --priority\t300\nOgg\t--quiet --quality 6.5\t208\n"
+                                        "Mpc\t--overwrite --silent --quality 6.5\t225\n"))
+            << locale;
+        EXPECT_EQ(c.err, QString()) << locale;
+        EXPECT_EQ(c.status, 0);
     }
 }
 

@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <QLocale>
 
 #include "engine/commandline.h"
 #include "engine/runparameters.h"
@@ -13,11 +12,11 @@ namespace {
 
 // The command line of one Make command, for a file a b.wav (or name) in the folder "/m m/".
 QString lineFor(MakeCommand command, const EncoderSettings &settings = {}, AudioFormat shown = AudioFormat::Wav,
-                const QString &name = u"a b.wav"_s, const QLocale &locale = QLocale::c())
+                const QString &name = u"a b.wav"_s)
 {
     RunParameters parameters;
     OptionTextBuilder builder;
-    applyMakeCommand(parameters, command, shown, settings, builder, locale);
+    applyMakeCommand(parameters, command, shown, settings, builder);
     return buildCommandLine(u"/p/"_s, parameters.codec, parameters.options,
                             jobPaths(u"/m m/"_s, name, parameters.targetExtension));
 }
@@ -27,7 +26,6 @@ QString lineFor(MakeCommand command, const EncoderSettings &settings = {}, Audio
 TEST(CommandLine, EveryMakeCommandAndMode)
 {
     const QString ab = u"a b.wav"_s;
-    const QLocale comma(QLocale::German);
     using enum MakeCommand;
     using F = AudioFormat;
     const struct { QString line; const char *expected; } cases[] = {
@@ -39,13 +37,13 @@ TEST(CommandLine, EveryMakeCommandAndMode)
         {lineFor(Mp3, {.mp3 = {.mode = 3, .commandLine = u"  -V 2  "_s}}),
          R"("/p/codec/lame" -V 2 --silent --priority "/m m/a b.wav" "/m m/a b.mp3")"},
         {lineFor(Ogg), R"("/p/codec/oggenc2" --quiet --quality 6 "/m m/a b.wav" "/m m/a b.ogg")"},
-        {lineFor(Ogg, {.ogg = {.qualityTenths = 45}}, F::Wav, ab, comma),
-         R"("/p/codec/oggenc2" --quiet --quality 4,5 "/m m/a b.wav" "/m m/a b.ogg")"},
+        {lineFor(Ogg, {.ogg = {.qualityTenths = 45}}, F::Wav, ab),
+         R"("/p/codec/oggenc2" --quiet --quality 4.5 "/m m/a b.wav" "/m m/a b.ogg")"},
         {lineFor(Ogg, {.ogg = {.mode = 1}}), R"("/p/codec/oggenc2" --quiet --bitrate 192 "/m m/a b.wav" "/m m/a b.ogg")"},
         {lineFor(Ogg, {.ogg = {.mode = 2, .commandLine = u"-q 3"_s}}),
          R"("/p/codec/oggenc2" --quiet -q 3 "/m m/a b.wav" "/m m/a b.ogg")"},
         {lineFor(Mpc), R"("/p/codec/mppenc" --overwrite --silent --insane "/m m/a b.wav" "/m m/a b.mpc")"},
-        {lineFor(Mpc, {.mpc = {.mode = 1, .qualityTenths = 45}}, F::Wav, ab, comma),
+        {lineFor(Mpc, {.mpc = {.mode = 1, .qualityTenths = 45}}, F::Wav, ab),
          R"("/p/codec/mppenc" --overwrite --silent --quality 4.5 "/m m/a b.wav" "/m m/a b.mpc")"},
         {lineFor(Mpc, {.mpc = {.mode = 2}}),
          R"("/p/codec/mppenc" --overwrite --silent --quality 6 "/m m/a b.wav" "/m m/a b.mpc")"},
@@ -66,9 +64,9 @@ TEST(RunParameters, MakeWavFollowsTheShowFilterAndShowWavKeepsThePrevious)
 {
     OptionTextBuilder builder;
     RunParameters p;
-    applyMakeCommand(p, MakeCommand::Mp3, AudioFormat::Wav, {}, builder, QLocale::c());
-    applyMakeCommand(p, MakeCommand::Wav, AudioFormat::Wav, {}, builder, QLocale::c());
+    applyMakeCommand(p, MakeCommand::Mp3, AudioFormat::Wav, {}, builder);
+    applyMakeCommand(p, MakeCommand::Wav, AudioFormat::Wav, {}, builder);
     EXPECT_EQ(p, (RunParameters{u"lame"_s, u"--preset extreme --silent --priority"_s, u".wav"_s, u".wav"_s}));
-    applyMakeCommand(p, MakeCommand::Wav, AudioFormat::Ogg, {}, builder, QLocale::c());
+    applyMakeCommand(p, MakeCommand::Wav, AudioFormat::Ogg, {}, builder);
     EXPECT_EQ(p, (RunParameters{u"oggdec"_s, QString(), u".ogg"_s, u".wav"_s}));
 }

@@ -9,20 +9,17 @@ using namespace kv;
 
 namespace {
 
-const QLocale kPoint(QLocale::English, QLocale::UnitedStates);
-const QLocale kComma(QLocale::German, QLocale::Germany);
-
 EncoderSettings oggQuality(int q) { return {.ogg = {.qualityTenths = q}}; }
 EncoderSettings mpcQuality(int q) { return {.mpc = {.mode = 1, .qualityTenths = q}}; }
 
 } // namespace
 
 // Each row: the option text and the estimate of one encoder. Quality rows sit on both sides of
-// every step of the estimate curves. The defaults, the comma locale and a trimmed command line
-// are in the options command's tests, which print both.
+// every step of the estimate curves. The defaults and a trimmed command line are in the options
+// command's tests, which print both.
 TEST(OptionTextAndEstimate, ByEncoderAndMode)
 {
-    const struct { Encoder encoder; EncoderSettings settings; const char *text; int kbps; QLocale locale = kPoint; } cases[] = {
+    const struct { Encoder encoder; EncoderSettings settings; const char *text; int kbps; } cases[] = {
         {Encoder::Mp3, {.mp3 = {.mode = 1, .abrKbps = 128}}, "--preset 128 --silent --priority", 128},
         {Encoder::Mp3, {.mp3 = {.mode = 1, .abrKbps = 300}}, "--preset 300 --silent --priority", 300},
         // Only blanks are trimmed.
@@ -41,19 +38,19 @@ TEST(OptionTextAndEstimate, ByEncoderAndMode)
         {Encoder::Ogg, {.ogg = {.mode = 1, .abrKbps = 256}}, "--quiet --bitrate 256", 256},
         {Encoder::Ogg, {.ogg = {.mode = 2, .commandLine = QStringLiteral(" -q 3 ")}}, "--quiet -q 3", 224},
         {Encoder::Mpc, {.mpc = {.presetIndex = 6}}, "--overwrite --silent --telephone", 60},
-        {Encoder::Mpc, mpcQuality(0), "--overwrite --silent --quality 0", 20, kComma},
+        {Encoder::Mpc, mpcQuality(0), "--overwrite --silent --quality 0", 20},
         {Encoder::Mpc, mpcQuality(19), "--overwrite --silent --quality 1.9", 58},
         {Encoder::Mpc, mpcQuality(29), "--overwrite --silent --quality 2.9", 87},
         {Encoder::Mpc, mpcQuality(30), "--overwrite --silent --quality 3", 70}, // the curve drops here
         {Encoder::Mpc, mpcQuality(39), "--overwrite --silent --quality 3.9", 106},
         {Encoder::Mpc, mpcQuality(40), "--overwrite --silent --quality 4", 130},
         {Encoder::Mpc, mpcQuality(49), "--overwrite --silent --quality 4.9", 175},
-        {Encoder::Mpc, mpcQuality(50), "--overwrite --silent --quality 5", 180, kComma},
-        {Encoder::Mpc, mpcQuality(100), "--overwrite --silent --quality 10", 330, kComma},
+        {Encoder::Mpc, mpcQuality(50), "--overwrite --silent --quality 5", 180},
+        {Encoder::Mpc, mpcQuality(100), "--overwrite --silent --quality 10", 330},
         {Encoder::Mpc, {.mpc = {.mode = 2, .commandLine = QStringLiteral(" --xlevel ")}}, "--overwrite --silent --xlevel", 224},
     };
     for (const auto &c : cases) {
-        EXPECT_EQ(OptionTextBuilder().BuildOptionText(c.encoder, c.settings, c.locale), QString::fromUtf8(c.text));
+        EXPECT_EQ(OptionTextBuilder().BuildOptionText(c.encoder, c.settings), QString::fromUtf8(c.text));
         BitrateEstimates e;
         EstimateBitrates(c.settings, e);
         EXPECT_EQ(c.encoder == Encoder::Mp3 ? e.mp3 : c.encoder == Encoder::Ogg ? e.ogg : e.mpc, c.kbps) << c.text;
@@ -67,7 +64,7 @@ TEST(OptionTextAndEstimate, EveryConstantBitrateEntry)
     ASSERT_EQ(mp3CbrTexts().size(), static_cast<qsizetype>(std::size(kbps)));
     for (int i = 0; i < static_cast<int>(std::size(kbps)); ++i) {
         const EncoderSettings s{.mp3 = {.mode = 2, .cbrIndex = i}};
-        EXPECT_EQ(OptionTextBuilder().BuildOptionText(Encoder::Mp3, s, kPoint),
+        EXPECT_EQ(OptionTextBuilder().BuildOptionText(Encoder::Mp3, s),
                   QStringLiteral("--preset cbr %1 --silent --priority").arg(kbps[i]));
         BitrateEstimates e;
         EstimateBitrates(s, e);
@@ -79,9 +76,35 @@ TEST(OptionText, ModePartIsSharedAcrossEncoders)
 {
     OptionTextBuilder builder;
     const EncoderSettings s{.ogg = {.mode = -1}, .mpc = {.mode = 7}};
-    builder.BuildOptionText(Encoder::Mp3, s, kPoint);
-    EXPECT_EQ(builder.BuildOptionText(Encoder::Ogg, s, kPoint), QStringLiteral("--quiet --preset extreme"));
-    EXPECT_EQ(builder.BuildOptionText(Encoder::Mpc, s, kPoint), QStringLiteral("--overwrite --silent --preset extreme"));
+    builder.BuildOptionText(Encoder::Mp3, s);
+    EXPECT_EQ(builder.BuildOptionText(Encoder::Ogg, s), QStringLiteral("--quiet --preset extreme"));
+    EXPECT_EQ(builder.BuildOptionText(Encoder::Mpc, s), QStringLiteral("--overwrite --silent --preset extreme"));
+}
+
+// The codecs read their numbers in the C locale, so the option texts are the same under every
+// locale (also when it is the default one), while the slider labels follow the user's.
+TEST(OptionText, CommandLineNumbersAreAsciiWhileLabelsFollowTheLocale)
+{
+    const struct { const char *locale; const char *label65; const char *labelMinus5; } cases[] = {
+        {"C", "6.5", "-0.5"},
+        {"en_US", "6.5", "-0.5"},
+        {"de_DE", "6,5", "-0,5"},
+        {"ru_RU", "6,5", "-0,5"},
+        {"sv_SE", "6,5", "\u22120,5"},
+        {"ar_EG", "\u0666\u066B\u0665", "\u061C-\u0660\u066B\u0665"},
+    };
+    for (const auto &c : cases) {
+        const QLocale locale(QString::fromLatin1(c.locale));
+        QLocale::setDefault(locale);
+        OptionTextBuilder builder;
+        EXPECT_EQ(builder.BuildOptionText(Encoder::Ogg, oggQuality(65)), QStringLiteral("--quiet --quality 6.5")) << c.locale;
+        EXPECT_EQ(builder.BuildOptionText(Encoder::Ogg, oggQuality(-5)), QStringLiteral("--quiet --quality -0.5")) << c.locale;
+        EXPECT_EQ(builder.BuildOptionText(Encoder::Mpc, mpcQuality(65)), QStringLiteral("--overwrite --silent --quality 6.5"))
+            << c.locale;
+        EXPECT_EQ(qualityLabelText(65, locale), QStringLiteral("--quality ") + QString::fromUtf8(c.label65)) << c.locale;
+        EXPECT_EQ(qualityLabelText(-5, locale), QStringLiteral("--quality ") + QString::fromUtf8(c.labelMinus5)) << c.locale;
+    }
+    QLocale::setDefault(QLocale::c());
 }
 
 // A rule that does not apply leaves the caller's value; a failure (a 16-bit overflow, a CBR list

@@ -8,6 +8,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "platform/nativenames.h"
+
 namespace kv {
 
 namespace {
@@ -48,14 +50,14 @@ private:
 std::optional<std::int64_t> PosixFiles::fileSize(const QString &path)
 {
     struct stat st {};
-    if (::stat(QFile::encodeName(path).constData(), &st) != 0 || !S_ISREG(st.st_mode))
+    if (::stat(bytesFromName(path).constData(), &st) != 0 || !S_ISREG(st.st_mode))
         return std::nullopt;
     return static_cast<std::int64_t>(st.st_size);
 }
 
 std::unique_ptr<ByteSource> PosixFiles::open(const QString &path)
 {
-    const int fd = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC);
+    const int fd = ::open(bytesFromName(path).constData(), O_RDONLY | O_CLOEXEC);
     if (fd < 0)
         return nullptr;
     struct stat st {};
@@ -68,7 +70,7 @@ std::unique_ptr<ByteSource> PosixFiles::open(const QString &path)
 
 RemoveResult PosixFiles::remove(const QString &path)
 {
-    if (::unlink(QFile::encodeName(path).constData()) == 0)
+    if (::unlink(bytesFromName(path).constData()) == 0)
         return RemoveResult::Removed;
     return (errno == EACCES || errno == EPERM || errno == EROFS || errno == EBUSY)
                ? RemoveResult::AccessDenied
@@ -77,9 +79,14 @@ RemoveResult PosixFiles::remove(const QString &path)
 
 std::optional<QByteArray> PosixFiles::readAll(const QString &path)
 {
-    QFile f(path);
-    if (!f.open(QIODevice::ReadOnly))
+    const int fd = ::open(bytesFromName(path).constData(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0)
         return std::nullopt;
+    QFile f;
+    if (!f.open(fd, QIODevice::ReadOnly, QFileDevice::AutoCloseHandle)) {
+        ::close(fd);
+        return std::nullopt;
+    }
     QByteArray bytes = f.readAll();
     if (f.error() != QFileDevice::NoError)
         return std::nullopt;
@@ -88,7 +95,7 @@ std::optional<QByteArray> PosixFiles::readAll(const QString &path)
 
 bool PosixFiles::writeAtStart(const QString &path, const QByteArray &bytes)
 {
-    const int fd = ::open(QFile::encodeName(path).constData(), O_WRONLY | O_CREAT | O_CLOEXEC, 0644);
+    const int fd = ::open(bytesFromName(path).constData(), O_WRONLY | O_CREAT | O_CLOEXEC, 0644);
     if (fd < 0)
         return false;
     qsizetype done = 0;

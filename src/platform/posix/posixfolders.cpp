@@ -2,13 +2,13 @@
 
 #include <algorithm>
 
-#include <QFile>
-
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
 #include <unistd.h>
+
+#include "platform/nativenames.h"
 
 namespace kv {
 
@@ -28,7 +28,7 @@ void sortNames(QStringList &names)
 template <typename Keep>
 std::optional<QStringList> listEntries(const QString &folder, EntryKind kind, Keep keep)
 {
-    DIR *dir = ::opendir(QFile::encodeName(folder).constData());
+    DIR *dir = ::opendir(bytesFromName(folder).constData());
     if (dir == nullptr)
         return std::nullopt;
     const int dfd = ::dirfd(dir);
@@ -36,7 +36,7 @@ std::optional<QStringList> listEntries(const QString &folder, EntryKind kind, Ke
     while (const dirent *e = ::readdir(dir)) {
         if (e->d_name[0] == '.')
             continue;
-        const QString name = QFile::decodeName(e->d_name);
+        const QString name = nameFromBytes(e->d_name);
         if (!keep(name))
             continue;
         bool isFile = e->d_type == DT_REG;
@@ -75,7 +75,7 @@ std::optional<QStringList> PosixFolders::listFolders(const QString &folder)
 std::optional<FreeSpace> PosixFolders::freeSpace(const QString &folder)
 {
     struct statvfs sv {};
-    if (::statvfs(QFile::encodeName(folder).constData(), &sv) != 0)
+    if (::statvfs(bytesFromName(folder).constData(), &sv) != 0)
         return std::nullopt;
     return FreeSpace{static_cast<std::int64_t>(sv.f_bavail), 1, static_cast<std::int64_t>(sv.f_frsize)};
 }

@@ -12,6 +12,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "platform/nativenames.h"
+
 namespace kv {
 
 namespace {
@@ -110,7 +112,7 @@ std::optional<ProcessHandle> PosixProcesses::start(const QString &commandLine, C
     std::vector<QByteArray> encoded;
     encoded.reserve(static_cast<size_t>(words.size()));
     for (const QString &w : words)
-        encoded.push_back(QFile::encodeName(w));
+        encoded.push_back(bytesFromName(w));
     std::vector<char *> argv;
     for (QByteArray &a : encoded)
         argv.push_back(a.data());

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <QString>
+
+namespace kv {
+
+enum class PathKind { Missing, Folder, Other };
+
+// What a path names, links followed; the path goes to the system byte for byte.
+PathKind pathKind(const QString &path);
+
+// path made absolute against the working folder and cleaned ("/a/./b/../c" -> "/a/c"), without
+// a trip through the locale's codec, so undecodable bytes in either part survive.
+QString absolutePath(const QString &path);
+
+// Folder of the running executable, ending in "/"; empty when the system does not tell.
+QString executableFolder();
+
+} // namespace kv
