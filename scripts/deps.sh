@@ -7,6 +7,9 @@ packages=(
   qt6-base-dev libgl-dev
   libgtest-dev libgmock-dev libbenchmark-dev
   lame madplay vorbis-tools musepack-tools alsa-utils sox
+  qt6-svg-dev libqt6svg6
+  xvfb xauth imagemagick
+  python3-pyatspi at-spi2-core dbus-x11
 )
 
 missing=()

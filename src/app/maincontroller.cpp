@@ -90,6 +90,7 @@ StartEnd MainController::Main(const StartOptions &options)
         m_drives = m_env.volumes.mounted();
         QString startFolder;
         if (configFileQualifies(m_configPath, m_env.files)) {
+            m_configRead = true;
             LoadConfig(m_configPath, m_env.files, m_controls, m_record);
             startFolder = m_controls.startFolder();
         } else {

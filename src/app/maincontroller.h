@@ -131,6 +131,8 @@ public:
     int processorCount() const { return m_processors; }
     const QString &programFolder() const { return m_programFolder; }
     const QString &configPath() const { return m_configPath; }
+    // The configuration file was read at start (it had one record's length).
+    bool configRead() const { return m_configRead; }
     const QLocale &locale() const { return m_locale; }
 
 private:
@@ -155,6 +157,7 @@ private:
     int m_processors = 1;
     QString m_programFolder;
     QString m_configPath;
+    bool m_configRead = false;
     QString m_userConfigFolder;
 };
 
