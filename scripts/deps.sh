@@ -8,7 +8,7 @@ packages=(
   libgtest-dev libgmock-dev libbenchmark-dev
   lame madplay vorbis-tools musepack-tools alsa-utils sox
   qt6-svg-dev libqt6svg6
-  xvfb xauth imagemagick
+  xvfb xauth imagemagick xdotool
   python3-pyatspi at-spi2-core dbus-x11
 )
 

@@ -5,6 +5,7 @@
 #include <QActionGroup>
 #include <QApplication>
 #include <QCloseEvent>
+#include <QResizeEvent>
 #include <QComboBox>
 #include <QGridLayout>
 #include <QGroupBox>
@@ -348,14 +349,14 @@ void MainWindow::buildStatusBar()
 {
     QStatusBar *bar = statusBar();
     bar->setObjectName(QStringLiteral("stbMain"));
-    bar->setSizeGripEnabled(true);
+    // The grip's width goes to the panels: at 800 pixels they need all of it.
+    bar->setSizeGripEnabled(false);
     for (int i = 0; i < 6; ++i) {
         auto *l = named(new QLabel, QStringLiteral("stbMain_%1").arg(i + 1));
-        l->setFrameShape(QFrame::StyledPanel);
-        l->setFrameShadow(QFrame::Sunken);
+        // No frames: at the smallest window size every panel's text still fits, blanks included.
+        l->setContentsMargins(0, 0, 0, 0);
         stbPanels[static_cast<size_t>(i)] = l;
-        // The free-space and totals panels share the spare width; the processor count stays small.
-        bar->addWidget(l, i == 0 ? 0 : 1);
+        bar->addWidget(l);
     }
     for (int i = 0; i < 2; ++i) {
         auto *b = named(new QToolButton, QStringLiteral("stbMain_%1").arg(i + 7));
@@ -365,8 +366,20 @@ void MainWindow::buildStatusBar()
         bar->addPermanentWidget(b);
         connect(b, &QToolButton::clicked, this, [this, panel = i + 7] { m_c.statusPanelClick(panel); });
     }
-    stbButtons[0]->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_L));
-    stbButtons[1]->setShortcut(QKeySequence(Qt::Key_F1));
+    if (bar->layout() != nullptr)
+        bar->layout()->setSpacing(4);
+    // The two commands of the status bar also answer to keys, as window actions so they work
+    // wherever the focus is.
+    const std::pair<int, QKeySequence> keys[] = {{7, QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_L)},
+                                                 {8, QKeySequence(Qt::Key_F1)}};
+    for (const auto &[panel, sequence] : keys) {
+        auto *a = new QAction(this);
+        a->setObjectName(QStringLiteral("actPanel_%1").arg(panel));
+        a->setShortcut(sequence);
+        addAction(a);
+        connect(a, &QAction::triggered, this, [this, p = panel] { m_c.statusPanelClick(p); });
+        m_panelKeys.push_back(sequence);
+    }
 }
 
 void MainWindow::connectSettings()
@@ -523,6 +536,7 @@ void MainWindow::applyTexts()
         cmbModeOgg->setItemText(i, t.oggModes.at(static_cast<size_t>(i)));
         cmbModeMpc->setItemText(i, t.mpcModes.at(static_cast<size_t>(i)));
     }
+    fitToolbar();
     cmdDefault->setText(t.defaultButton);
     frOptions->setTitle(t.optionsFrame);
     cmbEncode[0]->setText(t.stopButton);
@@ -545,11 +559,37 @@ void MainWindow::applyTexts()
         a->setToolTip(d.description + (keys.isEmpty() ? QString() : QStringLiteral(" (") + keys + QLatin1Char(')')));
         a->setStatusTip(QString());
     }
-    for (QToolButton *b : stbButtons) {
-        const ControlDescription d = describeControl(b->objectName(), language);
-        b->setToolTip(d.description + QStringLiteral(" (") + b->shortcut().toString(QKeySequence::NativeText)
-                      + QLatin1Char(')'));
+    for (size_t i = 0; i < stbButtons.size(); ++i) {
+        const ControlDescription d = describeControl(stbButtons[i]->objectName(), language);
+        stbButtons[i]->setToolTip(d.description + QStringLiteral(" (")
+                                  + m_panelKeys.at(i).toString(QKeySequence::NativeText) + QLatin1Char(')'));
     }
+}
+
+void MainWindow::fitToolbar()
+{
+    // Captions on one line while they fit; in a narrow window (Russian captions are the longest)
+    // each breaks after its first word, so all eleven positions stay in view.
+    for (const bool twoLines : {false, true}) {
+        for (QAction *a : tbMain) {
+            if (a == nullptr || a->isSeparator())
+                continue;
+            QString caption = a->text();
+            if (twoLines)
+                caption.replace(caption.indexOf(QLatin1Char(' ')), 1, QLatin1Char('\n'));
+            a->setIconText(caption);
+            if (QWidget *button = findChild<QToolBar *>(QStringLiteral("tbMain"))->widgetForAction(a))
+                button->setAccessibleName(a->text());
+        }
+        if (findChild<QToolBar *>(QStringLiteral("tbMain"))->sizeHint().width() <= width())
+            break;
+    }
+}
+
+void MainWindow::resizeEvent(QResizeEvent *event)
+{
+    QMainWindow::resizeEvent(event);
+    fitToolbar();
 }
 
 void MainWindow::treeExpanded(const QModelIndex &index)

@@ -2,6 +2,9 @@
 
 #include <array>
 
+#include <vector>
+
+#include <QKeySequence>
 #include <QMainWindow>
 
 class QAction;
@@ -37,6 +40,7 @@ public:
 
 protected:
     void closeEvent(QCloseEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
 
 private:
     void buildToolbar();
@@ -52,6 +56,7 @@ private:
     void showSettings();
     void showDrives();
     void applyTexts();
+    void fitToolbar();
 
     void treeExpanded(const QModelIndex &index);
     void treeCollapsed(const QModelIndex &index);
@@ -62,6 +67,7 @@ private:
     FolderTreeModel *m_treeModel = nullptr;
     bool m_treeSync = false;
     QString m_languageShown;
+    std::vector<QKeySequence> m_panelKeys; // language and help
 
     DriveList *drvMain = nullptr;
     QTreeView *tvMain = nullptr;

@@ -257,8 +257,9 @@ TEST(WindowLayout, ControlsCarryTheirNamesAndModelsPassTheTester)
         QAccessibleInterface *a = QAccessible::queryAccessibleInterface(s.w(c.name));
         ASSERT_NE(a, nullptr) << c.name;
         EXPECT_EQ(a->role(), c.role) << c.name;
-        if (c.english != nullptr)
+        if (c.english != nullptr) {
             EXPECT_EQ(a->text(QAccessible::Name), QLatin1String(c.english)) << c.name;
+        }
         EXPECT_FALSE(a->text(QAccessible::Description).isEmpty()) << c.name;
     }
     s.w<QToolButton>("stbMain_7")->click();
@@ -384,6 +385,13 @@ TEST(WindowCommands, ShowEnablingStatisticsAndLanguage)
     EXPECT_NE(texts(), english);
     s.w<QToolButton>("stbMain_7")->click();
     EXPECT_EQ(texts(), english);
+
+    // The keyboard reaches the Show commands and the language panel.
+    QApplication::setActiveWindow(s.window.get());
+    QTest::keyClick(s.window.get(), Qt::Key_3, Qt::ControlModifier);
+    EXPECT_TRUE(s.toolbar(ShowOgg)->isChecked());
+    QTest::keyClick(s.window.get(), Qt::Key_L, Qt::ControlModifier | Qt::ShiftModifier);
+    EXPECT_EQ(s.w<QToolButton>("stbMain_7")->text(), QStringLiteral("Русский"));
 }
 
 TEST(WindowConfiguration, SavedAtCloseRestoredAtTheNextStartAndRefusedWhileConverting)
