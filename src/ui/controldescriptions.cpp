@@ -48,6 +48,8 @@ constexpr Entry entries[] = {
     {"stbMain_8", "", "Opens the help document", "", "Открывает справку"},
     {"tbMain", "Commands", "Conversion commands and the kind of files listed", "Команды",
      "Команды преобразования и вид показанных файлов"},
+    {"qt_toolbar_ext_button", "More commands", "Shows the toolbar buttons that do not fit",
+     "Ещё команды", "Показывает кнопки, которые не поместились на панели"},
     {"tbMain_1", "", "Converts the WAV files to MP3", "", "Сжимает WAV-файлы в MP3"},
     {"tbMain_2", "", "Converts the WAV files to Ogg Vorbis", "", "Сжимает WAV-файлы в Ogg Vorbis"},
     {"tbMain_3", "", "Converts the WAV files to Musepack", "", "Сжимает WAV-файлы в Musepack"},
