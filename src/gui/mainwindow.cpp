@@ -432,6 +432,17 @@ void MainWindow::connectSettings()
 
 void MainWindow::setTabOrder()
 {
+    // The captions are the designed texts, so the main areas take Alt keys of their own in place
+    // of underlined letters: Alt+D drives, Alt+T tree, Alt+L list, Alt+O options.
+    const std::pair<QWidget *, Qt::Key> areas[] = {
+        {drvMain, Qt::Key_D}, {tvMain, Qt::Key_T}, {lstMain, Qt::Key_L}, {TabOpt, Qt::Key_O}};
+    for (const auto &[widget, key] : areas) {
+        auto *a = new QAction(this);
+        a->setShortcut(QKeySequence(Qt::ALT | key));
+        addAction(a);
+        connect(a, &QAction::triggered, widget, [w = widget] { w->setFocus(Qt::ShortcutFocusReason); });
+    }
+
     QWidget *order[] = {drvMain, tvMain, lstMain, TabOpt,
                         cmbMode, cmbPreset, sliAbr, cmbCbr, txtCmd,
                         cmbModeOgg, sliPresetOgg, sliAbrOgg, txtCmdOgg,

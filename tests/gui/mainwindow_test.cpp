@@ -68,7 +68,13 @@ struct Folders : PosixFolders
 struct OneDrive : Volumes
 {
     QString root;
-    std::vector<Volume> mounted() override { return {Volume{root, QStringLiteral("ext4")}}; }
+    std::vector<Volume> plugged; // further drives, plugged in during a test
+    std::vector<Volume> mounted() override
+    {
+        std::vector<Volume> all{Volume{root, QStringLiteral("ext4")}};
+        all.insert(all.end(), plugged.begin(), plugged.end());
+        return all;
+    }
 };
 
 // A program folder with its codec entries and a music tree beside it, on one "drive".
@@ -318,6 +324,19 @@ TEST(WindowTree, ExpandCollapseClickImagesAndFaults)
     s.tree()->expand(s.node(s.music + QStringLiteral("/rock")));
     EXPECT_TRUE(s.children(s.node(s.music + QStringLiteral("/rock"))).isEmpty());
     EXPECT_EQ(QApplication::overrideCursor(), nullptr);
+
+    // A drive plugged in shows when the list opens; once gone, choosing it says so once and the
+    // list and tree stay on the program's drive.
+    s.drive.plugged = {Volume{s.dir.path() + QStringLiteral("/stick"), QStringLiteral("vfat")}};
+    auto *drives = s.w<QComboBox>("drvMain");
+    drives->showPopup();
+    drives->hidePopup();
+    ASSERT_EQ(drives->count(), 2);
+    Q_EMIT drives->activated(1);
+    EXPECT_EQ(s.messages.shown, QStringList{QStringLiteral("i Drive is not ready, change another drive")});
+    EXPECT_EQ(drives->currentIndex(), 0);
+    EXPECT_EQ(s.tree()->model()->index(0, 0).data().toString(), s.drive.root);
+    EXPECT_EQ(QApplication::overrideCursor(), nullptr);
 }
 
 TEST(WindowCommands, ShowEnablingStatisticsAndLanguage)
@@ -392,6 +411,14 @@ TEST(WindowCommands, ShowEnablingStatisticsAndLanguage)
     EXPECT_TRUE(s.toolbar(ShowOgg)->isChecked());
     QTest::keyClick(s.window.get(), Qt::Key_L, Qt::ControlModifier | Qt::ShiftModifier);
     EXPECT_EQ(s.w<QToolButton>("stbMain_7")->text(), QStringLiteral("Русский"));
+    s.toolbar(ShowWav)->trigger(); // a rescan lists the rows afresh, unticked
+    s.toolbar(MakeAll)->trigger(); // released: only ticked rows count
+    QTest::keyClick(s.window.get(), Qt::Key_L, Qt::AltModifier);
+    ASSERT_TRUE(s.w("lstMain")->hasFocus());
+    s.w<QTreeView>("lstMain")->setCurrentIndex(list->index(0, 0));
+    QTest::keyClick(s.w("lstMain"), Qt::Key_Space);
+    EXPECT_EQ(list->index(0, 0).data(Qt::CheckStateRole).value<Qt::CheckState>(), Qt::Checked);
+    EXPECT_EQ(s.label("lblInfo_3"), QStringLiteral("1"));
 }
 
 TEST(WindowConfiguration, SavedAtCloseRestoredAtTheNextStartAndRefusedWhileConverting)
