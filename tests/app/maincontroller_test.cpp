@@ -98,27 +98,6 @@ struct Machine
 
 } // namespace
 
-TEST(MainStartup, MessagesInCheckOrderThenTheEnd)
-{
-    const struct { std::vector<const char *> missing; bool locked; QStringList messages; StartEnd end; } cases[] = {
-        {{}, true, {QStringLiteral("i Kestrelvane is already started")}, StartEnd::AlreadyRunning},
-        {{"madplay"}, false, {QStringLiteral("c /opt/kv/codec/madplay not found")}, StartEnd::CodecsMissing},
-        {{"mppdec", "lame", "oggenc2"}, false,
-         {QStringLiteral("c /opt/kv/codec/lame not found"), QStringLiteral("c /opt/kv/codec/mppdec not found"),
-          QStringLiteral("c /opt/kv/codec/oggenc2 not found"), QStringLiteral("c /opt/kv/codec/oggdec not found")},
-         StartEnd::CodecsMissing},
-        {{"oggdec"}, false, {}, StartEnd::Running}, // never looked for at start
-    };
-    for (const auto &c : cases) {
-        Machine m;
-        m.lock.free = !c.locked;
-        for (const char *name : c.missing)
-            m.files.content.erase(program + QStringLiteral("codec/") + QLatin1String(name));
-        m.start(c.end);
-        EXPECT_EQ(m.rec.shown, c.messages);
-    }
-}
-
 TEST(MainStartup, WithoutConfigurationOpensTheProgramsDriveAndFillsThePanels)
 {
     Machine m;
@@ -182,25 +161,6 @@ TEST(MainWindowState, SavedAtCloseAndRestoredWithTheLanguageSwitchedFromTheStatu
     EXPECT_EQ(c->ui().status.panel(3), QStringLiteral("Файлов: 2  "));
     c->statusPanelClick(8);
     EXPECT_EQ(m.opened, QStringList{QStringLiteral("/opt/kv/help/rus/index.htm")});
-}
-
-TEST(MainWindowState, FilesOfTheWrongLengthOrContentLeaveTheDefaults)
-{
-    const struct { QByteArray bytes; bool russian; } cases[] = {
-        {QByteArray(ConfigRecord::kSize - 1, '\x01'), false},
-        {QByteArray(ConfigRecord::kSize + 1, '\x01'), false},
-        // Garbage of the right length: the left edge overflows before the language is read.
-        {QByteArray(ConfigRecord::kSize, '\xC8'), false},
-        {QByteArray(ConfigRecord::kSize, '\x01'), true},
-    };
-    for (const auto &c : cases) {
-        Machine m;
-        m.files.content[QStringLiteral("/opt/kv/kestrvan.cfg")] = c.bytes;
-        auto w = m.start();
-        EXPECT_EQ(w->ui().status.panel(7), c.russian ? QStringLiteral("Русский") : QStringLiteral("English")) << c.bytes.size();
-        EXPECT_NE(w->tree().root(), nullptr);
-        EXPECT_EQ(m.rec.depth, 0);
-    }
 }
 
 TEST(MainCommands, ShowCommandsMakeAllChecksAndTheDriveList)
