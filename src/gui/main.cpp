@@ -48,7 +48,9 @@ int main(int argc, char **argv)
         return 2;
     }
     if (parser.isSet(help)) {
-        std::fputs(qPrintable(parser.helpText()), stdout);
+        // Without an application object the parser cannot know the program's name.
+        std::fputs(qPrintable(parser.helpText().replace(QStringLiteral("<executable_name>"), QStringLiteral("kestrelvane"))),
+                   stdout);
         return 0;
     }
     if (!displayAvailable()) {
