@@ -8,6 +8,9 @@ packages=(
   libgtest-dev libgmock-dev libbenchmark-dev
   lame madplay vorbis-tools musepack-tools alsa-utils sox
   locales
+  qt6-svg-dev libqt6svg6
+  xvfb xauth imagemagick xdotool
+  python3-pyatspi at-spi2-core dbus-x11
 )
 
 missing=()

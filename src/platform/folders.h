@@ -16,6 +16,14 @@ struct FreeSpace
     std::int64_t bytesPerSector = 0;
 };
 
+// What the folder tree needs of one folder: its sub-folders (sorted like listFolders) and how
+// many of the four audio kinds ("*.mpc", "*.mp3", "*.ogg", "*.wav") it holds files of, 0 to 4.
+struct FolderListing
+{
+    QStringList folders;
+    int audioKinds = 0;
+};
+
 class Folders
 {
 public:
@@ -27,6 +35,9 @@ public:
     // Non-hidden sub-folders of folder, sorted like listFiles; nothing when it cannot be listed.
     virtual std::optional<QStringList> listFolders(const QString &folder) = 0;
     virtual std::optional<FreeSpace> freeSpace(const QString &folder) = 0;
+    // Sub-folders and audio kinds together; nothing when the folder cannot be listed. The
+    // default asks the two calls above, once per kind; a real folder is read once.
+    virtual std::optional<FolderListing> listFolder(const QString &folder);
 };
 
 } // namespace kv

@@ -25,6 +25,17 @@ QString configFilePath(const QString &programFolder)
     return programFolder + QStringLiteral("kestrvan.cfg");
 }
 
+QString configFileLocation(const QString &programFolder, const QString &userConfigFolder, bool fileInProgramFolder,
+                           bool programFolderWritable)
+{
+    if (fileInProgramFolder || programFolderWritable || userConfigFolder.isEmpty())
+        return configFilePath(programFolder);
+    QString folder = userConfigFolder;
+    if (!folder.endsWith(QLatin1Char('/')))
+        folder += QLatin1Char('/');
+    return configFilePath(folder);
+}
+
 bool configFileQualifies(const QString &path, Files &files)
 {
     const std::optional<std::int64_t> size = files.fileSize(path);

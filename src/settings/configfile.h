@@ -11,6 +11,12 @@ namespace kv {
 // programFolder (ending in "/") + "kestrvan.cfg".
 QString configFilePath(const QString &programFolder);
 
+// Where the window keeps its file: beside the program when that folder is writable or the file
+// is already there (a portable copy), otherwise in the user's configuration folder, so that an
+// installed program in a read-only folder keeps its settings too.
+QString configFileLocation(const QString &programFolder, const QString &userConfigFolder, bool fileInProgramFolder,
+                           bool programFolderWritable);
+
 // The start-up test: the file exists and is exactly one record long. Any other file is left alone
 // (and overwritten from its start by the next save).
 bool configFileQualifies(const QString &path, Files &files);

@@ -242,7 +242,8 @@ void SettingsControls::setWindowHeight(int twips)
 
 void SettingsControls::applyRussian()
 {
-    m_languagePanel = QStringLiteral("Русский");
+    if (m_boundPanel == nullptr)
+        m_languagePanel = QStringLiteral("Русский");
     if (m_applyRussianHook)
         guarded(m_applyRussianHook);
 }

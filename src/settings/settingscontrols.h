@@ -120,10 +120,14 @@ public:
     void setWindowState(WindowState state) { m_state = state; }
 
     // The language panel of the status bar: "English" or "Русский". The panel text is the
-    // language; nothing else records it.
-    const QString &languagePanelText() const { return m_languagePanel; }
+    // language; nothing else records it. A window binds its status bar's panel here, so a switch
+    // from the status bar is what the next save writes; unbound, the controls keep a panel text
+    // of their own (the command-line tool has no status bar).
+    void bindLanguagePanel(const QString *panel) { m_boundPanel = panel; }
+    const QString &languagePanelText() const { return m_boundPanel != nullptr ? *m_boundPanel : m_languagePanel; }
     void setLanguagePanelText(const QString &text) { m_languagePanel = text; }
-    // Shows "Русский" in the panel and runs the hook that writes the Russian texts.
+    // Applies the Russian texts: through the hook, which writes a bound panel; an unbound panel
+    // is written here.
     void applyRussian();
 
     // The folder being browsed: the one start-up opens, kept current by the window, saved at close.
@@ -147,6 +151,7 @@ private:
     int m_height = kMinHeightTwips;
     WindowState m_state = WindowState::Normal;
     QString m_languagePanel = QStringLiteral("English");
+    const QString *m_boundPanel = nullptr;
     QString m_startFolder;
     std::function<void()> m_changeHook;
     std::function<void()> m_applyRussianHook;

@@ -80,4 +80,45 @@ std::optional<FreeSpace> PosixFolders::freeSpace(const QString &folder)
     return FreeSpace{static_cast<std::int64_t>(sv.f_bavail), 1, static_cast<std::int64_t>(sv.f_frsize)};
 }
 
+std::optional<FolderListing> PosixFolders::listFolder(const QString &folder)
+{
+    // One pass over the folder: a tree of a thousand sub-folders is read a thousand times, not
+    // five thousand.
+    DIR *dir = ::opendir(bytesFromName(folder).constData());
+    if (dir == nullptr)
+        return std::nullopt;
+    const int dfd = ::dirfd(dir);
+    static const QString kinds[] = {QStringLiteral(".mpc"), QStringLiteral(".mp3"), QStringLiteral(".ogg"),
+                                    QStringLiteral(".wav")};
+    bool seen[4] = {false, false, false, false};
+    FolderListing listing;
+    while (const dirent *e = ::readdir(dir)) {
+        if (e->d_name[0] == '.')
+            continue;
+        bool isFile = e->d_type == DT_REG;
+        bool isDir = e->d_type == DT_DIR;
+        if (e->d_type == DT_UNKNOWN || e->d_type == DT_LNK) {
+            struct stat st {};
+            if (::fstatat(dfd, e->d_name, &st, 0) != 0)
+                continue;
+            isFile = S_ISREG(st.st_mode);
+            isDir = S_ISDIR(st.st_mode);
+        }
+        if (isDir) {
+            listing.folders.append(nameFromBytes(e->d_name));
+        } else if (isFile) {
+            const QString name = nameFromBytes(e->d_name);
+            for (int k = 0; k < 4; ++k) {
+                if (!seen[k] && name.size() > 4 && name.endsWith(kinds[k], Qt::CaseInsensitive))
+                    seen[k] = true;
+            }
+        }
+    }
+    ::closedir(dir);
+    sortNames(listing.folders);
+    for (bool s : seen)
+        listing.audioKinds += s ? 1 : 0;
+    return listing;
+}
+
 } // namespace kv

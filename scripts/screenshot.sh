@@ -1,0 +1,50 @@
+#!/usr/bin/env bash
+# Regenerates docs/screenshot.png (and the help document's copy): the window under Xvfb, in
+# English, listing a folder of MP3 files with every file counted. Usage: scripts/screenshot.sh [LANG [OUT]]
+# where LANG "ru" switches the window to Russian first and OUT is where the picture goes;
+# KV_SHOT_WIDTH and KV_SHOT_HEIGHT set the window size (1024 x 700).
+set -euo pipefail
+root=$(cd "$(dirname "$0")/.." && pwd)
+build=${KV_BUILD_DIR:-$root/build}
+cmake --build "$build" --target kestrelvane >/dev/null
+language=${1:-en}
+out=${2:-$root/docs/screenshot.png}
+
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+# A program folder of its own, so no configuration file of the build reaches the picture.
+mkdir -p "$work/prog" "$work/Music/Evening Concert"
+cp "$build/bin/kestrelvane" "$work/prog/"
+cp -r "$build/bin/codec" "$build/bin/help" "$work/prog/"
+i=1
+for spec in "Overture:220:9" "Allegro:330:7" "Adagio:262:12" "Minuet:294:6" "Rondo:392:8" "Finale:440:10"; do
+    IFS=: read -r name freq secs <<<"$spec"
+    sox -q -n -r 44100 -c 2 -b 16 "$work/t.wav" synth "$secs" sine "$freq" sine "$((freq * 3 / 2))" vol 0.4
+    lame --quiet -V "$((i % 4 + 1))" "$work/t.wav" "$work/Music/Evening Concert/0$i $name.mp3"
+    i=$((i + 1))
+done
+rm -f "$work/t.wav"
+
+width=${KV_SHOT_WIDTH:-1024} height=${KV_SHOT_HEIGHT:-700}
+cat >"$work/session.sh" <<INNER
+#!/usr/bin/env bash
+set -e
+export LANG=C.UTF-8 LC_ALL=C.UTF-8
+"$work/prog/kestrelvane" "$work/Music/Evening Concert" &
+pid=\$!
+win=\$(xdotool search --sync --name '^Kestrelvane\$' | head -1)
+xdotool windowmove "\$win" 0 0 windowsize "\$win" $width $height
+sleep 1
+xdotool windowactivate --sync "\$win" 2>/dev/null || xdotool windowfocus --sync "\$win"
+xdotool key --window "\$win" ctrl+2 ctrl+shift+a
+[ "$language" = ru ] && sleep 0.5 && xdotool mousemove --window "\$win" $((width - 75)) $((height - 10)) click 1
+sleep 1
+import -window root -crop ${width}x${height}+0+0 +repage "$out"
+kill \$pid
+INNER
+chmod +x "$work/session.sh"
+xvfb-run -a -s "-screen 0 ${width}x${height}x24" "$work/session.sh"
+if [ "$language" = en ] && [ "$out" = "$root/docs/screenshot.png" ]; then
+    cp "$out" "$root/help/rus/screenshot.png"
+fi
+echo "$out"

@@ -1,0 +1,167 @@
+#pragma once
+
+#include <array>
+#include <functional>
+#include <vector>
+
+#include <QLocale>
+#include <QString>
+
+#include "browser/filelist.h"
+#include "browser/foldertree.h"
+#include "browser/selectionstats.h"
+#include "platform/volumes.h"
+#include "settings/configrecord.h"
+#include "settings/settingscontrols.h"
+#include "ui/interfacetexts.h"
+
+namespace kv {
+
+class Files;
+class Folders;
+class InstanceLock;
+
+// The message boxes of the window, so start-up and the tree can be run without a display.
+class Messages
+{
+public:
+    virtual ~Messages() = default;
+    virtual void information(const QString &text) = 0;
+    virtual void critical(const QString &text) = 0;
+};
+
+// The hourglass pointer: begin() shows it, end() restores the previous one.
+class BusyCursor
+{
+public:
+    virtual ~BusyCursor() = default;
+    virtual void begin() = 0;
+    virtual void end() = 0;
+};
+
+// What the window's commands reach of the machine.
+struct Environment
+{
+    Files &files;
+    Folders &folders;
+    Volumes &volumes;
+    InstanceLock &lock;
+    Messages &messages;
+    BusyCursor &busy;
+    RowReader readRow;
+    std::function<int()> processorCount;                // already 1 to 8
+    std::function<void(const QString &)> openDocument; // the help document
+};
+
+struct StartOptions
+{
+    QString programFolder;     // the executable's folder; a trailing "/" is added when missing
+    QString userConfigFolder;  // where the configuration goes when the program folder is read-only
+    bool programFolderWritable = true;
+    QString folder;            // the FOLDER argument: opened instead of the remembered folder
+    QLocale locale = QLocale::system();
+};
+
+enum class StartEnd { Running, AlreadyRunning, CodecsMissing, Failed };
+
+// Toolbar positions, 1-based; 5 and 7 carry no command.
+enum ToolbarPosition {
+    MakeMp3 = 1, MakeOgg = 2, MakeMpc = 3, MakeWav = 4, MakeAll = 6,
+    ShowWav = 8, ShowMp3 = 9, ShowOgg = 10, ShowMpc = 11,
+};
+
+// The main window's state and commands without widgets: start-up in its order, the drive list,
+// the folder tree, the file list, the toolbar's Show side, the options, the statistics, the
+// status bar and the close request. The window mirrors this and forwards its events here.
+class MainController
+{
+public:
+    explicit MainController(Environment environment);
+    MainController(const MainController &) = delete;
+    MainController &operator=(const MainController &) = delete;
+
+    // Everything before the window is shown, in order: single instance, program folder, codec
+    // checks (one critical message per failed test, then the end), English texts, defaults, the
+    // configuration file, the tree opened down to the start folder (which lists it), the
+    // processor count and the free space.
+    StartEnd Main(const StartOptions &options);
+
+    // Called around every refill of the file list, and after anything else the window shows
+    // changed (panels, statistics, toolbar states, settings).
+    std::function<void()> rowsAboutToChange, rowsChanged, changed;
+
+    // drvMain: the user chose entry `index` of drives(). A drive that cannot be listed is
+    // reported and the program's own drive is chosen instead. The file list stays as it was.
+    void driveChanged(int index);
+    // Re-reads the drive list; the current drive stays chosen when it is still mounted.
+    void refreshDrives();
+    // tvMain's events.
+    void treeExpand(TreeNode &node);
+    void treeCollapse(TreeNode &node);
+    void treeClick(TreeNode &node);
+    // tbMain: a click on the button at `position`.
+    void toolbarClick(int position);
+    // stbMain: a click on panel `panel` (from 1).
+    void statusPanelClick(int panel);
+    // lstMain: a row's check box.
+    void setRowChecked(int row, bool checked);
+    // cmdDefault.
+    void defaultClicked();
+    // The window's place in pixels and its state, as it stands when it closes.
+    void setWindowPlace(int left, int top, int width, int height, WindowState state);
+    // The close request: refused while the conversion frame shows; otherwise the configuration
+    // is saved and the window may close.
+    bool closeRequested(bool conversionFrameVisible);
+
+    void scan();
+    void refreshStats();
+
+    const InterfaceTexts &ui() const { return m_ui; }
+    const UiText &text() const { return m_ui.text; }
+    SettingsControls &controls() { return m_controls; }
+    const FileListState &fileList() const { return m_list; }
+    const SelectionLabels &labels() const { return m_labels; }
+    FolderTree &tree() { return m_tree; }
+    const std::vector<Volume> &drives() const { return m_drives; }
+    int currentDrive() const;
+    bool makeAll() const { return m_makeAll; }
+    // Pressed state of Show Wav, Mp3, Ogg, Mpc; enabled state of Make Mp3, Ogg, Mpc, Wav.
+    const std::array<bool, 4> &showPressed() const { return m_showPressed; }
+    const std::array<bool, 4> &makeEnabled() const { return m_makeEnabled; }
+    int processorCount() const { return m_processors; }
+    const QString &programFolder() const { return m_programFolder; }
+    const QString &configPath() const { return m_configPath; }
+    // The configuration file was read at start (it had one record's length).
+    bool configRead() const { return m_configRead; }
+    const QLocale &locale() const { return m_locale; }
+
+private:
+    class Busy;
+    void wireControls();
+    void changeDrive(const Volume &drive, bool fallback);
+    void notify(const std::function<void()> &hook) const;
+
+    Environment m_env;
+    QLocale m_locale;
+    InterfaceTexts m_ui;
+    SettingsControls m_controls;
+    ConfigRecord m_record;
+    FileListState m_list;
+    SelectionLabels m_labels;
+    FolderTree m_tree;
+    std::vector<Volume> m_drives;
+    Volume m_drive;
+    bool m_makeAll = false;
+    std::array<bool, 4> m_showPressed = {true, false, false, false};
+    std::array<bool, 4> m_makeEnabled = {true, true, true, false};
+    int m_processors = 1;
+    QString m_programFolder;
+    QString m_configPath;
+    bool m_configRead = false;
+    QString m_userConfigFolder;
+};
+
+// The fixed English message of a second start, the same in both languages.
+QString alreadyStartedMessage();
+
+} // namespace kv

@@ -1,0 +1,116 @@
+// kestrelvane: the window. Start-up runs in the controller's order before the window is shown.
+
+#include <algorithm>
+#include <cstdio>
+
+#include <QApplication>
+#include <QCommandLineParser>
+#include <QDesktopServices>
+#include <QFileInfo>
+#include <QStandardPaths>
+#include <QUrl>
+
+#include "app/maincontroller.h"
+#include "gui/guiplatform.h"
+#include "gui/mainwindow.h"
+#include "media/readers.h"
+#include "platform/posix/posixfiles.h"
+#include "platform/nativenames.h"
+#include "platform/posix/posixfolders.h"
+#include "platform/posix/posixinstancelock.h"
+#include "platform/posix/posixpaths.h"
+#include "platform/posix/posixprocesses.h"
+#include "platform/posix/posixvolumes.h"
+
+namespace {
+
+bool displayAvailable()
+{
+    return !qEnvironmentVariableIsEmpty("DISPLAY") || !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY")
+        || !qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM");
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    // The arguments are read before the application object, so --help works without a display.
+    QStringList args;
+    for (int i = 0; i < argc; ++i)
+        args.append(kv::nameFromBytes(argv[i])); // a folder name need not be valid UTF-8
+    QCommandLineParser parser;
+    parser.setApplicationDescription(QStringLiteral("Lists audio files with what their headers tell and converts them "
+                                                    "between WAV, MP3, Ogg Vorbis and Musepack."));
+    const QCommandLineOption help = parser.addHelpOption();
+    parser.addPositionalArgument(QStringLiteral("FOLDER"), QStringLiteral("Folder to open instead of the last one shown."),
+                                 QStringLiteral("[FOLDER]"));
+    if (!parser.parse(args) || parser.positionalArguments().size() > 1) {
+        std::fprintf(stderr, "kestrelvane: %s\nusage: kestrelvane [FOLDER]\n",
+                     parser.errorText().isEmpty() ? "only one FOLDER can be opened" : qPrintable(parser.errorText()));
+        return 2;
+    }
+    if (parser.isSet(help)) {
+        // Without an application object the parser cannot know the program's name.
+        std::fputs(qPrintable(parser.helpText().replace(QStringLiteral("<executable_name>"), QStringLiteral("kestrelvane"))),
+                   stdout);
+        return 0;
+    }
+    if (!displayAvailable()) {
+        std::fputs("kestrelvane: no display to open the window on; kestrelvane-cli lists and converts without one\n",
+                   stderr);
+        return 1;
+    }
+
+    QApplication app(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("kestrelvane"));
+    QApplication::setApplicationDisplayName(QStringLiteral("Kestrelvane"));
+    QApplication::setDesktopFileName(QStringLiteral("kestrelvane"));
+    QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/kestrelvane.svg")));
+
+    // Not Qt's own answer: it decodes the path lossily when it is not UTF-8.
+    QString programFolder = kv::executableFolder();
+    if (programFolder.isEmpty())
+        programFolder = QApplication::applicationDirPath() + QLatin1Char('/');
+    kv::PosixFiles files;
+    kv::PosixFolders folders;
+    kv::PosixVolumes volumes;
+    kv::PosixInstanceLock lock(programFolder);
+    kv::PosixProcesses processes;
+    kv::GuiMessages messages;
+    kv::GuiBusyCursor busy;
+    kv::MainController controller(kv::Environment{
+        files, folders, volumes, lock, messages, busy,
+        [&files](kv::AudioFormat format, const QString &folder, const QString &name) {
+            return kv::readMediaInfo(format, folder, name, files);
+        },
+        [&processes] { return processes.processorCount(); },
+        [](const QString &document) { QDesktopServices::openUrl(QUrl::fromLocalFile(document)); }});
+
+    kv::StartOptions options;
+    options.programFolder = programFolder;
+    options.userConfigFolder = QStandardPaths::writableLocation(QStandardPaths::AppConfigLocation);
+    options.programFolderWritable = QFileInfo(programFolder).isWritable();
+    if (!parser.positionalArguments().isEmpty()) {
+        // A file given (a desktop's %f can be one) opens the folder that holds it.
+        const QString given = kv::absolutePath(parser.positionalArguments().first());
+        options.folder = given;
+        if (kv::pathKind(given) == kv::PathKind::Other)
+            options.folder = given.left(std::max<qsizetype>(given.lastIndexOf(QLatin1Char('/')), 1));
+    }
+    options.locale = QLocale::system();
+
+    switch (controller.Main(options)) {
+    case kv::StartEnd::Running:
+        break;
+    case kv::StartEnd::AlreadyRunning:
+        return 0;
+    case kv::StartEnd::CodecsMissing:
+    case kv::StartEnd::Failed:
+        return 1;
+    }
+    kv::MainWindow window(controller);
+    messages.setParent(&window);
+    window.placeWindow();
+    window.show();
+    return QApplication::exec();
+}

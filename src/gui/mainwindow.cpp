@@ -1,0 +1,653 @@
+#include "gui/mainwindow.h"
+
+#include <QAccessible>
+#include <QAction>
+#include <QActionGroup>
+#include <QApplication>
+#include <QCloseEvent>
+#include <QResizeEvent>
+#include <QComboBox>
+#include <QGridLayout>
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QScreen>
+#include <QSlider>
+#include <QSplitter>
+#include <QStatusBar>
+#include <QTabBar>
+#include <QToolBar>
+#include <QToolButton>
+#include <QTreeView>
+#include <QVBoxLayout>
+
+#include "app/maincontroller.h"
+#include "gui/filelistmodel.h"
+#include "gui/foldertreemodel.h"
+#include "common/failure.h"
+#include "settings/encodersettings.h"
+#include "ui/controldescriptions.h"
+
+namespace kv {
+
+// drvMain: the drive list is read again each time it opens, so a stick plugged in shows up.
+class DriveList : public QComboBox
+{
+public:
+    using QComboBox::QComboBox;
+    std::function<void()> aboutToOpen;
+    void showPopup() override
+    {
+        if (aboutToOpen)
+            aboutToOpen();
+        QComboBox::showPopup();
+    }
+};
+
+namespace {
+
+template <typename W>
+W *named(W *widget, const QString &name)
+{
+    widget->setObjectName(name);
+    return widget;
+}
+
+QSlider *slider(const QString &name, int min, int max, int small, int large)
+{
+    auto *s = named(new QSlider(Qt::Horizontal), name);
+    s->setRange(min, max);
+    s->setSingleStep(small);
+    s->setPageStep(large);
+    return s;
+}
+
+void setComboIndex(QComboBox *combo, int index)
+{
+    const QSignalBlocker block(combo);
+    combo->setCurrentIndex(index);
+}
+
+void setSliderValue(QSlider *s, int value)
+{
+    const QSignalBlocker block(s);
+    s->setValue(value);
+}
+
+void setLineText(QLineEdit *edit, const QString &text)
+{
+    // Only when it differs, so the cursor of a box being typed in stays where it is.
+    if (edit->text() != text)
+        edit->setText(text);
+}
+
+WindowState stateOf(const QWidget *w)
+{
+    if (w->isMinimized())
+        return WindowState::Minimised;
+    if (w->isMaximized() || w->isFullScreen())
+        return WindowState::Maximised;
+    return WindowState::Normal;
+}
+
+} // namespace
+
+MainWindow::MainWindow(MainController &controller, QWidget *parent) : QMainWindow(parent), m_c(controller)
+{
+    setObjectName(QStringLiteral("frmMain"));
+    setWindowTitle(QStringLiteral("Kestrelvane"));
+    setWindowIcon(QIcon(QStringLiteral(":/icons/kestrelvane.svg")));
+    setMinimumSize(800, 600);
+
+    buildToolbar();
+    auto *split = named(new QSplitter(Qt::Horizontal), QStringLiteral("splMain"));
+    split->addWidget(buildBrowser());
+
+    auto *right = new QWidget;
+    auto *rightLayout = new QVBoxLayout(right);
+    rightLayout->setContentsMargins(0, 0, 0, 0);
+    m_listModel = new FileListModel(m_c, this);
+    lstMain = named(new QTreeView, QStringLiteral("lstMain"));
+    lstMain->setModel(m_listModel);
+    lstMain->setRootIsDecorated(false);
+    lstMain->setUniformRowHeights(true); // ten thousand rows lay out without measuring each
+    lstMain->setAllColumnsShowFocus(true);
+    lstMain->setAlternatingRowColors(true);
+    lstMain->setSelectionMode(QAbstractItemView::ExtendedSelection);
+    lstMain->header()->setStretchLastSection(false);
+    lstMain->header()->setSectionResizeMode(0, QHeaderView::Stretch);
+    for (int c = 1; c < MediaInfo::ColumnCount; ++c)
+        lstMain->header()->setSectionResizeMode(c, QHeaderView::ResizeToContents);
+    rightLayout->addWidget(lstMain, 1);
+
+    // Room for the conversion frame and the player; their contents come with their commands.
+    frEncode = named(new QGroupBox, QStringLiteral("frEncode"));
+    auto *encodeLayout = new QHBoxLayout(frEncode);
+    encodeLayout->addStretch(1);
+    for (int i = 0; i < 2; ++i) {
+        cmbEncode[static_cast<size_t>(i)] = named(new QPushButton, QStringLiteral("cmbEncode_%1").arg(i));
+        encodeLayout->addWidget(cmbEncode[static_cast<size_t>(i)]);
+    }
+    frEncode->hide();
+    rightLayout->addWidget(frEncode);
+    frPlayer = named(new QGroupBox, QStringLiteral("frPlayer"));
+    frPlayer->hide();
+    rightLayout->addWidget(frPlayer);
+
+    auto *bottom = new QHBoxLayout;
+    bottom->addWidget(buildOptions(), 3);
+    bottom->addWidget(buildStatistics(), 2);
+    rightLayout->addLayout(bottom);
+    split->addWidget(right);
+    split->setStretchFactor(0, 1);
+    split->setStretchFactor(1, 3);
+    split->setSizes({240, 760});
+    split->setChildrenCollapsible(false);
+    setCentralWidget(split);
+    buildStatusBar();
+    connectSettings();
+    setTabOrder();
+
+    m_c.rowsAboutToChange = [this] { m_listModel->beginRefill(); };
+    m_c.rowsChanged = [this] { m_listModel->endRefill(); };
+    m_c.changed = [this] { showState(); };
+
+    // The tree was built before the window; the view follows it from here on.
+    m_treeSync = true;
+    tvMain->setModel(m_treeModel);
+    for (TreeNode *n : m_c.tree().nodesInCreationOrder()) {
+        if (n->expanded)
+            tvMain->setExpanded(m_treeModel->indexOf(n), true);
+    }
+    tvMain->setCurrentIndex(m_treeModel->indexOf(m_c.tree().selected()));
+    tvMain->scrollTo(tvMain->currentIndex());
+    m_treeSync = false;
+    connect(tvMain, &QTreeView::expanded, this, &MainWindow::treeExpanded);
+    connect(tvMain, &QTreeView::collapsed, this, &MainWindow::treeCollapsed);
+    connect(tvMain, &QTreeView::clicked, this, &MainWindow::treeClicked);
+    connect(tvMain->selectionModel(), &QItemSelectionModel::currentChanged, this,
+            [this](const QModelIndex &current) { treeClicked(current); });
+
+    showDrives();
+    showSettings();
+    showState();
+}
+
+MainWindow::~MainWindow()
+{
+    m_c.rowsAboutToChange = nullptr;
+    m_c.rowsChanged = nullptr;
+    m_c.changed = nullptr;
+}
+
+void MainWindow::buildToolbar()
+{
+    auto *bar = named(new QToolBar, QStringLiteral("tbMain"));
+    bar->setMovable(false);
+    bar->setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
+    bar->setIconSize(QSize(32, 32));
+    addToolBar(Qt::TopToolBarArea, bar);
+    const struct { int position; const char *icon; QKeySequence keys; bool checkable; } buttons[] = {
+        {MakeMp3, "make-mp3", QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_M), false},
+        {MakeOgg, "make-ogg", QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_O), false},
+        {MakeMpc, "make-mpc", QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_C), false},
+        {MakeWav, "make-wav", QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_W), false},
+        {5, nullptr, {}, false},
+        {MakeAll, "make-all", QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_A), true},
+        {7, nullptr, {}, false},
+        {ShowWav, "show-wav", QKeySequence(Qt::CTRL | Qt::Key_1), true},
+        {ShowMp3, "show-mp3", QKeySequence(Qt::CTRL | Qt::Key_2), true},
+        {ShowOgg, "show-ogg", QKeySequence(Qt::CTRL | Qt::Key_3), true},
+        {ShowMpc, "show-mpc", QKeySequence(Qt::CTRL | Qt::Key_4), true},
+    };
+    for (const auto &b : buttons) {
+        QAction *a = b.icon == nullptr ? bar->addSeparator()
+                                       : bar->addAction(QIcon(QStringLiteral(":/icons/%1.svg").arg(QLatin1String(b.icon))),
+                                                        QString());
+        a->setObjectName(QStringLiteral("tbMain_%1").arg(b.position));
+        tbMain[static_cast<size_t>(b.position)] = a;
+        if (b.icon == nullptr)
+            continue;
+        a->setShortcut(b.keys);
+        a->setCheckable(b.checkable);
+        if (QWidget *w = bar->widgetForAction(a))
+            w->setObjectName(a->objectName());
+        // The controller decides the pressed states; the button shows them again afterwards.
+        connect(a, &QAction::triggered, this, [this, p = b.position] { m_c.toolbarClick(p); });
+    }
+}
+
+QWidget *MainWindow::buildBrowser()
+{
+    auto *left = new QWidget;
+    auto *layout = new QVBoxLayout(left);
+    layout->setContentsMargins(0, 0, 0, 0);
+    drvMain = named(new DriveList, QStringLiteral("drvMain"));
+    drvMain->aboutToOpen = [this] {
+        m_c.refreshDrives();
+        showDrives();
+    };
+    connect(drvMain, &QComboBox::activated, this, [this](int index) { m_c.driveChanged(index); });
+    layout->addWidget(drvMain);
+    tvMain = named(new QTreeView, QStringLiteral("tvMain"));
+    tvMain->setHeaderHidden(true);
+    tvMain->setUniformRowHeights(true);
+    tvMain->setMinimumWidth(180);
+    m_treeModel = new FolderTreeModel(m_c.tree(), this);
+    m_treeModel->expandRequested = [this](const QModelIndex &index, bool on) {
+        const bool was = m_treeSync;
+        m_treeSync = true;
+        tvMain->setExpanded(index, on);
+        m_treeSync = was;
+    };
+    m_treeModel->selectRequested = [this](const QModelIndex &index) {
+        const bool was = m_treeSync;
+        m_treeSync = true;
+        tvMain->setCurrentIndex(index);
+        m_treeSync = was;
+    };
+    layout->addWidget(tvMain, 1);
+    return left;
+}
+
+QWidget *MainWindow::buildOptions()
+{
+    frOptions = named(new QGroupBox, QStringLiteral("frOptions"));
+    auto *layout = new QVBoxLayout(frOptions);
+    TabOpt = named(new QTabBar, QStringLiteral("TabOpt"));
+    TabOpt->setDrawBase(true);
+    TabOpt->setExpanding(false);
+    for (const char *tab : {"Mp3", "Ogg", "Mpc"})
+        TabOpt->addTab(QLatin1String(tab));
+    layout->addWidget(TabOpt);
+
+    for (int i = 0; i < 3; ++i)
+        frEncOpt[static_cast<size_t>(i)] = named(new QWidget, QStringLiteral("frEncOpt_%1").arg(i));
+    auto modeRow = [](QWidget *frame, QComboBox *mode, std::initializer_list<QWidget *> inputs) {
+        auto *grid = new QVBoxLayout(frame);
+        grid->setContentsMargins(0, 0, 0, 0);
+        grid->addWidget(mode);
+        auto *row = new QHBoxLayout;
+        for (QWidget *w : inputs)
+            row->addWidget(w, qobject_cast<QLabel *>(w) != nullptr ? 0 : 1);
+        grid->addLayout(row);
+        grid->addStretch(1);
+    };
+    auto combo = [](const QString &name, const QStringList &items) {
+        auto *c = named(new QComboBox, name);
+        c->addItems(items);
+        return c;
+    };
+    auto valueLabel = [](const QString &name) {
+        auto *l = named(new QLabel, name);
+        // Room for the widest value ("--quality 10", "300 kbps") so the slider does not jump.
+        l->setMinimumWidth(l->fontMetrics().horizontalAdvance(QStringLiteral("--quality -0.8")));
+        return l;
+    };
+    cmbMode = combo(QStringLiteral("cmbMode"), QStringList(4, QString()));
+    cmbPreset = combo(QStringLiteral("cmbPreset"), mp3PresetTexts());
+    sliAbr = slider(QStringLiteral("sliAbr"), SettingsControls::kAbrMin, SettingsControls::kAbrMax, 1, 5);
+    lblAbr = valueLabel(QStringLiteral("lblAbr"));
+    cmbCbr = combo(QStringLiteral("cmbCbr"), mp3CbrTexts());
+    txtCmd = named(new QLineEdit, QStringLiteral("txtCmd"));
+    modeRow(frEncOpt[0], cmbMode, {cmbPreset, sliAbr, lblAbr, cmbCbr, txtCmd});
+
+    cmbModeOgg = combo(QStringLiteral("cmbModeOgg"), QStringList(3, QString()));
+    sliPresetOgg = slider(QStringLiteral("sliPresetOgg"), SettingsControls::kOggQualityMin,
+                          SettingsControls::kOggQualityMax, 2, 10);
+    lblPresetOgg = valueLabel(QStringLiteral("lblPresetOgg"));
+    sliAbrOgg = slider(QStringLiteral("sliAbrOgg"), SettingsControls::kAbrMin, SettingsControls::kAbrMax, 1, 5);
+    lblAbrOgg = valueLabel(QStringLiteral("lblAbrOgg"));
+    txtCmdOgg = named(new QLineEdit, QStringLiteral("txtCmdOgg"));
+    modeRow(frEncOpt[1], cmbModeOgg, {sliPresetOgg, lblPresetOgg, sliAbrOgg, lblAbrOgg, txtCmdOgg});
+
+    cmbModeMpc = combo(QStringLiteral("cmbModeMpc"), QStringList(3, QString()));
+    cmbPresetMpc = combo(QStringLiteral("cmbPresetMpc"), mpcPresetTexts());
+    sliMpc = slider(QStringLiteral("sliMpc"), SettingsControls::kMpcQualityMin, SettingsControls::kMpcQualityMax, 2, 10);
+    lblMpc = valueLabel(QStringLiteral("lblMpc"));
+    txtCmdMpc = named(new QLineEdit, QStringLiteral("txtCmdMpc"));
+    modeRow(frEncOpt[2], cmbModeMpc, {cmbPresetMpc, sliMpc, lblMpc, txtCmdMpc});
+
+    for (QWidget *frame : frEncOpt)
+        layout->addWidget(frame, 1);
+    auto *buttons = new QHBoxLayout;
+    buttons->addStretch(1);
+    cmdDefault = named(new QPushButton, QStringLiteral("cmdDefault"));
+    buttons->addWidget(cmdDefault);
+    layout->addLayout(buttons);
+    return frOptions;
+}
+
+QWidget *MainWindow::buildStatistics()
+{
+    frInfo = named(new QGroupBox, QStringLiteral("frInfo"));
+    auto *grid = new QGridLayout(frInfo);
+    for (int i = 0; i < 12; ++i) {
+        auto *l = named(new QLabel, QStringLiteral("lblInfo_%1").arg(i));
+        l->setTextInteractionFlags(Qt::TextSelectableByMouse);
+        lblInfo[static_cast<size_t>(i)] = l;
+    }
+    // Caption and value side by side; the Wav row has no value of its own (element 2 stays empty).
+    const std::pair<int, int> rows[] = {{0, 3}, {1, 4}, {5, 2}, {6, 9}, {7, 10}, {8, 11}};
+    int r = 0;
+    for (const auto &[caption, value] : rows) {
+        grid->addWidget(lblInfo[static_cast<size_t>(caption)], r, 0);
+        lblInfo[static_cast<size_t>(value)]->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+        grid->addWidget(lblInfo[static_cast<size_t>(value)], r, 1);
+        lblInfo[static_cast<size_t>(caption)]->setBuddy(lblInfo[static_cast<size_t>(value)]);
+        ++r;
+    }
+    grid->setColumnStretch(1, 1);
+    grid->setRowStretch(r, 1);
+    return frInfo;
+}
+
+void MainWindow::buildStatusBar()
+{
+    QStatusBar *bar = statusBar();
+    bar->setObjectName(QStringLiteral("stbMain"));
+    // The grip's width goes to the panels: at 800 pixels they need all of it.
+    bar->setSizeGripEnabled(false);
+    for (int i = 0; i < 6; ++i) {
+        auto *l = named(new QLabel, QStringLiteral("stbMain_%1").arg(i + 1));
+        // No frames: at the smallest window size every panel's text still fits, blanks included.
+        l->setContentsMargins(0, 0, 0, 0);
+        stbPanels[static_cast<size_t>(i)] = l;
+        bar->addWidget(l);
+    }
+    for (int i = 0; i < 2; ++i) {
+        auto *b = named(new QToolButton, QStringLiteral("stbMain_%1").arg(i + 7));
+        b->setAutoRaise(true);
+        b->setFocusPolicy(Qt::TabFocus);
+        stbButtons[static_cast<size_t>(i)] = b;
+        bar->addPermanentWidget(b);
+        connect(b, &QToolButton::clicked, this, [this, panel = i + 7] { m_c.statusPanelClick(panel); });
+    }
+    if (bar->layout() != nullptr)
+        bar->layout()->setSpacing(4);
+    // The two commands of the status bar also answer to keys, as window actions so they work
+    // wherever the focus is.
+    const std::pair<int, QKeySequence> keys[] = {{7, QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_L)},
+                                                 {8, QKeySequence(Qt::Key_F1)}};
+    for (const auto &[panel, sequence] : keys) {
+        auto *a = new QAction(this);
+        a->setObjectName(QStringLiteral("actPanel_%1").arg(panel));
+        a->setShortcut(sequence);
+        addAction(a);
+        connect(a, &QAction::triggered, this, [this, p = panel] { m_c.statusPanelClick(p); });
+        m_panelKeys.push_back(sequence);
+    }
+}
+
+void MainWindow::connectSettings()
+{
+    SettingsControls &s = m_c.controls();
+    // Each change goes to the settings, which run the statistics; the window then shows the
+    // settings again (mode controls, slider labels).
+    auto onIndex = [this](QComboBox *combo, auto setter) {
+        connect(combo, &QComboBox::activated, this, [this, setter](int index) {
+            guarded([&] { setter(index); });
+            showSettings();
+        });
+    };
+    onIndex(cmbMode, [&s](int i) { s.setMp3Mode(i); });
+    onIndex(cmbPreset, [&s](int i) { s.setMp3Preset(i); });
+    onIndex(cmbCbr, [&s](int i) { s.setMp3Cbr(i); });
+    onIndex(cmbModeOgg, [&s](int i) { s.setOggMode(i); });
+    onIndex(cmbModeMpc, [&s](int i) { s.setMpcMode(i); });
+    onIndex(cmbPresetMpc, [&s](int i) { s.setMpcPreset(i); });
+    auto onValue = [this](QSlider *slider, auto setter) {
+        connect(slider, &QSlider::valueChanged, this, [this, setter](int value) {
+            guarded([&] { setter(value); });
+            showSettings();
+        });
+    };
+    onValue(sliAbr, [&s](int v) { s.setMp3Abr(v); });
+    onValue(sliPresetOgg, [&s](int v) { s.setOggQuality(v); });
+    onValue(sliAbrOgg, [&s](int v) { s.setOggAbr(v); });
+    onValue(sliMpc, [&s](int v) { s.setMpcQuality(v); });
+    // Typing changes nothing else; the text is read when a job is made.
+    connect(txtCmd, &QLineEdit::textEdited, this, [&s](const QString &t) { s.setMp3CommandLine(t); });
+    connect(txtCmdOgg, &QLineEdit::textEdited, this, [&s](const QString &t) { s.setOggCommandLine(t); });
+    connect(txtCmdMpc, &QLineEdit::textEdited, this, [&s](const QString &t) { s.setMpcCommandLine(t); });
+    connect(TabOpt, &QTabBar::tabBarClicked, this, [this, &s](int index) {
+        if (index >= 0)
+            guarded([&] { s.setSelectedTab(index + 1); });
+        showSettings();
+    });
+    connect(TabOpt, &QTabBar::currentChanged, this, [this, &s](int index) {
+        if (index >= 0 && s.selectedTab() != index + 1) {
+            guarded([&] { s.setSelectedTab(index + 1); });
+            showSettings();
+        }
+    });
+    connect(cmdDefault, &QPushButton::clicked, this, [this] {
+        m_c.defaultClicked();
+        showSettings();
+    });
+}
+
+void MainWindow::setTabOrder()
+{
+    // The captions are the designed texts, so the main areas take Alt keys of their own in place
+    // of underlined letters: Alt+D drives, Alt+T tree, Alt+L list, Alt+O options.
+    const std::pair<QWidget *, Qt::Key> areas[] = {
+        {drvMain, Qt::Key_D}, {tvMain, Qt::Key_T}, {lstMain, Qt::Key_L}, {TabOpt, Qt::Key_O}};
+    for (const auto &[widget, key] : areas) {
+        auto *a = new QAction(this);
+        a->setShortcut(QKeySequence(Qt::ALT | key));
+        addAction(a);
+        connect(a, &QAction::triggered, widget, [w = widget] { w->setFocus(Qt::ShortcutFocusReason); });
+    }
+
+    QWidget *order[] = {drvMain, tvMain, lstMain, TabOpt,
+                        cmbMode, cmbPreset, sliAbr, cmbCbr, txtCmd,
+                        cmbModeOgg, sliPresetOgg, sliAbrOgg, txtCmdOgg,
+                        cmbModeMpc, cmbPresetMpc, sliMpc, txtCmdMpc,
+                        cmdDefault, cmbEncode[0], cmbEncode[1], stbButtons[0], stbButtons[1]};
+    for (size_t i = 1; i < std::size(order); ++i)
+        QWidget::setTabOrder(order[i - 1], order[i]);
+}
+
+void MainWindow::showDrives()
+{
+    const QSignalBlocker block(drvMain);
+    drvMain->clear();
+    for (const Volume &v : m_c.drives())
+        drvMain->addItem(FolderTreeModel::treeImage(static_cast<int>(driveKind(v))), v.mountPoint);
+    drvMain->setCurrentIndex(m_c.currentDrive());
+}
+
+void MainWindow::showSettings()
+{
+    const SettingsControls &s = m_c.controls();
+    const EncoderSettings &e = s.settings();
+    setComboIndex(cmbMode, e.mp3.mode);
+    setComboIndex(cmbPreset, e.mp3.presetIndex);
+    setSliderValue(sliAbr, e.mp3.abrKbps);
+    setComboIndex(cmbCbr, e.mp3.cbrIndex);
+    setLineText(txtCmd, e.mp3.commandLine);
+    setComboIndex(cmbModeOgg, e.ogg.mode);
+    setSliderValue(sliPresetOgg, e.ogg.qualityTenths);
+    setSliderValue(sliAbrOgg, e.ogg.abrKbps);
+    setLineText(txtCmdOgg, e.ogg.commandLine);
+    setComboIndex(cmbModeMpc, e.mpc.mode);
+    setComboIndex(cmbPresetMpc, e.mpc.presetIndex);
+    setSliderValue(sliMpc, e.mpc.qualityTenths);
+    setLineText(txtCmdMpc, e.mpc.commandLine);
+    lblAbr->setText(s.lblAbr());
+    lblPresetOgg->setText(s.lblPresetOgg());
+    lblAbrOgg->setText(s.lblAbrOgg());
+    lblMpc->setText(s.lblMpc());
+
+    const Mp3ModeControls &m = s.mp3Controls();
+    cmbPreset->setVisible(m.cmbPreset);
+    sliAbr->setVisible(m.sliAbr);
+    lblAbr->setVisible(m.lblAbr);
+    cmbCbr->setVisible(m.cmbCbr);
+    txtCmd->setVisible(m.txtCmd);
+    const OggModeControls &o = s.oggControls();
+    sliPresetOgg->setVisible(o.sliPresetOgg);
+    lblPresetOgg->setVisible(o.lblPresetOgg);
+    sliAbrOgg->setVisible(o.sliAbrOgg);
+    lblAbrOgg->setVisible(o.lblAbrOgg);
+    txtCmdOgg->setVisible(o.txtCmdOgg);
+    const MpcModeControls &p = s.mpcControls();
+    cmbPresetMpc->setVisible(p.cmbPresetMpc);
+    sliMpc->setVisible(p.sliMpc);
+    lblMpc->setVisible(p.lblMpc);
+    txtCmdMpc->setVisible(p.txtCmdMpc);
+
+    {
+        const QSignalBlocker block(TabOpt);
+        TabOpt->setCurrentIndex(s.selectedTab() - 1);
+    }
+    for (int i = 0; i < 3; ++i)
+        frEncOpt[static_cast<size_t>(i)]->setVisible(s.frameVisible(i));
+}
+
+void MainWindow::showState()
+{
+    if (m_languageShown != m_c.ui().status.panel(7))
+        applyTexts();
+    for (int i = 0; i < 6; ++i)
+        stbPanels[static_cast<size_t>(i)]->setText(m_c.ui().status.panel(i + 1));
+    for (int i = 0; i < 2; ++i)
+        stbButtons[static_cast<size_t>(i)]->setText(m_c.ui().status.panel(i + 7));
+    for (int i = 0; i < 12; ++i)
+        lblInfo[static_cast<size_t>(i)]->setText(m_c.labels().lblInfo.at(static_cast<size_t>(i)));
+    for (int i = 0; i < 4; ++i) {
+        tbMain[static_cast<size_t>(MakeMp3 + i)]->setEnabled(m_c.makeEnabled()[static_cast<size_t>(i)]);
+        tbMain[static_cast<size_t>(ShowWav + i)]->setChecked(m_c.showPressed()[static_cast<size_t>(i)]);
+    }
+    tbMain[MakeAll]->setChecked(m_c.makeAll());
+    if (drvMain->currentIndex() != m_c.currentDrive()) {
+        const QSignalBlocker block(drvMain);
+        drvMain->setCurrentIndex(m_c.currentDrive());
+    }
+}
+
+void MainWindow::applyTexts()
+{
+    const UiText &t = m_c.text();
+    m_languageShown = m_c.ui().status.panel(7);
+    const Language language = currentLanguage(m_c.ui());
+    for (int i = 0; i < 4; ++i) {
+        tbMain[static_cast<size_t>(MakeMp3 + i)]->setText(t.makeButtons.at(static_cast<size_t>(i)));
+        tbMain[static_cast<size_t>(ShowWav + i)]->setText(t.showButtons.at(static_cast<size_t>(i)));
+    }
+    tbMain[MakeAll]->setText(t.makeButtons.at(4));
+    // Mode lists are rewritten in place, entry by entry.
+    for (int i = 0; i < 4; ++i)
+        cmbMode->setItemText(i, t.mp3Modes.at(static_cast<size_t>(i)));
+    for (int i = 0; i < 3; ++i) {
+        cmbModeOgg->setItemText(i, t.oggModes.at(static_cast<size_t>(i)));
+        cmbModeMpc->setItemText(i, t.mpcModes.at(static_cast<size_t>(i)));
+    }
+    fitToolbar();
+    cmdDefault->setText(t.defaultButton);
+    frOptions->setTitle(t.optionsFrame);
+    cmbEncode[0]->setText(t.stopButton);
+    cmbEncode[1]->setText(t.closeButton);
+    m_listModel->languageChanged();
+
+    // What a screen reader says, in the same language; the shortcut goes into the tool tip.
+    for (QWidget *w : findChildren<QWidget *>()) {
+        const ControlDescription d = describeControl(w->objectName(), language);
+        if (!d.name.isEmpty())
+            w->setAccessibleName(d.name);
+        if (!d.description.isEmpty())
+            w->setAccessibleDescription(d.description);
+    }
+    for (QAction *a : tbMain) {
+        if (a == nullptr || a->isSeparator())
+            continue;
+        const ControlDescription d = describeControl(a->objectName(), language);
+        const QString keys = a->shortcut().toString(QKeySequence::NativeText);
+        a->setToolTip(d.description + (keys.isEmpty() ? QString() : QStringLiteral(" (") + keys + QLatin1Char(')')));
+        a->setStatusTip(QString());
+    }
+    for (size_t i = 0; i < stbButtons.size(); ++i) {
+        const ControlDescription d = describeControl(stbButtons[i]->objectName(), language);
+        stbButtons[i]->setToolTip(d.description + QStringLiteral(" (")
+                                  + m_panelKeys.at(i).toString(QKeySequence::NativeText) + QLatin1Char(')'));
+    }
+}
+
+void MainWindow::fitToolbar()
+{
+    // Captions on one line while they fit; in a narrow window (Russian captions are the longest)
+    // each breaks after its first word, so all eleven positions stay in view.
+    for (const bool twoLines : {false, true}) {
+        for (QAction *a : tbMain) {
+            if (a == nullptr || a->isSeparator())
+                continue;
+            QString caption = a->text();
+            if (twoLines)
+                caption.replace(caption.indexOf(QLatin1Char(' ')), 1, QLatin1Char('\n'));
+            a->setIconText(caption);
+            if (QWidget *button = findChild<QToolBar *>(QStringLiteral("tbMain"))->widgetForAction(a))
+                button->setAccessibleName(a->text());
+        }
+        if (findChild<QToolBar *>(QStringLiteral("tbMain"))->sizeHint().width() <= width())
+            break;
+    }
+}
+
+void MainWindow::resizeEvent(QResizeEvent *event)
+{
+    QMainWindow::resizeEvent(event);
+    fitToolbar();
+}
+
+void MainWindow::treeExpanded(const QModelIndex &index)
+{
+    if (m_treeSync || !index.isValid())
+        return;
+    m_c.treeExpand(*FolderTreeModel::nodeOf(index));
+}
+
+void MainWindow::treeCollapsed(const QModelIndex &index)
+{
+    if (m_treeSync || !index.isValid())
+        return;
+    m_c.treeCollapse(*FolderTreeModel::nodeOf(index));
+}
+
+void MainWindow::treeClicked(const QModelIndex &index)
+{
+    if (m_treeSync || !index.isValid())
+        return;
+    m_c.treeClick(*FolderTreeModel::nodeOf(index));
+}
+
+void MainWindow::placeWindow()
+{
+    const SettingsControls &s = m_c.controls();
+    const int px = SettingsControls::kTwipsPerPixel;
+    if (m_c.configRead()) {
+        resize(s.windowWidth() / px, s.windowHeight() / px);
+        move(s.windowLeft() / px, s.windowTop() / px);
+        return;
+    }
+    // First start: a comfortable size in the middle of the screen.
+    const QRect screen = QGuiApplication::primaryScreen() != nullptr ? QGuiApplication::primaryScreen()->availableGeometry()
+                                                                     : QRect(0, 0, 1024, 768);
+    const QSize size(std::min(1100, std::max(800, screen.width() * 3 / 4)), std::min(760, std::max(600, screen.height() * 3 / 4)));
+    resize(size);
+    move(screen.center() - QPoint(size.width() / 2, size.height() / 2));
+}
+
+void MainWindow::closeEvent(QCloseEvent *event)
+{
+    m_c.setWindowPlace(x(), y(), width(), height(), stateOf(this));
+    if (m_c.closeRequested(frEncode->isVisible()))
+        event->accept();
+    else
+        event->ignore();
+}
+
+} // namespace kv

@@ -1,0 +1,79 @@
+#include "ui/controldescriptions.h"
+
+namespace kv {
+
+namespace {
+
+struct Entry
+{
+    const char *objectName;
+    const char *englishName, *englishDescription;
+    const char *russianName, *russianDescription;
+};
+
+// UTF-8 texts, by the window's control names.
+constexpr Entry entries[] = {
+    {"drvMain", "Drive", "Mounted drives; choosing one shows its folders",
+     "Диск", "Подключённые диски; выбранный диск показывает свои папки"},
+    {"tvMain", "Folders", "Folder tree; choosing a folder lists its audio files",
+     "Папки", "Дерево папок; выбранная папка показывает свои звуковые файлы"},
+    {"lstMain", "Audio files", "Audio files of the folder; tick a file to convert it",
+     "Звуковые файлы", "Звуковые файлы папки; отметьте файл флажком, чтобы преобразовать его"},
+    {"TabOpt", "Encoder", "Chooses the options of MP3, Ogg or Musepack",
+     "Кодер", "Выбор параметров MP3, Ogg или Musepack"},
+    {"cmbMode", "MP3 mode", "How the MP3 encoder is driven", "Режим MP3", "Как задаётся сжатие MP3"},
+    {"cmbPreset", "MP3 preset", "Quality preset of the MP3 encoder", "Предустановка MP3", "Предустановка качества MP3"},
+    {"sliAbr", "MP3 average bitrate", "Average bitrate of MP3 in kbps", "Средний поток MP3", "Средний поток MP3 в Кб/с"},
+    {"cmbCbr", "MP3 constant bitrate", "Constant bitrate of MP3", "Постоянный поток MP3", "Постоянный поток MP3"},
+    {"txtCmd", "MP3 command line", "Options passed to the MP3 encoder as they are",
+     "Командная строка MP3", "Параметры, передаваемые кодеру MP3 как есть"},
+    {"cmbModeOgg", "Ogg mode", "How the Ogg Vorbis encoder is driven", "Режим Ogg", "Как задаётся сжатие Ogg Vorbis"},
+    {"sliPresetOgg", "Ogg quality", "Quality of Ogg Vorbis, -1 to 10", "Качество Ogg", "Качество Ogg Vorbis, от -1 до 10"},
+    {"sliAbrOgg", "Ogg average bitrate", "Average bitrate of Ogg Vorbis in kbps", "Средний поток Ogg",
+     "Средний поток Ogg Vorbis в Кб/с"},
+    {"txtCmdOgg", "Ogg command line", "Options passed to the Ogg Vorbis encoder as they are",
+     "Командная строка Ogg", "Параметры, передаваемые кодеру Ogg Vorbis как есть"},
+    {"cmbModeMpc", "Musepack mode", "How the Musepack encoder is driven", "Режим Musepack", "Как задаётся сжатие Musepack"},
+    {"cmbPresetMpc", "Musepack preset", "Quality preset of the Musepack encoder", "Предустановка Musepack",
+     "Предустановка качества Musepack"},
+    {"sliMpc", "Musepack quality", "Quality of Musepack, 0 to 10", "Качество Musepack", "Качество Musepack, от 0 до 10"},
+    {"txtCmdMpc", "Musepack command line", "Options passed to the Musepack encoder as they are",
+     "Командная строка Musepack", "Параметры, передаваемые кодеру Musepack как есть"},
+    {"cmdDefault", "", "Restores the default encoder options", "", "Возвращает исходные параметры сжатия"},
+    {"frInfo", "Statistics", "Selected files and the forecast size after conversion", "Статистика",
+     "Выбранные файлы и прогноз размера после преобразования"},
+    {"stbMain", "Status", "Processors, free space and totals of the listed folder", "Состояние",
+     "Процессоры, свободное место и итоги показанной папки"},
+    {"stbMain_7", "", "Switches the interface language", "", "Переключает язык интерфейса"},
+    {"stbMain_8", "", "Opens the help document", "", "Открывает справку"},
+    {"tbMain", "Commands", "Conversion commands and the kind of files listed", "Команды",
+     "Команды преобразования и вид показанных файлов"},
+    {"qt_toolbar_ext_button", "More commands", "Shows the toolbar buttons that do not fit",
+     "Ещё команды", "Показывает кнопки, которые не поместились на панели"},
+    {"tbMain_1", "", "Converts the WAV files to MP3", "", "Сжимает WAV-файлы в MP3"},
+    {"tbMain_2", "", "Converts the WAV files to Ogg Vorbis", "", "Сжимает WAV-файлы в Ogg Vorbis"},
+    {"tbMain_3", "", "Converts the WAV files to Musepack", "", "Сжимает WAV-файлы в Musepack"},
+    {"tbMain_4", "", "Decodes the listed files to WAV", "", "Распаковывает показанные файлы в WAV"},
+    {"tbMain_6", "", "Pressed: every listed file; released: only ticked files", "",
+     "Нажата: все файлы списка; отпущена: только отмеченные"},
+    {"tbMain_8", "", "Lists the WAV files of the folder", "", "Показывает WAV-файлы папки"},
+    {"tbMain_9", "", "Lists the MP3 files of the folder", "", "Показывает MP3-файлы папки"},
+    {"tbMain_10", "", "Lists the Ogg Vorbis files of the folder", "", "Показывает Ogg-файлы папки"},
+    {"tbMain_11", "", "Lists the Musepack files of the folder", "", "Показывает Musepack-файлы папки"},
+};
+
+} // namespace
+
+ControlDescription describeControl(const QString &objectName, Language language)
+{
+    for (const Entry &e : entries) {
+        if (objectName != QLatin1String(e.objectName))
+            continue;
+        const bool ru = language == Language::Russian;
+        return {QString::fromUtf8(ru ? e.russianName : e.englishName),
+                QString::fromUtf8(ru ? e.russianDescription : e.englishDescription)};
+    }
+    return {};
+}
+
+} // namespace kv

@@ -1,0 +1,153 @@
+#include <gtest/gtest.h>
+
+#include "browser/filelist.h"
+#include "browser/foldertree.h"
+#include "support/fakefolders.h"
+#include "support/qtprinters.h"
+
+using namespace kv;
+
+namespace {
+
+struct Tree
+{
+    FakeFolders folders;
+    FileListState list;
+    int scans = 0;
+    FolderTree tree{folders, list, [this] {
+                        ++scans;
+                        list.currentFolder = list.path;
+                    }};
+
+    Tree()
+    {
+        folders.add(QStringLiteral("/music/rock/old"), {QStringLiteral("a.MPC")});
+        folders.add(QStringLiteral("/music/jazz"), {QStringLiteral("notes.txt")});
+        folders.add(QStringLiteral("/music/.hidden"));
+        folders.add(QStringLiteral("/music/wav"), {QStringLiteral("x.wav")});
+        folders.add(QStringLiteral("/home"));
+    }
+
+    TreeNode *child(TreeNode *node, const char *text)
+    {
+        for (auto &c : node->children)
+            if (c->text == QLatin1String(text))
+                return c.get();
+        return nullptr;
+    }
+
+    // "text:image/selected:children" of each child.
+    QStringList describe(TreeNode *node)
+    {
+        QStringList out;
+        for (auto &c : node->children)
+            out.append(QStringLiteral("%1:%2/%3:%4").arg(c->text).arg(c->image).arg(c->selectedImage).arg(c->children.size()));
+        return out;
+    }
+};
+
+} // namespace
+
+TEST(FolderTree, BuildsTheDriveOneLevelAheadWithImagesAndKeys)
+{
+    Tree t;
+    ASSERT_EQ(t.tree.BuildTree(Volume{QStringLiteral("/media/usb"), QStringLiteral("vfat")}), BuildEnd::DriveNotReady);
+    EXPECT_EQ(t.tree.root(), nullptr);
+
+    ASSERT_EQ(t.tree.BuildTree(Volume{QStringLiteral("/"), QStringLiteral("ext4")}), BuildEnd::Built);
+    TreeNode *root = t.tree.root();
+    EXPECT_EQ(root->text, QStringLiteral("/"));
+    EXPECT_EQ(root->key, QStringLiteral("root"));
+    EXPECT_EQ(root->image, ImageDriveFixed);
+    EXPECT_EQ(root->selectedImage, 0);
+    EXPECT_EQ(t.tree.selected(), root);
+    EXPECT_EQ(t.list.path, QStringLiteral("/"));
+    EXPECT_EQ(t.scans, 0); // a new drive does not list its files
+    EXPECT_EQ(t.describe(root), (QStringList{QStringLiteral("home:4/6:0"), QStringLiteral("music:4/6:3")}));
+    EXPECT_EQ(root->children[1]->key, QStringLiteral("/1"));
+
+    TreeNode *music = t.child(root, "music");
+    EXPECT_TRUE(music->children[0]->key.isEmpty()); // listed one level ahead
+    t.tree.Expand(*music);
+    // Dot-folders are not listed; a folder holding only Musepack files counts as an audio folder.
+    EXPECT_EQ(t.describe(music), (QStringList{QStringLiteral("jazz:4/6:0"), QStringLiteral("rock:4/6:1"),
+                                              QStringLiteral("wav:5/7:0")}));
+    EXPECT_EQ(music->children[2]->key, QStringLiteral("/music/2"));
+    t.tree.Expand(*t.child(music, "rock"));
+    EXPECT_EQ(t.describe(t.child(music, "rock")), QStringList{QStringLiteral("old:5/7:0")});
+
+    // Expanding again lists afresh: the same keys, no duplicates, new folders seen.
+    t.folders.add(QStringLiteral("/music/blues"));
+    t.tree.Expand(*music);
+    EXPECT_EQ(music->children.size(), 4U);
+    EXPECT_EQ(music->children[0]->key, QStringLiteral("/music/0"));
+    EXPECT_EQ(FolderTree::fullPath(*music->children[0]), QStringLiteral("/music/blues"));
+}
+
+TEST(FolderTree, ClickCollapseAndFailures)
+{
+    Tree t;
+    t.tree.BuildTree(Volume{QStringLiteral("/"), QString()});
+    TreeNode *music = t.child(t.tree.root(), "music");
+    t.tree.Expand(*music);
+    TreeNode *wav = t.child(music, "wav");
+
+    t.tree.NodeClick(*wav);
+    EXPECT_EQ(t.scans, 1);
+    EXPECT_EQ(t.list.path, QStringLiteral("/music/wav/"));
+    t.tree.NodeClick(*wav); // the folder already shown is not read again
+    EXPECT_EQ(t.scans, 1);
+
+    t.tree.Collapse(*music); // not the selected node: nothing
+    EXPECT_EQ(t.scans, 1);
+    t.tree.Collapse(*wav);
+    EXPECT_EQ(t.scans, 2);
+
+    // A sub-folder that cannot be read lists as an empty folder; its siblings still list.
+    t.folders.unreadable.insert(QStringLiteral("/music/rock"));
+    t.tree.Expand(*music);
+    EXPECT_EQ(t.describe(music), (QStringList{QStringLiteral("jazz:4/6:0"), QStringLiteral("rock:4/6:0"),
+                                              QStringLiteral("wav:5/7:0")}));
+    // Re-expanding the parent of the selected folder hands the selection to the parent.
+    EXPECT_EQ(t.tree.selected(), music);
+
+    // A folder removed while shown: expanding it leaves it without children, and no failure
+    // escapes.
+    TreeNode *jazz = t.child(music, "jazz");
+    t.folders.files.erase(QStringLiteral("/music/jazz"));
+    EXPECT_FALSE(t.tree.Expand(*jazz));
+    EXPECT_TRUE(jazz->children.empty());
+}
+
+TEST(FolderTree, OpensDownToAFolderAndListsTheDeepestOneFound)
+{
+    const struct { const char *root, *path, *listed; int selectedDepth; } cases[] = {
+        {"/", "/music/rock/old", "/music/rock/old/", 3},
+        {"/", "/music/rock/gone/deeper", "/music/rock/", 2}, // missing parts are passed over
+        {"/", "/", "/", 0},
+        {"/music", "/music/rock", "/music/rock/", 1},      // a mount point below "/"
+    };
+    for (const auto &c : cases) {
+        Tree t;
+        t.tree.BuildTree(Volume{QLatin1String(c.root), QString()});
+        t.tree.OpenTreeAt(QLatin1String(c.path));
+        EXPECT_EQ(t.scans, 1) << c.path;
+        EXPECT_EQ(t.list.path, QLatin1String(c.listed)) << c.path;
+        int depth = 0;
+        for (TreeNode *n = t.tree.selected(); n->parent != nullptr; n = n->parent)
+            ++depth;
+        EXPECT_EQ(depth, c.selectedDepth) << c.path;
+        EXPECT_TRUE(t.tree.selected()->expanded) << c.path;
+    }
+}
+
+TEST(FolderTree, ReadsEachFolderOnceWhenExpanding)
+{
+    Tree t;
+    for (int i = 0; i < 50; ++i)
+        t.folders.add(QStringLiteral("/many/f%1").arg(i, 2, 10, QLatin1Char('0')), {QStringLiteral("a.wav")});
+    t.tree.BuildTree(Volume{QStringLiteral("/many"), QString()});
+    // The root and each child once; the fake's default pairing asks listFolders once per folder.
+    EXPECT_EQ(t.folders.listings, 1 + 1 + 50);
+    EXPECT_EQ(t.tree.root()->children.size(), 50U);
+}

@@ -1,0 +1,471 @@
+#include <gtest/gtest.h>
+
+#include <set>
+
+#include <QAbstractItemModelTester>
+#include <QAccessible>
+#include <QAction>
+#include <QApplication>
+#include <QComboBox>
+#include <QDir>
+#include <QFile>
+#include <QGroupBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QSlider>
+#include <QTabBar>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QToolBar>
+#include <QToolButton>
+#include <QTreeView>
+
+#include "app/maincontroller.h"
+#include "gui/foldertreemodel.h"
+#include "gui/guiplatform.h"
+#include "gui/mainwindow.h"
+#include "media/readers.h"
+#include "platform/posix/posixfiles.h"
+#include "platform/posix/posixfolders.h"
+#include "platform/posix/posixinstancelock.h"
+#include "settings/configrecord.h"
+#include "support/qtprinters.h"
+
+using namespace kv;
+
+namespace {
+
+const char *const codecNames[] = {"lame", "madplay", "mppenc", "mppdec", "oggenc2", "oggdec"};
+
+struct Recorder : Messages
+{
+    QStringList shown;
+    void information(const QString &t) override { shown.append(QStringLiteral("i ") + t); }
+    void critical(const QString &t) override { shown.append(QStringLiteral("c ") + t); }
+};
+
+// Real folders, except those named here, which cannot be opened (the tests run as any user).
+struct Folders : PosixFolders
+{
+    std::set<QString> refused;
+    bool refuses(const QString &f) const { return refused.count(QDir::cleanPath(f)) != 0; }
+    std::optional<QStringList> listFiles(const QString &f, const QString &p) override
+    {
+        return refuses(f) ? std::nullopt : PosixFolders::listFiles(f, p);
+    }
+    std::optional<QStringList> listFolders(const QString &f) override
+    {
+        return refuses(f) ? std::nullopt : PosixFolders::listFolders(f);
+    }
+    std::optional<FolderListing> listFolder(const QString &f) override
+    {
+        return refuses(f) ? std::nullopt : PosixFolders::listFolder(f);
+    }
+};
+
+// The drive list is the temporary folder alone, so the tree never wanders over the machine.
+struct OneDrive : Volumes
+{
+    QString root;
+    std::vector<Volume> plugged; // further drives, plugged in during a test
+    std::vector<Volume> mounted() override
+    {
+        std::vector<Volume> all{Volume{root, QStringLiteral("ext4")}};
+        all.insert(all.end(), plugged.begin(), plugged.end());
+        return all;
+    }
+};
+
+// A program folder with its codec entries and a music tree beside it, on one "drive".
+struct Session
+{
+    QTemporaryDir dir;
+    QString program, music;
+    PosixFiles files;
+    Folders folders;
+    OneDrive drive;
+    Recorder messages;
+    GuiBusyCursor busy;
+    std::unique_ptr<PosixInstanceLock> lock;
+    std::unique_ptr<MainController> controller;
+    std::unique_ptr<MainWindow> window;
+
+    Session()
+    {
+        program = dir.path() + QStringLiteral("/prog/");
+        music = dir.path() + QStringLiteral("/music");
+        drive.root = dir.path();
+        QDir().mkpath(program + QStringLiteral("codec"));
+        for (const char *c : codecNames)
+            write(program + QStringLiteral("codec/") + QLatin1String(c), "#!/bin/sh\n");
+        for (const char *f : {"rock/old", "jazz", ".hidden", "empty"})
+            QDir().mkpath(music + QLatin1Char('/') + QLatin1String(f));
+        for (const char *f : {"vbr.mp3", "mono.mp3"})
+            QFile::copy(QStringLiteral(KV_TEST_DATA_DIR "/mp3/") + QLatin1String(f), music + QStringLiteral("/rock/") + QLatin1String(f));
+        write(music + QStringLiteral("/jazz/notes.txt"), "x");
+        // Two WAV files of 20 MB (sparse), big enough for the forecasts to differ per setting.
+        for (const char *f : {"big1.wav", "big2.wav"}) {
+            const QString path = music + QStringLiteral("/rock/") + QLatin1String(f);
+            QFile::copy(QStringLiteral(KV_TEST_DATA_DIR "/wav/stereo-16bit-44100.wav"), path);
+            QFile(path).resize(20 << 20);
+        }
+        write(music + QStringLiteral("/rock/old/a.mpc"), "x");
+    }
+
+    static void write(const QString &path, const QByteArray &bytes)
+    {
+        QFile f(path);
+        f.open(QIODevice::WriteOnly);
+        f.write(bytes);
+    }
+
+    StartEnd start(const QString &folder = {})
+    {
+        window.reset();
+        controller.reset();
+        lock = std::make_unique<PosixInstanceLock>(program);
+        controller = std::make_unique<MainController>(Environment{
+            files, folders, drive, *lock, messages, busy,
+            [this](AudioFormat format, const QString &f, const QString &name) { return readMediaInfo(format, f, name, files); },
+            [] { return 2; }, {}});
+        StartOptions options{program, dir.path() + QStringLiteral("/config"), true, folder, QLocale::c()};
+        const StartEnd end = controller->Main(options);
+        if (end == StartEnd::Running) {
+            window = std::make_unique<MainWindow>(*controller);
+            window->placeWindow();
+            window->show();
+        }
+        return end;
+    }
+
+    template <typename T = QWidget>
+    T *w(const char *name) const
+    {
+        T *found = window->findChild<T *>(QLatin1String(name));
+        EXPECT_NE(found, nullptr) << name;
+        return found;
+    }
+    QAction *toolbar(int position) const { return w<QAction>(qPrintable(QStringLiteral("tbMain_%1").arg(position))); }
+    QString label(const char *name) const { return w<QLabel>(name)->text(); }
+    QTreeView *tree() const { return w<QTreeView>("tvMain"); }
+
+    QModelIndex node(const QString &path) const
+    {
+        // Walks the view's model from the root by names below the drive.
+        QAbstractItemModel *m = tree()->model();
+        QModelIndex at = m->index(0, 0);
+        if (QDir::cleanPath(path) == QDir::cleanPath(drive.root))
+            return at;
+        for (const QString &part : QDir(drive.root).relativeFilePath(path).split(QLatin1Char('/'), Qt::SkipEmptyParts)) {
+            QModelIndex next;
+            for (int r = 0; r < m->rowCount(at); ++r)
+                if (m->index(r, 0, at).data().toString() == part)
+                    next = m->index(r, 0, at);
+            if (!next.isValid())
+                return {};
+            at = next;
+        }
+        return at;
+    }
+    QStringList children(const QModelIndex &parent) const
+    {
+        QStringList out;
+        for (int r = 0; r < tree()->model()->rowCount(parent); ++r)
+            out.append(tree()->model()->index(r, 0, parent).data().toString());
+        return out;
+    }
+    void click(const QModelIndex &index) const
+    {
+        tree()->scrollTo(index);
+        QTest::mouseClick(tree()->viewport(), Qt::LeftButton, {}, tree()->visualRect(index).center());
+    }
+};
+
+} // namespace
+
+TEST(WindowStart, MissingCodecsGiveOneMessageEachInOrderThenTheEnd)
+{
+    const struct { std::vector<const char *> missing; int messages; StartEnd end; } cases[] = {
+        {{}, 0, StartEnd::Running},
+        {{"mppenc"}, 1, StartEnd::CodecsMissing},
+        {{"madplay", "mppdec", "oggenc2"}, 3, StartEnd::CodecsMissing},
+        {{"lame", "madplay", "mppenc", "mppdec", "oggenc2", "oggdec"}, 6, StartEnd::CodecsMissing},
+    };
+    for (const auto &c : cases) {
+        Session s;
+        QStringList expected;
+        for (const char *name : c.missing)
+            QFile::remove(s.program + QStringLiteral("codec/") + QLatin1String(name));
+        for (const char *name : {"lame", "madplay", "mppenc", "mppdec", "oggenc2", "oggdec"}) {
+            // The last test looks for lame but names oggdec.
+            const char *looked = QLatin1String(name) == QLatin1String("oggdec") ? "lame" : name;
+            if (std::find_if(c.missing.begin(), c.missing.end(), [&](const char *m) { return qstrcmp(m, looked) == 0; })
+                != c.missing.end())
+                expected.append(QStringLiteral("c ") + s.program + QStringLiteral("codec/") + QLatin1String(name)
+                                + QStringLiteral(" not found"));
+        }
+        ASSERT_EQ(expected.size(), c.messages);
+        EXPECT_EQ(s.start(), c.end);
+        EXPECT_EQ(s.messages.shown, expected);
+        EXPECT_EQ(s.window != nullptr, c.end == StartEnd::Running);
+    }
+
+    // A second start from the same program folder says so and goes no further.
+    Session s;
+    ASSERT_EQ(s.start(), StartEnd::Running);
+    PosixInstanceLock second(s.program);
+    Recorder messages;
+    MainController other(Environment{s.files, s.folders, s.drive, second, messages, s.busy, {}, {}, {}});
+    EXPECT_EQ(other.Main(StartOptions{s.program}), StartEnd::AlreadyRunning);
+    EXPECT_EQ(messages.shown, QStringList{QStringLiteral("i Kestrelvane is already started")});
+}
+
+TEST(WindowLayout, ControlsCarryTheirNamesAndModelsPassTheTester)
+{
+    Session s;
+    ASSERT_EQ(s.start(s.music + QStringLiteral("/rock")), StartEnd::Running);
+    for (const char *name : {"drvMain", "tvMain", "lstMain", "tbMain", "TabOpt", "frEncOpt_0", "frEncOpt_1", "frEncOpt_2",
+                             "cmbMode", "cmbPreset", "sliAbr", "lblAbr", "cmbCbr", "txtCmd", "cmbModeOgg", "sliPresetOgg",
+                             "lblPresetOgg", "sliAbrOgg", "lblAbrOgg", "txtCmdOgg", "cmbModeMpc", "cmbPresetMpc", "sliMpc",
+                             "lblMpc", "txtCmdMpc", "cmdDefault", "frOptions", "frInfo", "lblInfo_0", "lblInfo_11",
+                             "frEncode", "frPlayer", "cmbEncode_0", "cmbEncode_1", "stbMain", "stbMain_1", "stbMain_8"})
+        s.w(name);
+    EXPECT_FALSE(s.w("frEncode")->isVisible());
+    EXPECT_FALSE(s.w("frPlayer")->isVisible());
+    EXPECT_GE(s.window->minimumSize().width(), 800);
+
+    // Eleven positions, 5 and 7 separators.
+    const QList<QAction *> actions = s.w<QToolBar>("tbMain")->actions();
+    ASSERT_EQ(actions.size(), 11);
+    for (int i = 0; i < 11; ++i)
+        EXPECT_EQ(actions[i]->isSeparator(), i == 4 || i == 6) << i;
+
+    QAbstractItemModelTester listTester(s.w<QTreeView>("lstMain")->model(), QAbstractItemModelTester::FailureReportingMode::Fatal);
+    QAbstractItemModelTester treeTester(s.tree()->model(), QAbstractItemModelTester::FailureReportingMode::Fatal);
+    s.toolbar(ShowMp3)->trigger();
+    s.tree()->expand(s.node(s.music));
+    s.click(s.node(s.music + QStringLiteral("/jazz")));
+    s.tree()->collapse(s.node(s.music));
+
+    // What a screen reader is told: names and roles, in the language shown.
+    const struct { const char *name; QAccessible::Role role; const char *english; } controls[] = {
+        {"tvMain", QAccessible::Tree, "Folders"},
+        {"lstMain", QAccessible::Tree, "Audio files"},
+        {"drvMain", QAccessible::ComboBox, nullptr}, // on Linux a combo box is named by its value
+        {"sliMpc", QAccessible::Slider, "Musepack quality"},
+        {"cmdDefault", QAccessible::Button, "Default"},
+        {"stbMain_7", QAccessible::Button, "English"},
+        {"tbMain_1", QAccessible::Button, "Make Mp3"},
+        {"tbMain_9", QAccessible::CheckBox, "Show Mp3"}, // a toggle says whether it is pressed
+    };
+    for (const auto &c : controls) {
+        QAccessibleInterface *a = QAccessible::queryAccessibleInterface(s.w(c.name));
+        ASSERT_NE(a, nullptr) << c.name;
+        EXPECT_EQ(a->role(), c.role) << c.name;
+        if (c.english != nullptr) {
+            EXPECT_EQ(a->text(QAccessible::Name), QLatin1String(c.english)) << c.name;
+        }
+        EXPECT_FALSE(a->text(QAccessible::Description).isEmpty()) << c.name;
+    }
+    s.w<QToolButton>("stbMain_7")->click();
+    EXPECT_EQ(QAccessible::queryAccessibleInterface(s.w("tvMain"))->text(QAccessible::Name), QStringLiteral("Папки"));
+    EXPECT_EQ(QAccessible::queryAccessibleInterface(s.w("tbMain_9"))->text(QAccessible::Name), QStringLiteral("Показать Mp3"));
+}
+
+TEST(WindowTree, ExpandCollapseClickImagesAndFaults)
+{
+    Session s;
+    ASSERT_EQ(s.start(s.music), StartEnd::Running);
+    const QModelIndex music = s.node(s.music);
+    ASSERT_TRUE(music.isValid());
+    EXPECT_EQ(s.tree()->currentIndex(), music);
+    EXPECT_TRUE(s.tree()->isExpanded(music));
+    // Dot-folders are left out; sub-folders are listed one level ahead.
+    EXPECT_EQ(s.children(music), (QStringList{QStringLiteral("empty"), QStringLiteral("jazz"), QStringLiteral("rock")}));
+    const QModelIndex rock = s.node(s.music + QStringLiteral("/rock"));
+    EXPECT_EQ(s.children(rock), QStringList{QStringLiteral("old")});
+    EXPECT_FALSE(s.tree()->isExpanded(rock));
+    EXPECT_FALSE(s.tree()->model()->hasChildren(s.node(s.music + QStringLiteral("/jazz"))));
+
+    auto image = [&](const QString &path) {
+        return s.tree()->model()->data(s.node(path), Qt::DecorationRole).value<QIcon>().cacheKey();
+    };
+    EXPECT_EQ(image(s.music + QStringLiteral("/rock")), FolderTreeModel::treeImage(ImageFolderAudio).cacheKey());
+    EXPECT_EQ(image(s.music + QStringLiteral("/jazz")), FolderTreeModel::treeImage(ImageFolder).cacheKey());
+    EXPECT_EQ(image(s.drive.root), FolderTreeModel::treeImage(ImageDriveFixed).cacheKey());
+
+    s.click(rock);
+    EXPECT_EQ(s.controller->fileList().currentFolder, s.music + QStringLiteral("/rock/"));
+    EXPECT_EQ(s.w<QTreeView>("lstMain")->model()->rowCount(), 2); // the two WAV files
+    EXPECT_EQ(image(s.music + QStringLiteral("/rock")), FolderTreeModel::treeImage(ImageFolderAudioOpen).cacheKey());
+    s.toolbar(ShowMp3)->trigger();
+    EXPECT_EQ(s.w<QTreeView>("lstMain")->model()->rowCount(), 2);
+    EXPECT_EQ(s.label("stbMain_3"), QStringLiteral("Files: 2  "));
+
+    s.tree()->expand(rock);
+    EXPECT_EQ(s.children(rock), QStringList{QStringLiteral("old")});
+    EXPECT_EQ(image(s.music + QStringLiteral("/rock/old")), FolderTreeModel::treeImage(ImageFolderAudio).cacheKey());
+
+    // A folder that cannot be read: listed as an empty folder, and clicking it keeps the list.
+    s.folders.refused.insert(s.music + QStringLiteral("/jazz"));
+    s.tree()->collapse(music);
+    s.tree()->expand(music);
+    EXPECT_FALSE(s.tree()->model()->hasChildren(s.node(s.music + QStringLiteral("/jazz"))));
+    s.click(s.node(s.music + QStringLiteral("/rock")));
+    s.click(s.node(s.music + QStringLiteral("/jazz")));
+    EXPECT_EQ(s.w<QTreeView>("lstMain")->model()->rowCount(), 2);
+
+    // The folder shown is removed: a rescan keeps the rows and the window goes on.
+    s.click(s.node(s.music + QStringLiteral("/rock")));
+    ASSERT_TRUE(QDir(s.music + QStringLiteral("/rock")).removeRecursively());
+    s.toolbar(ShowMp3)->trigger();
+    EXPECT_EQ(s.w<QTreeView>("lstMain")->model()->rowCount(), 2);
+    s.tree()->expand(s.node(s.music + QStringLiteral("/rock")));
+    EXPECT_TRUE(s.children(s.node(s.music + QStringLiteral("/rock"))).isEmpty());
+    EXPECT_EQ(QApplication::overrideCursor(), nullptr);
+
+    // A drive plugged in shows when the list opens; once gone, choosing it says so once and the
+    // list and tree stay on the program's drive.
+    s.drive.plugged = {Volume{s.dir.path() + QStringLiteral("/stick"), QStringLiteral("vfat")}};
+    auto *drives = s.w<QComboBox>("drvMain");
+    drives->showPopup();
+    drives->hidePopup();
+    ASSERT_EQ(drives->count(), 2);
+    Q_EMIT drives->activated(1);
+    EXPECT_EQ(s.messages.shown, QStringList{QStringLiteral("i Drive is not ready, change another drive")});
+    EXPECT_EQ(drives->currentIndex(), 0);
+    EXPECT_EQ(s.tree()->model()->index(0, 0).data().toString(), s.drive.root);
+    EXPECT_EQ(QApplication::overrideCursor(), nullptr);
+}
+
+TEST(WindowCommands, ShowEnablingStatisticsAndLanguage)
+{
+    Session s;
+    ASSERT_EQ(s.start(s.music + QStringLiteral("/rock")), StartEnd::Running);
+    const struct { int show; bool encode; } shows[] = {{ShowMp3, false}, {ShowOgg, false}, {ShowMpc, false}, {ShowMp3, false}, {ShowWav, true}};
+    for (const auto &c : shows) {
+        s.toolbar(c.show)->trigger();
+        for (int make : {MakeMp3, MakeOgg, MakeMpc})
+            EXPECT_EQ(s.toolbar(make)->isEnabled(), c.encode) << c.show;
+        EXPECT_EQ(s.toolbar(MakeWav)->isEnabled(), !c.encode) << c.show;
+        for (int other : {ShowWav, ShowMp3, ShowOgg, ShowMpc})
+            EXPECT_EQ(s.toolbar(other)->isChecked(), other == c.show);
+    }
+
+    // Ticks, Make All and option changes each run the statistics again.
+    QAbstractItemModel *list = s.w<QTreeView>("lstMain")->model();
+    EXPECT_EQ(s.label("lblInfo_3"), QStringLiteral("0"));
+    list->setData(list->index(1, 0), Qt::Checked, Qt::CheckStateRole);
+    EXPECT_EQ(s.label("lblInfo_3"), QStringLiteral("1"));
+    s.toolbar(MakeAll)->trigger();
+    EXPECT_TRUE(s.toolbar(MakeAll)->isChecked());
+    EXPECT_EQ(s.label("lblInfo_3"), QStringLiteral("2"));
+    const QString mp3Forecast = s.label("lblInfo_9");
+    auto *mode = s.w<QComboBox>("cmbMode");
+    mode->setCurrentIndex(2);
+    Q_EMIT mode->activated(2); // constant bitrate: the bit-rate list shows instead of the presets
+    EXPECT_TRUE(s.w("cmbCbr")->isVisible());
+    EXPECT_FALSE(s.w("cmbPreset")->isVisible());
+    EXPECT_NE(s.label("lblInfo_9"), mp3Forecast);
+    s.window->findChild<QTabBar *>(QStringLiteral("TabOpt"))->setCurrentIndex(2);
+    EXPECT_TRUE(s.w("frEncOpt_2")->isVisible());
+    EXPECT_FALSE(s.w("frEncOpt_0")->isVisible());
+    const QString mpcForecast = s.label("lblInfo_11");
+    s.w<QComboBox>("cmbModeMpc")->setCurrentIndex(1);
+    Q_EMIT s.w<QComboBox>("cmbModeMpc")->activated(1);
+    s.w<QSlider>("sliMpc")->setValue(100);
+    EXPECT_EQ(s.label("lblMpc"), QStringLiteral("--quality 10"));
+    EXPECT_NE(s.label("lblInfo_11"), mpcForecast);
+    s.w<QPushButton>("cmdDefault")->click();
+    EXPECT_EQ(s.label("lblInfo_11"), mpcForecast);
+    EXPECT_EQ(s.w<QComboBox>("cmbModeMpc")->currentIndex(), 0);
+
+    // The language panel switches every text, and twice gives every text back.
+    auto texts = [&] {
+        QStringList t;
+        for (QLabel *l : s.window->findChildren<QLabel *>())
+            t.append(l->text());
+        for (QAbstractButton *b : s.window->findChildren<QAbstractButton *>())
+            t.append(b->text());
+        for (int c = 0; c < 6; ++c)
+            t.append(list->headerData(c, Qt::Horizontal).toString());
+        t.append(s.w<QComboBox>("cmbModeOgg")->itemText(0));
+        t.append(s.w<QGroupBox>("frOptions")->title());
+        return t;
+    };
+    const QStringList english = texts();
+    s.w<QToolButton>("stbMain_7")->click();
+    EXPECT_EQ(s.w<QToolButton>("stbMain_7")->text(), QStringLiteral("Русский"));
+    EXPECT_EQ(s.label("stbMain_3"), QStringLiteral("Файлов: 2  "));
+    EXPECT_EQ(s.toolbar(ShowMp3)->text(), QStringLiteral("Показать Mp3"));
+    EXPECT_EQ(list->headerData(1, Qt::Horizontal).toString(), QStringLiteral("Размер, КБ"));
+    EXPECT_EQ(s.w<QComboBox>("cmbModeOgg")->itemText(0), QStringLiteral("Качество"));
+    EXPECT_NE(texts(), english);
+    s.w<QToolButton>("stbMain_7")->click();
+    EXPECT_EQ(texts(), english);
+
+    // The keyboard reaches the Show commands and the language panel.
+    QApplication::setActiveWindow(s.window.get());
+    QTest::keyClick(s.window.get(), Qt::Key_3, Qt::ControlModifier);
+    EXPECT_TRUE(s.toolbar(ShowOgg)->isChecked());
+    QTest::keyClick(s.window.get(), Qt::Key_L, Qt::ControlModifier | Qt::ShiftModifier);
+    EXPECT_EQ(s.w<QToolButton>("stbMain_7")->text(), QStringLiteral("Русский"));
+    s.toolbar(ShowWav)->trigger(); // a rescan lists the rows afresh, unticked
+    s.toolbar(MakeAll)->trigger(); // released: only ticked rows count
+    QTest::keyClick(s.window.get(), Qt::Key_L, Qt::AltModifier);
+    ASSERT_TRUE(s.w("lstMain")->hasFocus());
+    s.w<QTreeView>("lstMain")->setCurrentIndex(list->index(0, 0));
+    QTest::keyClick(s.w("lstMain"), Qt::Key_Space);
+    EXPECT_EQ(list->index(0, 0).data(Qt::CheckStateRole).value<Qt::CheckState>(), Qt::Checked);
+    EXPECT_EQ(s.label("lblInfo_3"), QStringLiteral("1"));
+}
+
+TEST(WindowConfiguration, SavedAtCloseRestoredAtTheNextStartAndRefusedWhileConverting)
+{
+    Session s;
+    const QString cfg = s.program + QStringLiteral("kestrvan.cfg");
+    ASSERT_EQ(s.start(s.music + QStringLiteral("/rock")), StartEnd::Running);
+    s.w<QSlider>("sliPresetOgg")->setValue(45);
+    s.window->findChild<QTabBar *>(QStringLiteral("TabOpt"))->setCurrentIndex(1);
+    s.w<QToolButton>("stbMain_7")->click();
+    s.window->resize(900, 640);
+    s.window->move(30, 40);
+
+    s.w("frEncode")->show();
+    EXPECT_FALSE(s.window->close());
+    EXPECT_TRUE(s.window->isVisible());
+    EXPECT_FALSE(QFile::exists(cfg));
+    s.w("frEncode")->hide();
+    EXPECT_TRUE(s.window->close());
+    ASSERT_EQ(QFileInfo(cfg).size(), ConfigRecord::kSize);
+
+    ASSERT_EQ(s.start(), StartEnd::Running);
+    EXPECT_EQ(s.w<QSlider>("sliPresetOgg")->value(), 45);
+    EXPECT_EQ(s.label("lblPresetOgg"), QStringLiteral("--quality 4.5"));
+    EXPECT_TRUE(s.w("frEncOpt_1")->isVisible());
+    EXPECT_EQ(s.w<QToolButton>("stbMain_7")->text(), QStringLiteral("Русский"));
+    EXPECT_EQ(s.controller->fileList().currentFolder, s.music + QStringLiteral("/rock/"));
+    EXPECT_EQ(s.window->size(), QSize(900, 640));
+
+    // Files that are not one record, and a folder of that name: defaults, and the window works.
+    const struct { QByteArray bytes; bool folder; } bad[] = {
+        {QByteArray(ConfigRecord::kSize - 1, '\x01'), false},
+        {QByteArray(ConfigRecord::kSize, '\xC8'), false}, // the left edge overflows first
+        {{}, true},
+    };
+    for (const auto &b : bad) {
+        s.window.reset();
+        QFile::remove(cfg);
+        if (b.folder)
+            QDir().mkpath(cfg);
+        else
+            Session::write(cfg, b.bytes);
+        ASSERT_EQ(s.start(), StartEnd::Running);
+        EXPECT_EQ(s.w<QToolButton>("stbMain_7")->text(), QStringLiteral("English"));
+        EXPECT_EQ(s.w<QSlider>("sliPresetOgg")->value(), 60);
+        EXPECT_TRUE(s.window->close());
+        EXPECT_EQ(QFileInfo(cfg).isDir(), b.folder);
+        QDir(cfg).removeRecursively();
+    }
+}

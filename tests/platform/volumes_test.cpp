@@ -1,0 +1,78 @@
+#include <gtest/gtest.h>
+
+#include <QTemporaryDir>
+
+#include "platform/posix/posixinstancelock.h"
+#include "platform/posix/posixvolumes.h"
+#include "platform/volumes.h"
+#include "support/qtprinters.h"
+
+using namespace kv;
+
+namespace {
+
+QStringList mountPoints(const std::vector<Volume> &volumes)
+{
+    QStringList out;
+    for (const Volume &v : volumes)
+        out.append(v.mountPoint + QLatin1Char(':') + v.fsType);
+    return out;
+}
+
+} // namespace
+
+TEST(Volumes, DriveListKeepsRealFileSystemsOnce)
+{
+    const QByteArray table =
+        "22 1 0:21 / /sys rw,nosuid shared:7 - sysfs sysfs rw\n"
+        "23 1 0:22 / /proc rw shared:13 - proc proc rw\n"
+        "25 1 8:1 / / rw,relatime shared:1 - ext4 /dev/sda1 rw\n"
+        "26 25 0:5 / /dev rw shared:2 - devtmpfs udev rw\n"
+        "27 25 0:24 / /run rw shared:5 - tmpfs tmpfs rw\n"
+        "28 27 0:25 / /run/user/1000 rw - tmpfs tmpfs rw\n"
+        "29 25 8:17 / /media/ann/My\\040Disk rw - vfat /dev/sdb1 rw\n"
+        "30 25 11:0 / /media/cdrom ro - iso9660 /dev/sr0 ro\n"
+        "31 25 8:2 / /home rw - ext4 /dev/sda2 rw\n"
+        "32 25 0:30 / /sys/fs/cgroup rw - cgroup2 cgroup2 rw\n"
+        "33 25 8:3 / /home rw - xfs /dev/sda3 rw\n"
+        "34 25 0:40 / /run/media/ann/stick rw - exfat /dev/sdc1 rw\n"
+        "garbage line\n";
+    EXPECT_EQ(mountPoints(parseMountInfo(table)),
+              (QStringList{QStringLiteral("/:ext4"), QStringLiteral("/home:xfs"), QStringLiteral("/media/ann/My Disk:vfat"),
+                           QStringLiteral("/media/cdrom:iso9660"), QStringLiteral("/run/media/ann/stick:exfat")}));
+    // Without a table (no /proc) there is still the root.
+    EXPECT_EQ(mountPoints(parseMountInfo(QByteArray())), QStringList{QStringLiteral("/:")});
+}
+
+TEST(Volumes, DriveImageAndTheDriveOfAPath)
+{
+    const struct { const char *mount, *type; DriveKind kind; } kinds[] = {
+        {"/", "ext4", DriveKind::Fixed},           {"/home", "xfs", DriveKind::Fixed},
+        {"/media/usb", "vfat", DriveKind::Removable}, {"/mnt/disk", "ext4", DriveKind::Removable},
+        {"/run/media/a/b", "exfat", DriveKind::Removable}, {"/media/cd", "iso9660", DriveKind::CdRom},
+        {"/srv/dvd", "udf", DriveKind::CdRom},     {"/mediathek", "ext4", DriveKind::Fixed},
+    };
+    for (const auto &k : kinds)
+        EXPECT_EQ(driveKind(Volume{QLatin1String(k.mount), QLatin1String(k.type)}), k.kind) << k.mount;
+
+    const std::vector<Volume> drives = {{QStringLiteral("/"), {}}, {QStringLiteral("/home"), {}},
+                                        {QStringLiteral("/home/ann/usb"), {}}};
+    const struct { const char *path, *drive; } paths[] = {
+        {"/home/ann/usb/x", "/home/ann/usb"}, {"/home/ann/usbx", "/home"}, {"/home", "/home"},
+        {"/home/", "/home"}, {"/etc", "/"}, {"relative", "/"},
+    };
+    for (const auto &p : paths)
+        EXPECT_EQ(volumeContaining(QLatin1String(p.path), drives).mountPoint, QLatin1String(p.drive)) << p.path;
+    EXPECT_EQ(PosixVolumes().mounted().front().mountPoint, QStringLiteral("/"));
+}
+
+TEST(InstanceLock, OnePerProgramFolderUntilReleased)
+{
+    QTemporaryDir a, b;
+    auto first = std::make_unique<PosixInstanceLock>(a.path() + QLatin1Char('/'));
+    ASSERT_TRUE(first->tryLock());
+    EXPECT_FALSE(PosixInstanceLock(a.path() + QLatin1Char('/')).tryLock());
+    EXPECT_TRUE(PosixInstanceLock(b.path() + QLatin1Char('/')).tryLock()); // another installation
+    first.reset();
+    EXPECT_TRUE(PosixInstanceLock(a.path() + QLatin1Char('/')).tryLock());
+}
