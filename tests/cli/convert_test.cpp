@@ -2,6 +2,8 @@
 
 #include <csignal>
 
+#include <unistd.h>
+
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
@@ -416,4 +418,61 @@ TEST(Convert, FailingCodecsAreToldWithTheirStatusAndErrorOutput)
     }
     EXPECT_LE(kept, 4096);
     EXPECT_GT(kept, 4000);
+}
+
+namespace {
+
+// A small file system of its own, mounted over a temporary folder; needs the right to mount.
+struct SmallVolume
+{
+    QTemporaryDir dir;
+    bool mounted = false;
+
+    explicit SmallVolume(const char *size)
+    {
+        mounted = ::geteuid() == 0
+                  && QProcess::execute(u"/bin/mount"_s, {u"-t"_s, u"tmpfs"_s, u"-o"_s, u"size="_s + QLatin1String(size),
+                                                         u"tmpfs"_s, dir.path()})
+                         == 0;
+    }
+    ~SmallVolume()
+    {
+        if (mounted)
+            QProcess::execute(u"/bin/umount"_s, {dir.path()});
+    }
+    bool makeReadOnly() const
+    {
+        return QProcess::execute(u"/bin/mount"_s, {u"-o"_s, u"remount,ro"_s, dir.path()}) == 0;
+    }
+};
+
+} // namespace
+
+// The real encoder where it cannot write: a full disk leaves part of a target, a read-only
+// folder the old one. The size rule calls both "Done"; the codec's own words say otherwise.
+TEST(Convert, RealCodecFailuresOnAFullDiskAndAReadOnlyFolder)
+{
+    SmallVolume full("1900k");
+    SmallVolume readOnly("1m");
+    if (!full.mounted || !readOnly.mounted)
+        GTEST_SKIP() << "needs the right to mount a small file system";
+    ProgramCopy program;
+
+    makeWav(full.dir.filePath(u"long.wav"_s), "-r44100", "10"); // 1723 KB of 1900
+    QProcess p;
+    program.start(p, {u"--to"_s, u"mp3"_s, full.dir.path()});
+    EXPECT_EQ(p.exitCode(), 1);
+    QString out = QString::fromUtf8(p.readAllStandardOutput());
+    EXPECT_TRUE(out.contains(u"\nFinished 1 of 1\n\nlong.wav\tDone\texit status 1\n"_s)) << out.toStdString();
+    EXPECT_TRUE(out.contains(u"Error writing"_s)) << out.toStdString();
+
+    makeWav(readOnly.dir.filePath(u"a.wav"_s));
+    write(readOnly.dir.filePath(u"a.mp3"_s), QByteArray(20480, 'o'));
+    ASSERT_TRUE(readOnly.makeReadOnly());
+    program.start(p, {u"--to"_s, u"mp3"_s, readOnly.dir.path()});
+    EXPECT_EQ(p.exitCode(), 1);
+    out = QString::fromUtf8(p.readAllStandardOutput());
+    EXPECT_TRUE(out.contains(u"\na.wav\tDone\t172 KB\t20 KB\t12\t"_s)) << out.toStdString();
+    EXPECT_TRUE(out.contains(u"\nFinished 1 of 1\n\na.wav\tDone\texit status "_s)) << out.toStdString();
+    EXPECT_EQ(bytes(readOnly.dir.filePath(u"a.mp3"_s)), QByteArray(20480, 'o'));
 }
