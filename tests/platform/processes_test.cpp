@@ -168,6 +168,14 @@ TEST(PosixProcesses, EndsAreToldWithTheTailOfTheErrorOutput)
         EXPECT_EQ(end->errorTail, c.tail) << c.script;
         EXPECT_EQ(end->failed(), c.exitCode != 0 || c.signal != 0);
     }
+
+    // An owner that only polls (the window's tick) keeps a flood moving too.
+    const auto h = p.start(u"\"/bin/sh\" -c \"/usr/bin/head -c 3000000 /dev/zero >&2\""_s, ChildEnvironment::Empty);
+    ASSERT_TRUE(h.has_value());
+    for (int i = 0; i < 2000 && !p.hasEnded(*h); ++i)
+        QThread::msleep(1);
+    EXPECT_TRUE(p.hasEnded(*h));
+    p.kill(*h);
 }
 
 TEST(PosixProcesses, ExitOfAChildWakesTheWatcher)

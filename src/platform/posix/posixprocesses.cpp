@@ -269,8 +269,11 @@ bool PosixProcesses::hasEnded(ProcessHandle handle)
     for (;;) {
         int status = 0;
         const pid_t r = ::waitpid(child.pid, &status, WNOHANG);
-        if (r == 0)
+        if (r == 0) {
+            // An owner that only polls still keeps the pipe flowing, at the pace of its polls.
+            readErrors(child);
             return false;
+        }
         if (r < 0 && errno == EINTR)
             continue;
         // Reaped now, or already gone (ECHILD): either way the id may be reused from here on.
