@@ -330,7 +330,6 @@ int runConvert(const QStringList &args)
     progress.finish();
 
     out(jobReport(run, text) + failureReport(run));
-    std::fflush(stdout);
     if (abortSignal != 0)
         return ExitSignalBase + abortSignal;
     for (const EncodeJob &job : run.jobs()) {
@@ -376,10 +375,10 @@ Command convertCommand()
             "finished targets are kept.\n"
             "\n"
             "Exit status: 0 when every job is \"Done\" and every codec succeeded; 1 when any job\n"
-            "ended otherwise or any codec failed; 2 for a usage error, a missing folder or a codec\n"
-            "missing or not executable; 3 when there was nothing to convert; 128 + the signal\n"
-            "after a hard stop (130 after a second Ctrl-C, 143 after SIGTERM, 129 after SIGHUP,\n"
-            "141 after a closed pipe).\n"),
+            "ended otherwise, any codec failed or the output could not be written; 2 for a usage\n"
+            "error, a missing folder or a codec missing or not executable; 3 when there was\n"
+            "nothing to convert; 128 + the signal after a hard stop (130 after a second Ctrl-C,\n"
+            "143 after SIGTERM, 129 after SIGHUP, 141 after a closed pipe).\n"),
         runConvert,
     };
 }

@@ -34,8 +34,8 @@ void out(const QString &text)
 // output must not pass for a complete listing.
 int withOutputChecked(int status)
 {
-    if (std::fflush(stdout) != 0 && g_outputError == 0)
-        g_outputError = errno;
+    if ((std::fflush(stdout) != 0 || std::ferror(stdout)) && g_outputError == 0)
+        g_outputError = errno != 0 ? errno : EIO;
     if (g_outputError == 0)
         return status;
     if (g_outputError == EPIPE) // the reader is gone: nothing to tell, as if the pipe had ended us
