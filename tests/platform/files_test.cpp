@@ -101,23 +101,12 @@ TEST(PosixFiles, ExecutableMeansAFileThatMayBeStarted)
         EXPECT_EQ(files.isExecutable(dir.filePath(QLatin1String(c.name))), c.executable) << c.name;
 }
 
-TEST(DescribeUnreadable, SaysWhatThePathIs)
+// The other kinds of path are in the options command's test; root reads everything, so this
+// one runs as nobody.
+TEST(DescribeUnreadable, AFileWeMayNotReadIsNotMissing)
 {
     QTemporaryDir dir;
     write(dir.filePath(u"file"_s), "x");
-    ASSERT_EQ(::mkfifo(QFile::encodeName(dir.filePath(u"fifo"_s)).constData(), 0600), 0);
-    QDir().mkdir(dir.filePath(u"folder"_s));
-    const struct { QString path; const char *said; } cases[] = {
-        {dir.filePath(u"file"_s), ""},
-        {dir.filePath(u"none"_s), "missing"},
-        {dir.filePath(u"file/below"_s), "missing"},
-        {dir.filePath(u"folder"_s), "a folder"},
-        {dir.filePath(u"fifo"_s), "a FIFO"}, // and no wait for a writer
-        {u"/dev/null"_s, "a device"},
-    };
-    for (const auto &c : cases)
-        EXPECT_EQ(describeUnreadable(c.path), QLatin1String(c.said)) << c.path.toStdString();
-    // A file we may see but not read (root reads everything, so the check runs as nobody).
     ::chmod(QFile::encodeName(dir.path()).constData(), 0755);
     ::chmod(QFile::encodeName(dir.filePath(u"file"_s)).constData(), 0000);
     EXPECT_EQ(asUnprivileged([&] {
