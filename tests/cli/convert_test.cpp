@@ -233,7 +233,8 @@ TEST(Convert, FirstInterruptBreaksTheWaitingAndLetsTheRunningFinish)
     clock.start();
     QProcess p;
     program.start(p, {u"--to"_s, u"mp3"_s, u"--jobs"_s, u"2"_s, wavs.path()}, false);
-    QThread::msleep(300);
+    for (int i = 0; i < 1000 && !QFile::exists(wavs.filePath(u"f2.mp3"_s)); ++i)
+        QThread::msleep(10);
     ::kill(static_cast<pid_t>(p.processId()), SIGINT);
     ASSERT_TRUE(p.waitForFinished(20000));
     EXPECT_LT(clock.elapsed(), 5000);
@@ -277,32 +278,40 @@ TEST(Convert, HardStopsKillOnlyWhatStillRuns)
 {
     ProgramCopy program;
     const QString pids = program.dir.filePath(u"pids"_s);
-    // Each job runs for as long as its NAME.delay file says, 30 s without one.
+    // f1 runs until its f1.go file appears, any other job for 30 s.
     program.fakeLame("echo $$ >> '" + pids.toUtf8() + "'\n/usr/bin/head -c 5000 /dev/zero > \"$t\"\n"
-                     "d=$(/bin/cat \"${t%.mp3}.delay\" 2>/dev/null || echo 30)\nexec /bin/sleep \"$d\"\n");
-    const struct { std::vector<int> signals; int status; QStringList expected; } runs[] = {
-        {{SIGINT, SIGINT}, 130, {u"f1.wav\tDone"_s, u"f2.wav\tKilled"_s, u"f3.wav\tBreak"_s}},
-        {{SIGTERM}, 143, {u"f1.wav\tDone"_s, u"f2.wav\tKilled"_s, u"f3.wav\tKilled"_s}},
-        {{SIGHUP}, 129, {u"f1.wav\tDone"_s, u"f2.wav\tKilled"_s, u"f3.wav\tKilled"_s}},
+                     "case \"$t\" in *f1.mp3) while [ ! -e \"${t%.mp3}.go\" ]; do /bin/sleep 0.02; done;;\n"
+                     "*) exec /bin/sleep 30;;\nesac\n");
+    auto started = [&](int codecs) {
+        for (int i = 0; i < 1000 && bytes(pids).count('\n') < codecs; ++i)
+            QThread::msleep(10);
+        return bytes(pids).count('\n');
+    };
+    const struct { int signal; int status; QStringList expected; } runs[] = {
+        {SIGINT, 130, {u"f1.wav\tDone"_s, u"f2.wav\tKilled"_s, u"f3.wav\tBreak"_s}},
+        {SIGTERM, 143, {u"f1.wav\tDone"_s, u"f2.wav\tKilled"_s, u"f3.wav\tKilled"_s}},
+        {SIGHUP, 129, {u"f1.wav\tDone"_s, u"f2.wav\tKilled"_s, u"f3.wav\tKilled"_s}},
     };
     for (const auto &run : runs) {
         QTemporaryDir wavs;
         for (int i = 1; i <= 3; ++i)
             makeWav(wavs.filePath(u"f%1.wav"_s.arg(i)));
-        write(wavs.filePath(u"f1.delay"_s), "0.2");
-        write(wavs.filePath(u"f3.delay"_s), "30");
         QFile::remove(pids);
-        QElapsedTimer clock;
-        clock.start();
         QProcess p;
         program.start(p, {u"--to"_s, u"mp3"_s, u"--jobs"_s, u"2"_s, wavs.path()}, false);
-        for (size_t i = 0; i < run.signals.size(); ++i) {
-            // The first signal comes after f1 ended, unless it is the Ctrl-C that lets it end.
-            QThread::msleep(i == 0 && run.signals[i] == SIGINT ? 100 : 1000);
-            ::kill(static_cast<pid_t>(p.processId()), run.signals[i]);
+        const auto pid = static_cast<pid_t>(p.processId());
+        ASSERT_EQ(started(2), 2);
+        if (run.signal == SIGINT) { // Ctrl-C, f1 finishes, Ctrl-C
+            ::kill(pid, SIGINT);
+            QThread::msleep(200);
+            write(wavs.filePath(u"f1.go"_s), "");
+            QThread::msleep(500);
+        } else { // f1 finishes and f3 takes its slot
+            write(wavs.filePath(u"f1.go"_s), "");
+            ASSERT_EQ(started(3), 3);
         }
+        ::kill(pid, run.signal);
         ASSERT_TRUE(p.waitForFinished(20000));
-        EXPECT_LT(clock.elapsed(), 8000);
         EXPECT_EQ(p.exitStatus(), QProcess::NormalExit);
         EXPECT_EQ(p.exitCode(), run.status);
         EXPECT_EQ(statuses(QString::fromUtf8(p.readAllStandardOutput())), run.expected) << run.status;
@@ -317,7 +326,6 @@ TEST(Convert, HardStopsKillOnlyWhatStillRuns)
     QTemporaryDir wavs;
     for (int i = 1; i <= 2; ++i)
         makeWav(wavs.filePath(u"f%1.wav"_s.arg(i)));
-    write(wavs.filePath(u"f1.delay"_s), "0.5");
     QFile::remove(pids);
     QProcess shell;
     QProcessEnvironment e = QProcessEnvironment::systemEnvironment();
@@ -326,6 +334,9 @@ TEST(Convert, HardStopsKillOnlyWhatStillRuns)
     shell.start(u"/bin/bash"_s, {u"-c"_s, u"\"$0\" convert --to mp3 --jobs 2 \"$1\" 2>&1 >\"$1/report\" | /usr/bin/head -c 1 "
                                            "> /dev/null; echo ${PIPESTATUS[0]}"_s,
                                  program.dir.path() + u"/kestrelvane-cli"_s, wavs.path()});
+    ASSERT_EQ(started(2), 2);
+    QThread::msleep(300); // the first progress line has reached the reader, which is gone
+    write(wavs.filePath(u"f1.go"_s), "");
     ASSERT_TRUE(shell.waitForFinished(20000));
     EXPECT_EQ(shell.readAllStandardOutput(), "141\n");
     EXPECT_EQ(statuses(QString::fromUtf8(bytes(wavs.filePath(u"report"_s)))),
