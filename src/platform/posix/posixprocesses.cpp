@@ -194,8 +194,9 @@ std::optional<ProcessHandle> PosixProcesses::start(const QString &commandLine, C
 
 void PosixProcesses::readErrors(Child &child)
 {
+    // A bounded share per call: a child writing as fast as we read never holds the loop.
     char buf[65536];
-    while (child.errorPipe >= 0) {
+    for (int round = 0; round < 16 && child.errorPipe >= 0; ++round) {
         const ssize_t got = ::read(child.errorPipe, buf, sizeof buf);
         if (got > 0) {
             keepTail(child.end.errorTail, buf, got);
@@ -233,18 +234,15 @@ void PosixProcesses::reaped(Child &child, int status)
 
 void PosixProcesses::readOutput()
 {
+    // One pass; the descriptor stays readable while anything is left, so the owner comes back.
     epoll_event events[16];
-    for (;;) {
-        const int n = ::epoll_wait(m_outputEvents, events, 16, 0);
-        if (n < 0 && errno == EINTR)
-            continue;
-        if (n <= 0)
-            return;
-        for (int i = 0; i < n; ++i) {
-            const auto it = m_children.find(static_cast<ProcessHandle>(events[i].data.u64));
-            if (it != m_children.end())
-                readErrors(it->second);
-        }
+    int n = 0;
+    while ((n = ::epoll_wait(m_outputEvents, events, 16, 0)) < 0 && errno == EINTR) {
+    }
+    for (int i = 0; i < n; ++i) {
+        const auto it = m_children.find(static_cast<ProcessHandle>(events[i].data.u64));
+        if (it != m_children.end())
+            readErrors(it->second);
     }
 }
 
