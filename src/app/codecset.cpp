@@ -19,8 +19,10 @@ QStringList checkCodecs(const QString &programFolder, Files &files)
     };
     QStringList messages;
     for (const auto &t : tests) {
-        const auto size = files.fileSize(CodecSet::path(programFolder, t.lookFor));
-        if (!size || *size <= 0)
+        // An entry that cannot be started is as good as none: every job would fail with it.
+        const QString path = CodecSet::path(programFolder, t.lookFor);
+        const auto size = files.fileSize(path);
+        if (!size || *size <= 0 || !files.isExecutable(path))
             messages.append(CodecSet::path(programFolder, t.report) + QStringLiteral(" not found"));
     }
     return messages;

@@ -17,7 +17,7 @@ struct CodecSet
 
 // The start-up check of the codec folder: one "<full path> not found" message per failed test,
 // in check order; no messages means the program may start. A file counts when it exists (links
-// followed) and is not empty.
+// followed), is not empty and may be executed.
 QStringList checkCodecs(const QString &programFolder, Files &files);
 
 } // namespace kv

@@ -9,7 +9,7 @@
 namespace kv::cli {
 
 // Exit statuses shared by every subcommand.
-enum ExitStatus { ExitOk = 0, ExitFailedJobs = 1, ExitUsage = 2, ExitNoJobs = 3, ExitInterrupted = 130 };
+enum ExitStatus { ExitOk = 0, ExitFailedJobs = 1, ExitUsage = 2, ExitNoJobs = 3, ExitSignalBase = 128 };
 
 struct Command
 {

@@ -1,6 +1,9 @@
 // kestrelvane-cli convert: one Make command on one folder, run to its end as the window runs it,
 // with the job list printed at the end.
 
+#include <csignal>
+#include <cstring>
+
 #include <QCoreApplication>
 #include <QEventLoop>
 #include <QLocale>
@@ -166,6 +169,32 @@ QString jobReport(const ConversionRun &run, const UiText &text)
     return report + run.display().labels[2] + newline;
 }
 
+// How a failed codec ended, in words: "exit status 1" or "signal 11 (Segmentation fault)".
+QString endText(const ProcessEnd &end)
+{
+    if (end.signal == 0)
+        return QStringLiteral("exit status ") + QString::number(end.exitCode);
+    return QStringLiteral("signal ") + QString::number(end.signal) + QStringLiteral(" (")
+           + QString::fromLocal8Bit(::strsignal(end.signal)) + QLatin1Char(')');
+}
+
+// After the job list: each job whose codec failed, with how it ended and the end of what it
+// wrote on its standard error, indented. Empty when every codec succeeded.
+QString failureReport(const ConversionRun &run)
+{
+    QString report;
+    for (const EncodeJob &job : run.jobs()) {
+        if (!job.codecFailure)
+            continue;
+        report += QLatin1Char('\n') + escapedText(job[EncodeJob::Name]) + QLatin1Char('\t') + job[EncodeJob::Status]
+                  + QLatin1Char('\t') + endText(*job.codecFailure) + QLatin1Char('\n');
+        const QString errors = QString::fromUtf8(job.codecFailure->errorTail).trimmed();
+        for (const QString &line : errors.split(QLatin1Char('\n'), Qt::SkipEmptyParts))
+            report += QStringLiteral("    ") + escapedText(line.trimmed()) + QLatin1Char('\n');
+    }
+    return report;
+}
+
 int runConvert(const QStringList &args)
 {
     ConvertRequest request;
@@ -234,7 +263,12 @@ int runConvert(const QStringList &args)
                                         {}},
                       text);
     const int slots = request.jobs > 0 ? request.jobs : processes.processorCount();
-    if (!run.PrepareJobs(request.names.isEmpty(), startup.settings().mp3.cbrIndex, slots)) {
+    const bool prepared = run.PrepareJobs(request.names.isEmpty(), startup.settings().mp3.cbrIndex, slots);
+    for (const LeftOutSource &source : run.leftOut())
+        err(QStringLiteral("kestrelvane-cli: ") + escapedText(source.name) + QStringLiteral(" left out: its target ")
+            + escapedText(source.target.mid(source.target.lastIndexOf(QLatin1Char('/')) + 1))
+            + QStringLiteral(" is made from ") + escapedText(source.sameTargetAs) + QStringLiteral(" in this run\n"));
+    if (!prepared) {
         err(QStringLiteral("kestrelvane-cli: no file to convert\n"));
         return ExitNoJobs;
     }
@@ -244,7 +278,7 @@ int runConvert(const QStringList &args)
     ProgressLine progress(run);
     QEventLoop loop;
     int interrupts = 0;
-    bool aborted = false;
+    int abortSignal = 0; // the signal that ended the run early
     auto work = [&] {
         PosixProcesses::clearExitEvents();
         const std::vector<EncodeJob> before = run.jobs();
@@ -265,31 +299,43 @@ int runConvert(const QStringList &args)
     QObject::connect(&timer, &QTimer::timeout, &loop, work);
     QSocketNotifier exits(PosixProcesses::exitEventDescriptor(), QSocketNotifier::Read);
     QObject::connect(&exits, &QSocketNotifier::activated, &loop, work);
+    // Read as it comes, so a codec that writes much on its standard error never waits on us.
+    QSocketNotifier codecErrors(processes.outputDescriptor(), QSocketNotifier::Read);
+    QObject::connect(&codecErrors, &QSocketNotifier::activated, &loop, [&] { processes.readOutput(); });
+    // The first Ctrl-C lets the running jobs finish; a second one, or a request to end (SIGTERM,
+    // SIGHUP) or a closed output pipe, kills the running codecs at once.
     QSocketNotifier interrupted(InterruptWatcher::install(), QSocketNotifier::Read);
     QObject::connect(&interrupted, &QSocketNotifier::activated, &loop, [&] {
-        const int before = interrupts;
-        interrupts += InterruptWatcher::takeCount();
-        if (before == 0 && interrupts >= 1) {
+        for (const int sig : InterruptWatcher::takeSignals()) {
+            if (abortSignal != 0)
+                break;
+            if (sig == SIGINT && ++interrupts == 1) {
+                run.stop();
+                progress.update();
+                continue;
+            }
             run.stop();
-            progress.update();
-        }
-        if (interrupts >= 2) {
             run.abortRunning();
-            aborted = true;
+            abortSignal = sig;
             loop.quit();
         }
     });
     timer.start();
     QTimer::singleShot(0, &loop, work);
     loop.exec();
+    // Whatever ended the loop, no codec outlives the command.
+    if (run.anyRunning()) {
+        run.stop();
+        run.abortRunning();
+    }
+    processes.readOutput();
     progress.finish();
 
-    out(jobReport(run, text));
-    std::fflush(stdout);
-    if (aborted)
-        return ExitInterrupted;
+    out(jobReport(run, text) + failureReport(run));
+    if (abortSignal != 0)
+        return ExitSignalBase + abortSignal;
     for (const EncodeJob &job : run.jobs()) {
-        if (job[EncodeJob::Status] != text.statusDone)
+        if (job[EncodeJob::Status] != text.statusDone || job.codecFailure)
             return ExitFailedJobs;
     }
     return ExitOk;
@@ -304,8 +350,11 @@ Command convertCommand()
             "Converts the files of FOLDER as the window's Make commands do: WAV files to MP3, Ogg\n"
             "or Musepack (--to mp3, ogg, mpc), or MP3, Ogg or Musepack files back to WAV (--to wav\n"
             "with --from). The targets are written beside the sources, with the other extension;\n"
-            "an existing target is replaced. The encoder settings are those of kestrvan.cfg beside\n"
-            "the program, or the defaults when it is missing.\n"
+            "an existing target is replaced: the old file is moved to the desktop trash, and\n"
+            "deleted only where its volume has no trash. When two listed files would make the same\n"
+            "target (x.wav and x.WAV), the later one is left out and said so on standard error.\n"
+            "The encoder settings are those of kestrvan.cfg beside the program, or the defaults\n"
+            "when it is missing.\n"
             "\n"
             "  --to KIND     mp3, ogg, mpc or wav: what to make\n"
             "  --from KIND   mp3, ogg or mpc: what to decode (only with --to wav)\n"
@@ -317,16 +366,23 @@ Command convertCommand()
             "Only 44100 Hz files are encoded to Musepack. While the run goes on its progress is\n"
             "shown on standard error. At the end standard output gets the six captions of the job\n"
             "list, one line per job (name, status, source size, target size, %, time; separated\n"
-            "by tabs) and the \"Finished N of M\" line. In names and messages a tab, newline and\n"
+            "by tabs) and the \"Finished N of M\" line. Then, for each codec that exited with a\n"
+            "non-zero status or died by a signal: an empty line, the job's name, its status and\n"
+            "how the codec ended (tab-separated), and the last lines of its error output (up to\n"
+            "4 KB), each indented by four blanks. In names and messages a tab, newline and\n"
             "carriage return are written \\t, \\n and \\r, other control characters \\xHH and a\n"
             "backslash \\\\; a byte that is not UTF-8 shows as U+FFFD.\n"
             "\n"
             "Ctrl-C once: the waiting files are not started (\"Break\"), the running ones finish.\n"
-            "Ctrl-C twice: the running codecs are killed and their unfinished targets deleted.\n"
+            "Ctrl-C twice, SIGTERM, SIGHUP or a closed output pipe: the running codecs are killed\n"
+            "(\"Killed\"), their unfinished targets deleted and the job list printed if it can be;\n"
+            "finished targets are kept.\n"
             "\n"
-            "Exit status: 0 when every job is \"Done\"; 1 when any job ended otherwise; 2 for a\n"
-            "usage error, a missing folder or a missing codec; 3 when there was nothing to\n"
-            "convert; 130 after a second Ctrl-C.\n"),
+            "Exit status: 0 when every job is \"Done\" and every codec succeeded; 1 when any job\n"
+            "ended otherwise, any codec failed or the output could not be written; 2 for a usage\n"
+            "error, a missing folder or a codec missing or not executable; 3 when there was\n"
+            "nothing to convert; 128 + the signal after a hard stop (130 after a second Ctrl-C,\n"
+            "143 after SIGTERM, 129 after SIGHUP, 141 after a closed pipe).\n"),
         runConvert,
     };
 }

@@ -182,8 +182,9 @@ Command listCommand()
             "\n"
             "Numbers follow your locale. Nothing is written to FOLDER.\n"
             "\n"
-            "Exit status: 0 when listed; 2 for a usage error or a FOLDER that does not exist or\n"
-            "cannot be read (with a message on standard error).\n"),
+            "Exit status: 0 when listed; 1 when the output could not be written; 2 for a usage\n"
+            "error or a FOLDER that does not exist or cannot be read (with a message on standard\n"
+            "error).\n"),
         runList,
     };
 }

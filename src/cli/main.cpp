@@ -1,4 +1,7 @@
+#include <cerrno>
+#include <csignal>
 #include <cstdio>
+#include <cstring>
 
 #include <QCoreApplication>
 
@@ -15,10 +18,34 @@ std::vector<Command> &commands()
     return all;
 }
 
+namespace {
+
+int g_outputError = 0; // errno of the first failed write to standard output
+
+} // namespace
+
 void out(const QString &text)
 {
     const QByteArray bytes = shownName(text).toUtf8();
-    std::fwrite(bytes.constData(), 1, static_cast<size_t>(bytes.size()), stdout);
+    if (std::fwrite(bytes.constData(), 1, static_cast<size_t>(bytes.size()), stdout)
+            != static_cast<size_t>(bytes.size())
+        && g_outputError == 0)
+        g_outputError = errno;
+}
+
+// A command's status once its output is flushed: a full disk or a closed pipe under standard
+// output must not pass for a complete listing.
+int withOutputChecked(int status)
+{
+    if ((std::fflush(stdout) != 0 || std::ferror(stdout)) && g_outputError == 0)
+        g_outputError = errno != 0 ? errno : EIO;
+    if (g_outputError == 0)
+        return status;
+    if (g_outputError == EPIPE) // the reader is gone: nothing to tell, as if the pipe had ended us
+        return status >= ExitSignalBase ? status : ExitSignalBase + SIGPIPE;
+    err(QStringLiteral("kestrelvane-cli: cannot write the output: ") + QString::fromLocal8Bit(std::strerror(g_outputError))
+        + QLatin1Char('\n'));
+    return status >= ExitSignalBase ? status : ExitFailedJobs;
 }
 
 void err(const QString &text)
@@ -79,16 +106,16 @@ int main(int argc, char **argv)
     if (name == QLatin1String("--help") || name == QLatin1String("-h") || name == QLatin1String("help")) {
         out(QStringLiteral("kestrelvane-cli: list, inspect and convert audio folders without the window.\n\n")
             + overview());
-        return ExitOk;
+        return withOutputChecked(ExitOk);
     }
     for (const Command &c : commands()) {
         if (c.name != name)
             continue;
         if (args.contains(QLatin1String("--help")) || args.contains(QLatin1String("-h"))) {
             out(QStringLiteral("usage: kestrelvane-cli ") + c.synopsis + QStringLiteral("\n\n") + c.help);
-            return ExitOk;
+            return withOutputChecked(ExitOk);
         }
-        return c.run(args);
+        return withOutputChecked(c.run(args));
     }
     err(QStringLiteral("kestrelvane-cli: unknown command \"") + escapedText(name) + QStringLiteral("\"\n") + overview());
     return ExitUsage;

@@ -45,11 +45,14 @@ int runOptions(const QStringList &args)
     PosixFiles files;
     const QLocale locale = QLocale::system();
     const StartupSettings startup = loadStartupSettings(configPath, files, locale);
-    if (!startup.fileRead) {
+    // What the path is comes first: a folder, a FIFO or a file we may not read is not "missing".
+    const QString unreadable = describeUnreadable(configPath);
+    if (!startup.fileRead || !unreadable.isEmpty()) {
         const std::optional<std::int64_t> size = files.fileSize(configPath);
-        const QString why = size ? QString::number(*size) + QStringLiteral(" bytes, not ")
-                                       + QString::number(ConfigRecord::kSize)
-                                 : QStringLiteral("missing");
+        const QString why = !unreadable.isEmpty() ? unreadable
+                            : size ? QString::number(*size) + QStringLiteral(" bytes, not ")
+                                         + QString::number(ConfigRecord::kSize)
+                                   : QStringLiteral("missing");
         err(QStringLiteral("kestrelvane-cli: ") + escapedText(configPath) + QStringLiteral(" not read (") + why
             + QStringLiteral("); using the defaults\n"));
     }

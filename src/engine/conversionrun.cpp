@@ -1,6 +1,7 @@
 #include "engine/conversionrun.h"
 
 #include <algorithm>
+#include <map>
 
 #include "browser/filelist.h"
 #include "common/clocktime.h"
@@ -53,6 +54,8 @@ bool ConversionRun::PrepareJobs(bool allFiles, int cbrIndex, int processorCount)
         const RunParameters &p = m_context.parameters;
         const FileListState &list = m_context.list;
         m_jobs.clear();
+        m_leftOut.clear();
+        std::map<QString, QString> targets; // target path -> the job's name that writes it
         for (const FileRow &row : list.rows) {
             // mpcenc takes only a few sampling rates; the window only offers 44100 Hz sources.
             if (p.targetExtension == QLatin1String(".mpc")
@@ -64,10 +67,17 @@ bool ConversionRun::PrepareJobs(bool allFiles, int cbrIndex, int processorCount)
                 continue;
             if (!allFiles && !row.checked)
                 continue;
+            const QString &name = row.info[MediaInfo::Name];
+            const JobPaths paths = jobPaths(list.currentFolder, name, p.targetExtension);
+            // The extension match ignores case, so two sources may make one target: the later
+            // one would overwrite the earlier one's result.
+            if (const auto [it, added] = targets.emplace(paths.target, name); !added) {
+                m_leftOut.push_back({name, paths.target, it->second});
+                continue;
+            }
             EncodeJob job;
-            job[EncodeJob::Name] = row.info[MediaInfo::Name];
+            job[EncodeJob::Name] = name;
             m_jobs.push_back(job);
-            const JobPaths paths = jobPaths(list.currentFolder, job[EncodeJob::Name], p.targetExtension);
             const std::int64_t bytes = m_context.files.fileSize(paths.source).value_or(0);
             m_jobs.back()[EncodeJob::SourceSize] = QString::number(sizeInKb(bytes)) + m_text->kbUnit;
         }
@@ -157,6 +167,10 @@ void ConversionRun::complete(SlotState &slot, int slotIndex)
         job.bold = true;
     }
     job[EncodeJob::Time] = durationText(elapsedSeconds(nowSeconds(), slot.start));
+    // The size decides the status as it always has; a failing codec is told all the same (a full
+    // disk leaves part of a target, a read-only folder leaves the old one).
+    if (const std::optional<ProcessEnd> end = m_context.processes.endOf(slot.handle); end && end->failed())
+        job.codecFailure = end;
 
     // Progress: finished jobs count whole, running ones by their target's size scaled by R.
     // R is the plain sum of the finished jobs' percentages, not their mean; the estimate has
@@ -216,8 +230,10 @@ void ConversionRun::launchNext(SlotState &slot)
     const RunParameters &p = m_context.parameters;
     const JobPaths paths = jobPaths(m_context.list.currentFolder, job[EncodeJob::Name], p.targetExtension);
 
+    // The old target goes to the trash rather than away: the source may be its only other copy
+    // and the codec may still fail.
     if (m_context.files.fileSize(paths.target).has_value()) {
-        switch (m_context.files.remove(paths.target)) {
+        switch (m_context.files.moveToTrash(paths.target)) {
         case RemoveResult::Removed:
             break;
         case RemoveResult::AccessDenied:
@@ -296,15 +312,24 @@ bool ConversionRun::anyRunning()
 void ConversionRun::abortRunning()
 {
     for (int i = 0; i < m_state.slotCount; ++i) {
-        const SlotState &slot = m_state.slots.at(static_cast<size_t>(i));
-        if (m_context.processes.hasEnded(slot.handle))
+        SlotState &slot = m_state.slots.at(static_cast<size_t>(i));
+        if (slot.job < 1)
             continue;
-        m_context.processes.kill(slot.handle);
-        if (slot.job >= 1) {
-            const EncodeJob &job = m_jobs.at(static_cast<size_t>(slot.job.value() - 1));
-            m_context.files.remove(
-                jobPaths(m_context.list.currentFolder, job[EncodeJob::Name], m_context.parameters.targetExtension).target);
+        EncodeJob &job = m_jobs.at(static_cast<size_t>(slot.job.value() - 1));
+        if (job[EncodeJob::Status] != m_text->statusInProgress)
+            continue;
+        if (m_context.processes.hasEnded(slot.handle)) {
+            // Its codec ended before the stop: a finished target, recorded as any other.
+            guarded([&] { complete(slot, i); });
+            continue;
         }
+        m_context.processes.kill(slot.handle);
+        m_context.files.remove(
+            jobPaths(m_context.list.currentFolder, job[EncodeJob::Name], m_context.parameters.targetExtension).target);
+        job[EncodeJob::Status] = m_text->statusKilled;
+        job[EncodeJob::Time] = durationText(elapsedSeconds(nowSeconds(), slot.start));
+        job.bold = true;
+        m_display.indicators.at(static_cast<size_t>(i)) = Activity::Idle;
     }
 }
 

@@ -55,6 +55,16 @@ struct RunDisplay
     int selectedRow = -1; // 0-based, the job last completed
 };
 
+// A listed file a run leaves out because an earlier job of the run writes the same target
+// (x.wav and x.WAV both make x.mp3).
+struct LeftOutSource
+{
+    QString name;
+    QString target;
+    QString sameTargetAs; // the name of the job that keeps the target
+    bool operator==(const LeftOutSource &) const = default;
+};
+
 // What a run needs from outside. The parameters and the file list are the window's live state:
 // a launch reads them as they are at that moment.
 struct ConversionContext
@@ -95,10 +105,14 @@ public:
     bool idle();
     // True while any slot's codec process runs.
     bool anyRunning();
-    // Kills the running codecs' groups and deletes the targets they were writing.
+    // The hard stop: records the jobs whose codec already ended, then kills the codecs still
+    // running, deletes the targets they were writing and marks their jobs "Killed". A finished
+    // target is never touched.
     void abortRunning();
 
     const std::vector<EncodeJob> &jobs() const { return m_jobs; }
+    // The sources the last PrepareJobs left out, in list order.
+    const std::vector<LeftOutSource> &leftOut() const { return m_leftOut; }
     const RunState &state() const { return m_state; }
     const RunDisplay &display() const { return m_display; }
 
@@ -113,6 +127,7 @@ private:
     ConversionContext m_context;
     const UiText *m_text;
     std::vector<EncodeJob> m_jobs;
+    std::vector<LeftOutSource> m_leftOut;
     RunState m_state;
     RunDisplay m_display;
 };

@@ -1,8 +1,11 @@
 #pragma once
 
 #include <array>
+#include <optional>
 
 #include <QString>
+
+#include "platform/processes.h"
 
 namespace kv {
 
@@ -15,6 +18,9 @@ struct EncodeJob
 
     std::array<QString, ColumnCount> columns;
     bool bold = false;
+    // How the codec ended when it exited non-zero or died by a signal; the status column still
+    // follows the target's size.
+    std::optional<ProcessEnd> codecFailure;
 
     const QString &operator[](int column) const { return columns.at(static_cast<size_t>(column)); }
     QString &operator[](int column) { return columns.at(static_cast<size_t>(column)); }

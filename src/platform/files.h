@@ -28,6 +28,14 @@ public:
     // Writes bytes at the start of the file, creating it when missing and keeping whatever lies
     // beyond them; false when the file cannot be opened for writing or the write fails.
     virtual bool writeAtStart(const QString &path, const QByteArray &bytes) = 0;
+
+    // Fakes that need none of the following keep these defaults.
+
+    // Moves a file the program is about to replace into the desktop trash, so nothing is lost;
+    // it is deleted only where its volume has no trash.
+    virtual RemoveResult moveToTrash(const QString &path) { return remove(path); }
+    // Whether the file exists (links followed) and may be started as a program.
+    virtual bool isExecutable(const QString &path) { return fileSize(path).has_value(); }
 };
 
 } // namespace kv

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <optional>
 
+#include <QByteArray>
 #include <QString>
 #include <QStringList>
 
@@ -17,6 +18,19 @@ using ProcessHandle = std::int64_t;
 // gets the program's own.
 enum class ChildEnvironment { Empty, Inherited };
 
+// How a process ended, once it has: its exit code, or the signal that ended it, and the last
+// bytes it wrote on its standard error (at most ErrorTailLimit).
+struct ProcessEnd
+{
+    static constexpr int ErrorTailLimit = 4096;
+    int exitCode = 0;
+    int signal = 0; // 0: it exited
+    QByteArray errorTail;
+
+    bool failed() const { return exitCode != 0 || signal != 0; }
+    bool operator==(const ProcessEnd &) const = default;
+};
+
 // Child processes: started hidden in a group of their own, polled without waiting, and killed
 // with their whole group. Never throws.
 class Processes
@@ -30,6 +44,8 @@ public:
     virtual bool hasEnded(ProcessHandle handle) = 0;
     // Kills the process's whole group and reaps it; nothing happens to a process already reaped.
     virtual void kill(ProcessHandle handle) = 0;
+    // How the process ended; nothing while it runs or for an unknown handle.
+    virtual std::optional<ProcessEnd> endOf(ProcessHandle handle) = 0;
     // Number of processors, 1 to 8.
     virtual int processorCount() = 0;
 };

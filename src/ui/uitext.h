@@ -14,6 +14,7 @@ struct UiText
 {
     // Shared message strings.
     QString statusInProgress, statusDone, statusBreak, statusReadOnly, statusError;
+    QString statusKilled; // a running job whose codec a hard stop killed
     QString finishedLabel, ofLabel;                     // "Finished ", " of "
     QString cpuLabel, freeLabel, filesLabel, sizeLabel; // status panels 1 to 4
     QString mbUnit;                                     // " MB"

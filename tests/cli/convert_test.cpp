@@ -2,6 +2,8 @@
 
 #include <csignal>
 
+#include <unistd.h>
+
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
@@ -132,6 +134,12 @@ TEST(Convert, NamedFilesOnlyAndUsageErrors)
         {{wavs.path()}, 2, "no --to given"},
         {{u"--to"_s, u"wav"_s, wavs.path()}, 2, "--to wav needs --from"},
         {{u"--to"_s, u"mp3"_s, u"--jobs"_s, u"9"_s, wavs.path()}, 2, "--jobs takes a number from 1 to 8"},
+        {{u"--to"_s, u"mp3"_s, u"--jobs"_s, u"0"_s, wavs.path()}, 2, "--jobs takes a number from 1 to 8"},
+        {{u"--to"_s, u"mp3"_s, u"--jobs"_s, u"8"_s, wavs.filePath(u"none"_s)}, 2, "none: no such folder"},
+        {{u"--to"_s, u"wav"_s, u"--from"_s, u"mp3"_s, u"--jobs"_s, u"1"_s, wavs.path()}, 2,
+         "--jobs goes only with encoding"},
+        {{u"--to"_s, u"mp3"_s, wavs.path(), u"--jobs"_s}, 2, "--jobs needs a value"},
+        {{u"--to"_s}, 2, "--to needs a value"},
         {{u"--to"_s, u"mp3"_s, wavs.filePath(u"none"_s)}, 2, "no such folder"},
         {{u"--to"_s, u"mp3"_s, wavs.path(), u"x.wav"_s}, 2, "x.wav: not listed"},
         {{u"--to"_s, u"wav"_s, u"--from"_s, u"mpc"_s, wavs.path()}, 3, "no file to convert"},
@@ -171,9 +179,23 @@ struct ProgramCopy
         for (const char *name : {"lame", "madplay", "mppenc", "mppdec", "oggenc2", "oggdec"})
             QFile::copy(QStringLiteral(KV_BIN_DIR "/codec/") + QLatin1String(name), codec(name));
     }
+    // The desktop trash of this copy's user: a folder of its own.
+    QString trash() const { return dir.path() + u"/data/Trash/files/"_s; }
+    // Replaces the MP3 encoder by a shell script (run with no environment: absolute paths only).
+    void fakeLame(const QByteArray &script) const
+    {
+        QFile f(codec("lame"));
+        ASSERT_TRUE(f.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        f.write("#!/bin/sh\nfor a do t=$a; done\n" + script);
+        f.close();
+        QFile::setPermissions(codec("lame"), QFile::ReadOwner | QFile::ExeOwner);
+    }
     // Starts convert with args and, unless told otherwise, waits for its end.
     void start(QProcess &p, const QStringList &args, bool finish = true) const
     {
+        QProcessEnvironment e = QProcessEnvironment::systemEnvironment();
+        e.insert(u"XDG_DATA_HOME"_s, dir.path() + u"/data"_s);
+        p.setProcessEnvironment(e);
         p.start(dir.path() + u"/kestrelvane-cli"_s, QStringList{u"convert"_s} + args);
         EXPECT_TRUE(finish ? p.waitForFinished(20000) : p.waitForStarted());
     }
@@ -186,6 +208,8 @@ TEST(Convert, MissingCodecsAreReportedInCheckOrder)
     ProgramCopy program;
     QFile::remove(program.codec("lame"));
     QFile::resize(program.codec("mppenc"), 0);
+    // Present but not executable: every job would fail, so it is as good as missing.
+    QFile::setPermissions(program.codec("oggenc2"), QFile::ReadOwner | QFile::WriteOwner);
     QTemporaryDir empty;
     QProcess p;
     program.start(p, {u"--to"_s, u"mp3"_s, empty.path()});
@@ -193,45 +217,255 @@ TEST(Convert, MissingCodecsAreReportedInCheckOrder)
     // The last check looks for lame again but names oggdec, which is there.
     EXPECT_EQ(QString::fromUtf8(p.readAllStandardError()), program.codec("lame") + u" not found\n"_s
                                                                + program.codec("mppenc") + u" not found\n"_s
+                                                               + program.codec("oggenc2") + u" not found\n"_s
                                                                + program.codec("oggdec") + u" not found\n"_s);
 }
 
-TEST(Convert, FirstInterruptBreaksTheWaitingSecondKillsTheRunning)
+// The second interrupt is in HardStopsKillOnlyWhatStillRuns.
+TEST(Convert, FirstInterruptBreaksTheWaitingAndLetsTheRunningFinish)
 {
     ProgramCopy program;
     QTemporaryDir wavs;
     for (int i = 1; i <= 4; ++i)
         makeWav(wavs.filePath(u"f%1.wav"_s.arg(i)));
-    // A slow encoder that leaves a partial target while it works, for as long as the file delay says.
-    const QString delay = program.dir.filePath(u"delay"_s);
-    write(program.codec("lame"), "#!/bin/sh\nfor a do t=$a; done\n/usr/bin/head -c 5000 /dev/zero > \"$t\"\n"
-                                 "/bin/sleep \"$(/bin/cat '"
-                                     + delay.toUtf8() + "')\"\n");
-    QFile::setPermissions(program.codec("lame"), QFile::ReadOwner | QFile::ExeOwner);
+    program.fakeLame("/usr/bin/head -c 5000 /dev/zero > \"$t\"\n/bin/sleep 1\n");
+    QElapsedTimer clock;
+    clock.start();
+    QProcess p;
+    program.start(p, {u"--to"_s, u"mp3"_s, u"--jobs"_s, u"2"_s, wavs.path()}, false);
+    for (int i = 0; i < 1000 && !QFile::exists(wavs.filePath(u"f2.mp3"_s)); ++i)
+        QThread::msleep(10);
+    ::kill(static_cast<pid_t>(p.processId()), SIGINT);
+    ASSERT_TRUE(p.waitForFinished(20000));
+    EXPECT_LT(clock.elapsed(), 5000);
+    EXPECT_EQ(p.exitCode(), 1);
+    EXPECT_EQ(QString::fromUtf8(p.readAllStandardOutput()),
+              header + u"\nf1.wav\tDone\t172 KB\t5 KB\t3\t0:00:01\nf2.wav\tDone\t172 KB\t5 KB\t3\t0:00:01\n"
+                       "f3.wav\tBreak\t172 KB\t\t\t\nf4.wav\tBreak\t172 KB\t\t\t\nFinished 2 of 4\n"_s);
+}
 
-    const struct { const char *delay; int interrupts, status; } runs[] = {{"1", 1, 1}, {"30", 2, 130}};
+namespace {
+
+// The name and status of each job line of a report.
+QStringList statuses(const QString &out)
+{
+    QStringList all;
+    for (const QString &line : out.split(QLatin1Char('\n')).mid(1)) {
+        if (line.startsWith(u"Finished"_s))
+            break;
+        all.append(line.section(QLatin1Char('\t'), 0, 1));
+    }
+    return all;
+}
+
+// Codec processes named in a file, one pid a line, that are still alive (not even a zombie).
+QStringList survivors(const QString &pidFile)
+{
+    QStringList alive;
+    for (const QByteArray &pid : bytes(pidFile).split('\n')) {
+        const QByteArray stat = bytes(u"/proc/"_s + QString::fromLatin1(pid) + u"/stat"_s);
+        if (!pid.isEmpty() && !stat.isEmpty() && stat.mid(stat.lastIndexOf(')') + 2, 1) != "Z")
+            alive.append(QString::fromLatin1(pid));
+    }
+    return alive;
+}
+
+} // namespace
+
+// A job that finished before the hard stop keeps its target and its "Done"; only what still runs
+// is killed, and no codec outlives the command.
+TEST(Convert, HardStopsKillOnlyWhatStillRuns)
+{
+    ProgramCopy program;
+    const QString pids = program.dir.filePath(u"pids"_s);
+    // f1 runs until its f1.go file appears, any other job for 30 s.
+    program.fakeLame("echo $$ >> '" + pids.toUtf8() + "'\n/usr/bin/head -c 5000 /dev/zero > \"$t\"\n"
+                     "case \"$t\" in *f1.mp3) while [ ! -e \"${t%.mp3}.go\" ]; do /bin/sleep 0.02; done;;\n"
+                     "*) exec /bin/sleep 30;;\nesac\n");
+    auto started = [&](int codecs) {
+        for (int i = 0; i < 1000 && bytes(pids).count('\n') < codecs; ++i)
+            QThread::msleep(10);
+        return bytes(pids).count('\n');
+    };
+    const struct { int signal; int status; QStringList expected; } runs[] = {
+        {SIGINT, 130, {u"f1.wav\tDone"_s, u"f2.wav\tKilled"_s, u"f3.wav\tBreak"_s}},
+        {SIGTERM, 143, {u"f1.wav\tDone"_s, u"f2.wav\tKilled"_s, u"f3.wav\tKilled"_s}},
+        {SIGHUP, 129, {u"f1.wav\tDone"_s, u"f2.wav\tKilled"_s, u"f3.wav\tKilled"_s}},
+    };
     for (const auto &run : runs) {
-        write(delay, run.delay);
-        QElapsedTimer clock;
-        clock.start();
+        QTemporaryDir wavs;
+        for (int i = 1; i <= 3; ++i)
+            makeWav(wavs.filePath(u"f%1.wav"_s.arg(i)));
+        QFile::remove(pids);
         QProcess p;
         program.start(p, {u"--to"_s, u"mp3"_s, u"--jobs"_s, u"2"_s, wavs.path()}, false);
-        for (int i = 0; i < run.interrupts; ++i) {
-            QThread::msleep(i == 0 ? 300 : 100);
-            ::kill(static_cast<pid_t>(p.processId()), SIGINT);
+        const auto pid = static_cast<pid_t>(p.processId());
+        ASSERT_EQ(started(2), 2);
+        if (run.signal == SIGINT) { // Ctrl-C, f1 finishes, Ctrl-C
+            ::kill(pid, SIGINT);
+            QThread::msleep(200);
+            write(wavs.filePath(u"f1.go"_s), "");
+            QThread::msleep(500);
+        } else { // f1 finishes and f3 takes its slot
+            write(wavs.filePath(u"f1.go"_s), "");
+            ASSERT_EQ(started(3), 3);
         }
+        ::kill(pid, run.signal);
         ASSERT_TRUE(p.waitForFinished(20000));
-        EXPECT_LT(clock.elapsed(), 5000);
+        EXPECT_EQ(p.exitStatus(), QProcess::NormalExit);
         EXPECT_EQ(p.exitCode(), run.status);
-        const QString out = QString::fromUtf8(p.readAllStandardOutput());
-        if (run.interrupts == 1) {
-            EXPECT_EQ(out, header
-                               + u"\nf1.wav\tDone\t172 KB\t5 KB\t3\t0:00:01\nf2.wav\tDone\t172 KB\t5 KB\t3\t0:00:01\n"
-                                 "f3.wav\tBreak\t172 KB\t\t\t\nf4.wav\tBreak\t172 KB\t\t\t\nFinished 2 of 4\n"_s);
-        } else {
-            EXPECT_TRUE(out.contains(QLatin1String("f1.wav\tIn Progress\t172 KB")));
-            for (int i = 1; i <= 4; ++i) // the killed codecs' partial targets are gone
-                EXPECT_FALSE(QFile::exists(wavs.filePath(u"f%1.mp3"_s.arg(i)))) << i;
-        }
+        EXPECT_EQ(statuses(QString::fromUtf8(p.readAllStandardOutput())), run.expected) << run.status;
+        EXPECT_EQ(QFileInfo(wavs.filePath(u"f1.mp3"_s)).size(), 5000) << run.status;
+        EXPECT_FALSE(QFile::exists(wavs.filePath(u"f2.mp3"_s))) << run.status;
+        EXPECT_FALSE(QFile::exists(wavs.filePath(u"f3.mp3"_s))) << run.status;
+        EXPECT_EQ(bytes(pids).count('\n'), run.status == 130 ? 2 : 3);
+        EXPECT_EQ(survivors(pids), QStringList()) << run.status;
     }
+
+    // A reader that goes away stops the run the same way, at the next progress line (f1's end).
+    QTemporaryDir wavs;
+    for (int i = 1; i <= 2; ++i)
+        makeWav(wavs.filePath(u"f%1.wav"_s.arg(i)));
+    QFile::remove(pids);
+    QProcess shell;
+    QProcessEnvironment e = QProcessEnvironment::systemEnvironment();
+    e.insert(u"XDG_DATA_HOME"_s, program.dir.path() + u"/data"_s);
+    shell.setProcessEnvironment(e);
+    shell.start(u"/bin/bash"_s, {u"-c"_s, u"\"$0\" convert --to mp3 --jobs 2 \"$1\" 2>&1 >\"$1/report\" | /usr/bin/head -c 1 "
+                                           "> /dev/null; echo ${PIPESTATUS[0]}"_s,
+                                 program.dir.path() + u"/kestrelvane-cli"_s, wavs.path()});
+    ASSERT_EQ(started(2), 2);
+    QThread::msleep(300); // the first progress line has reached the reader, which is gone
+    write(wavs.filePath(u"f1.go"_s), "");
+    ASSERT_TRUE(shell.waitForFinished(20000));
+    EXPECT_EQ(shell.readAllStandardOutput(), "141\n");
+    EXPECT_EQ(statuses(QString::fromUtf8(bytes(wavs.filePath(u"report"_s)))),
+              QStringList({u"f1.wav\tDone"_s, u"f2.wav\tKilled"_s}));
+    EXPECT_FALSE(QFile::exists(wavs.filePath(u"f2.mp3"_s)));
+    EXPECT_EQ(survivors(pids), QStringList());
+}
+
+// Decoding song.mp3 back to WAV replaces song.wav: the old file goes to the trash, not away.
+// x.wav and x.WAV would both make x.mp3: the later one is left out and said so.
+TEST(Convert, NothingIsLostToAReplacedOrSharedTarget)
+{
+    ProgramCopy program;
+    QTemporaryDir dir;
+    makeWav(dir.filePath(u"song.wav"_s));
+    const QByteArray original = bytes(dir.filePath(u"song.wav"_s));
+    QProcess encode;
+    program.start(encode, {u"--to"_s, u"mp3"_s, dir.path()});
+    ASSERT_EQ(encode.exitCode(), 0);
+    QProcess decode;
+    program.start(decode, {u"--to"_s, u"wav"_s, u"--from"_s, u"mp3"_s, dir.path()});
+    EXPECT_EQ(decode.exitCode(), 0) << decode.readAllStandardError().toStdString();
+    EXPECT_EQ(bytes(program.trash() + u"song.wav"_s), original);
+    EXPECT_EQ(bytes(dir.filePath(u"song.wav"_s)).left(4), "RIFF");
+
+    QTemporaryDir twins;
+    makeWav(twins.filePath(u"x.WAV"_s), "-r44100", "1");
+    makeWav(twins.filePath(u"x.wav"_s), "-r44100", "2");
+    QProcess p;
+    program.start(p, {u"--to"_s, u"ogg"_s, twins.path()});
+    EXPECT_EQ(p.exitCode(), 0);
+    EXPECT_EQ(statuses(QString::fromUtf8(p.readAllStandardOutput())), QStringList({u"x.WAV\tDone"_s}));
+    EXPECT_TRUE(QString::fromUtf8(p.readAllStandardError())
+                    .contains(u"kestrelvane-cli: x.wav left out: its target x.ogg is made from x.WAV in this run\n"_s));
+}
+
+// A failing codec is told after the job list even when the size rule says "Done", and the
+// command fails. A codec flooding its error output is neither held up nor kept whole.
+TEST(Convert, FailingCodecsAreToldWithTheirStatusAndErrorOutput)
+{
+    ProgramCopy program;
+    program.fakeLame("case \"$t\" in\n"
+                     "*full*) /usr/bin/head -c 12288 /dev/zero > \"$t\"; echo 'Error writing mp3 output' >&2; exit 1;;\n"
+                     "*crash*) /usr/bin/head -c 4096 /dev/zero > \"$t\"; kill -SEGV $$;;\n"
+                     "*flood*) /usr/bin/yes 'codec message' | /usr/bin/head -c 5000000 >&2; echo >&2; echo last words >&2;"
+                     " /usr/bin/head -c 3000 /dev/zero > \"$t\"; exit 2;;\n"
+                     "*) /usr/bin/head -c 5000 /dev/zero > \"$t\";;\n"
+                     "esac\n");
+    QTemporaryDir wavs;
+    for (const char *name : {"crash.wav", "flood.wav", "full.wav", "good.wav"})
+        makeWav(wavs.filePath(QLatin1String(name)));
+    QProcess p;
+    program.start(p, {u"--to"_s, u"mp3"_s, u"--jobs"_s, u"4"_s, wavs.path()});
+    EXPECT_EQ(p.exitCode(), 1);
+    const QString out = QString::fromUtf8(p.readAllStandardOutput());
+    EXPECT_EQ(statuses(out), QStringList({u"crash.wav\tDone"_s, u"flood.wav\tDone"_s, u"full.wav\tDone"_s,
+                                          u"good.wav\tDone"_s}));
+    const QStringList lines = out.section(u"Finished 4 of 4\n"_s, 1).split(QLatin1Char('\n'));
+    ASSERT_GT(lines.size(), 8) << out.toStdString();
+    EXPECT_EQ(lines.mid(0, 4), QStringList({QString(), u"crash.wav\tDone\tsignal 11 (Segmentation fault)"_s, QString(),
+                                            u"flood.wav\tDone\texit status 2"_s}));
+    EXPECT_EQ(lines.mid(lines.size() - 4), QStringList({QString(), u"full.wav\tDone\texit status 1"_s,
+                                                        u"    Error writing mp3 output"_s, QString()}));
+    // The flood's last 4 KB at most: pieces of its lines (cut at both ends), then its last words.
+    const QStringList flood = lines.mid(4, lines.size() - 8);
+    ASSERT_FALSE(flood.isEmpty());
+    EXPECT_EQ(flood.back(), u"    last words"_s);
+    qsizetype kept = 0;
+    for (const QString &line : flood.mid(0, flood.size() - 1)) {
+        EXPECT_TRUE(line.startsWith(u"    "_s) && u"codec message"_s.contains(line.mid(4))) << line.toStdString();
+        kept += line.size() - 4 + 1;
+    }
+    EXPECT_LE(kept, 4096);
+    EXPECT_GT(kept, 4000);
+}
+
+namespace {
+
+// A small file system of its own, mounted over a temporary folder; needs the right to mount.
+struct SmallVolume
+{
+    QTemporaryDir dir;
+    bool mounted = false;
+
+    explicit SmallVolume(const char *size)
+    {
+        mounted = ::geteuid() == 0
+                  && QProcess::execute(u"/bin/mount"_s, {u"-t"_s, u"tmpfs"_s, u"-o"_s, u"size="_s + QLatin1String(size),
+                                                         u"tmpfs"_s, dir.path()})
+                         == 0;
+    }
+    ~SmallVolume()
+    {
+        if (mounted)
+            QProcess::execute(u"/bin/umount"_s, {dir.path()});
+    }
+    bool makeReadOnly() const
+    {
+        return QProcess::execute(u"/bin/mount"_s, {u"-o"_s, u"remount,ro"_s, dir.path()}) == 0;
+    }
+};
+
+} // namespace
+
+// The real encoder where it cannot write: a full disk leaves part of a target, a read-only
+// folder the old one. The size rule calls both "Done"; the codec's own words say otherwise.
+TEST(Convert, RealCodecFailuresOnAFullDiskAndAReadOnlyFolder)
+{
+    SmallVolume full("1900k");
+    SmallVolume readOnly("1m");
+    if (!full.mounted || !readOnly.mounted)
+        GTEST_SKIP() << "needs the right to mount a small file system";
+    ProgramCopy program;
+
+    makeWav(full.dir.filePath(u"long.wav"_s), "-r44100", "10"); // 1723 KB of 1900
+    QProcess p;
+    program.start(p, {u"--to"_s, u"mp3"_s, full.dir.path()});
+    EXPECT_EQ(p.exitCode(), 1);
+    QString out = QString::fromUtf8(p.readAllStandardOutput());
+    EXPECT_TRUE(out.contains(u"\nFinished 1 of 1\n\nlong.wav\tDone\texit status 1\n"_s)) << out.toStdString();
+    EXPECT_TRUE(out.contains(u"Error writing"_s)) << out.toStdString();
+
+    makeWav(readOnly.dir.filePath(u"a.wav"_s));
+    write(readOnly.dir.filePath(u"a.mp3"_s), QByteArray(20480, 'o'));
+    ASSERT_TRUE(readOnly.makeReadOnly());
+    program.start(p, {u"--to"_s, u"mp3"_s, readOnly.dir.path()});
+    EXPECT_EQ(p.exitCode(), 1);
+    out = QString::fromUtf8(p.readAllStandardOutput());
+    EXPECT_TRUE(out.contains(u"\na.wav\tDone\t172 KB\t20 KB\t12\t"_s)) << out.toStdString();
+    EXPECT_TRUE(out.contains(u"\nFinished 1 of 1\n\na.wav\tDone\texit status "_s)) << out.toStdString();
+    EXPECT_EQ(bytes(readOnly.dir.filePath(u"a.mp3"_s)), QByteArray(20480, 'o'));
 }

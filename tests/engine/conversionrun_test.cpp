@@ -25,6 +25,8 @@ struct Rig : Clock, Files, Processes
     double now = 36000;
     std::map<QString, std::int64_t> sizes;
     std::set<QString> readOnly;        // refuse deletion
+    std::set<QString> trashed;
+    std::map<ProcessHandle, ProcessEnd> ends; // of ended processes that did not simply succeed
     std::vector<QString> commandLines; // of successful launches
     std::set<ProcessHandle> running;
     bool failLaunches = false;
@@ -48,6 +50,12 @@ struct Rig : Clock, Files, Processes
             return RemoveResult::AccessDenied;
         return sizes.erase(path) ? RemoveResult::Removed : RemoveResult::OtherError;
     }
+    RemoveResult moveToTrash(const QString &path) override
+    {
+        if (readOnly.count(path))
+            return RemoveResult::AccessDenied;
+        return sizes.erase(path) && trashed.insert(path).second ? RemoveResult::Removed : RemoveResult::OtherError;
+    }
     std::optional<QByteArray> readAll(const QString &) override { return std::nullopt; }
     bool writeAtStart(const QString &, const QByteArray &) override { return false; }
     std::optional<ProcessHandle> start(const QString &commandLine, ChildEnvironment env) override
@@ -58,7 +66,17 @@ struct Rig : Clock, Files, Processes
         return *running.insert(static_cast<ProcessHandle>(commandLines.size())).first;
     }
     bool hasEnded(ProcessHandle h) override { return !running.count(h); }
-    void kill(ProcessHandle h) override { running.erase(h); }
+    void kill(ProcessHandle h) override
+    {
+        if (running.erase(h))
+            ends[h] = ProcessEnd{.signal = 9};
+    }
+    std::optional<ProcessEnd> endOf(ProcessHandle h) override
+    {
+        if (running.count(h))
+            return std::nullopt;
+        return ends.count(h) ? ends.at(h) : ProcessEnd{};
+    }
     int processorCount() override { return 4; }
 
     void addFile(const QString &name, std::int64_t bytes, const char *sampling = "44100", bool checked = true)
@@ -79,12 +97,12 @@ struct Rig : Clock, Files, Processes
     }
     QString target(int row) const { return u"/m/f%1.mp3"_s.arg(row, 2, 10, QLatin1Char('0')); }
     // The codec of a running job writes its target and exits.
-    void finish(int row, std::int64_t targetBytes)
+    void finish(int row, std::int64_t targetBytes, ProcessEnd end = {})
     {
         sizes[target(row)] = targetBytes;
         for (const SlotState &s : run.state().slots)
-            if (s.job == row)
-                running.erase(s.handle);
+            if (s.job == row && running.erase(s.handle))
+                ends[s.handle] = end;
     }
     // A job's status by its first letter, '-' while waiting; bold rows in lower case.
     QString statuses() const
@@ -166,6 +184,45 @@ TEST(ConversionRun, StopBreaksTheWaitingAndLetsTheRunningFinish)
     EXPECT_EQ(rig.commandLines.size(), 4u);
 }
 
+// Ctrl-C, a job finishes, Ctrl-C again: only what still runs is killed and loses its target.
+TEST(ConversionRun, HardStopKillsOnlyTheRunningAndKeepsFinishedTargets)
+{
+    Rig rig;
+    rig.begin(5, 3);
+    rig.run.stop();
+    rig.finish(1, 2048);
+    rig.run.tick();
+    rig.finish(2, 2048); // ended, but no tick has recorded it yet
+    rig.sizes[rig.target(3)] = 1000;
+    rig.run.abortRunning();
+    EXPECT_EQ(rig.statuses(), u"DDkbb"_s);
+    EXPECT_EQ(rig.run.jobs()[2][EncodeJob::Status], text.statusKilled);
+    EXPECT_FALSE(rig.run.jobs()[2][EncodeJob::Time].isEmpty());
+    EXPECT_TRUE(rig.sizes.count(rig.target(1)));
+    EXPECT_TRUE(rig.sizes.count(rig.target(2)));
+    EXPECT_FALSE(rig.sizes.count(rig.target(3)));
+    EXPECT_TRUE(rig.running.empty());
+    EXPECT_TRUE(rig.run.idle());
+    EXPECT_FALSE(rig.run.jobs()[2].codecFailure); // killed by the stop, not failed
+}
+
+// The size still decides the status; the codec's failure is kept beside it.
+TEST(ConversionRun, FailingCodecsAreRecordedWithTheirJobs)
+{
+    Rig rig;
+    rig.begin(3, 3);
+    const ProcessEnd diskFull{.exitCode = 1, .errorTail = "Error writing mp3 output\n"};
+    const ProcessEnd crash{.signal = 11};
+    rig.finish(1, 12 * 1024, diskFull);
+    rig.finish(2, 0, crash);
+    rig.finish(3, 2048);
+    rig.run.tick();
+    EXPECT_EQ(rig.statuses(), u"DeD"_s);
+    EXPECT_EQ(rig.run.jobs()[0].codecFailure, diskFull);
+    EXPECT_EQ(rig.run.jobs()[1].codecFailure, crash);
+    EXPECT_FALSE(rig.run.jobs()[2].codecFailure);
+}
+
 TEST(ConversionRun, TargetsRoundingToZeroKbAreErrorsAndTheRunNeverEnds)
 {
     Rig rig;
@@ -210,7 +267,7 @@ TEST(ConversionRun, RunningJobCountsItsTargetScaledByThePlainSumOfPercentages)
     EXPECT_EQ(rig.label(1), u"0:00:29"_s);
 }
 
-TEST(ConversionRun, ExistingTargetsAreDeletedReadOnlyOnesMarkedAndFailedLaunchesMoveTheSlotOn)
+TEST(ConversionRun, ExistingTargetsGoToTheTrashReadOnlyOnesMarkedAndFailedLaunchesMoveTheSlotOn)
 {
     Rig rig;
     rig.sizes[u"/m/f01.mp3"_s] = 99;
@@ -218,6 +275,7 @@ TEST(ConversionRun, ExistingTargetsAreDeletedReadOnlyOnesMarkedAndFailedLaunches
     rig.readOnly.insert(u"/m/f04.mp3"_s);
     rig.begin(4, 2);
     EXPECT_FALSE(rig.sizes.count(u"/m/f01.mp3"_s));
+    EXPECT_EQ(rig.trashed, std::set<QString>{u"/m/f01.mp3"_s});
     const ProcessHandle first = rig.run.state().slots[0].handle;
     rig.finish(1, 2048);
     rig.failLaunches = true;
@@ -251,6 +309,22 @@ TEST(ConversionRun, ClockPassingMidnightKeepsCountingForward)
     rig.finish(1, 2048);
     rig.run.tick();
     EXPECT_EQ(rig.run.jobs()[0][EncodeJob::Time], u"0:00:12"_s);
+}
+
+// No job of a run may overwrite another job's target: the later source is left out and told.
+TEST(PrepareJobs, SourcesSharingATargetKeepTheFirst)
+{
+    Rig rig;
+    for (const QString &name : {u"x.WAV"_s, u"x.wav"_s, u"y.wav"_s, u"x.Wav"_s})
+        rig.addFile(name, 1536);
+    ASSERT_TRUE(rig.run.PrepareJobs(true, 3, 4));
+    QStringList names;
+    for (const EncodeJob &j : rig.run.jobs())
+        names.append(j[EncodeJob::Name]);
+    EXPECT_EQ(names, QStringList({u"x.WAV"_s, u"y.wav"_s}));
+    EXPECT_EQ(rig.run.leftOut(), (std::vector<LeftOutSource>{{u"x.wav"_s, u"/m/x.mp3"_s, u"x.WAV"_s},
+                                                             {u"x.Wav"_s, u"/m/x.mp3"_s, u"x.WAV"_s}}));
+    EXPECT_EQ(rig.frame(), u"Finished 0 of 2: frame stop timer"_s);
 }
 
 // A run with no job is refused in the convert command's usage tests.

@@ -1,8 +1,12 @@
 #include "platform/posix/posixfiles.h"
 
 #include <cerrno>
+#include <cstring>
 
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
+#include <QStandardPaths>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -75,6 +79,52 @@ RemoveResult PosixFiles::remove(const QString &path)
     return (errno == EACCES || errno == EPERM || errno == EROFS || errno == EBUSY)
                ? RemoveResult::AccessDenied
                : RemoveResult::OtherError;
+}
+
+RemoveResult PosixFiles::moveToTrash(const QString &path)
+{
+    // A folder that refuses the deletion refuses the move as well; its deletion error says why.
+    const QString folder = QFileInfo(path).absolutePath();
+    if (::access(bytesFromName(folder).constData(), W_OK) != 0)
+        return remove(path);
+    // Qt cannot make the home trash when the data folder above it is missing.
+    QDir().mkpath(QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation));
+    QString trashed;
+    if (QFile::moveToTrash(path, &trashed)) {
+        if (QFileInfo(trashed).isAbsolute())
+            return RemoveResult::Removed;
+        // A trash Qt could not place names a folder relative to wherever we run: undo that.
+        QFile::rename(trashed, path);
+    }
+    // That volume has no trash we may use.
+    return remove(path);
+}
+
+bool PosixFiles::isExecutable(const QString &path)
+{
+    const QByteArray native = bytesFromName(path);
+    struct stat st {};
+    return ::stat(native.constData(), &st) == 0 && S_ISREG(st.st_mode) && ::access(native.constData(), X_OK) == 0;
+}
+
+QString describeUnreadable(const QString &path)
+{
+    const QByteArray native = bytesFromName(path);
+    struct stat st {};
+    if (::stat(native.constData(), &st) != 0)
+        return errno == ENOENT || errno == ENOTDIR ? QStringLiteral("missing")
+                                                   : QStringLiteral("not readable: ") + QString::fromLocal8Bit(std::strerror(errno));
+    if (S_ISDIR(st.st_mode))
+        return QStringLiteral("a folder");
+    if (S_ISFIFO(st.st_mode))
+        return QStringLiteral("a FIFO");
+    if (S_ISCHR(st.st_mode) || S_ISBLK(st.st_mode))
+        return QStringLiteral("a device");
+    if (S_ISSOCK(st.st_mode))
+        return QStringLiteral("a socket");
+    if (::access(native.constData(), R_OK) != 0)
+        return QStringLiteral("not readable: ") + QString::fromLocal8Bit(std::strerror(errno));
+    return {};
 }
 
 std::optional<QByteArray> PosixFiles::readAll(const QString &path)

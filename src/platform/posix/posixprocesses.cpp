@@ -9,6 +9,7 @@
 
 #include <fcntl.h>
 #include <spawn.h>
+#include <sys/epoll.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -36,26 +37,26 @@ struct SignalPipe
         }
     }
 
-    int drain() const
+    std::vector<int> drain() const
     {
-        int count = 0;
-        char buf[64];
+        std::vector<int> bytes;
+        unsigned char buf[64];
         for (;;) {
             const ssize_t got = ::read(readEnd, buf, sizeof buf);
             if (got > 0) {
-                count += static_cast<int>(got);
+                bytes.insert(bytes.end(), buf, buf + got);
                 continue;
             }
             if (got < 0 && errno == EINTR)
                 continue;
-            return count;
+            return bytes;
         }
     }
 
-    void notify() const
+    void notify(int value = 1) const
     {
         const int saved = errno;
-        const char byte = 1;
+        const auto byte = static_cast<unsigned char>(value);
         [[maybe_unused]] const ssize_t ignored = ::write(writeEnd, &byte, 1);
         errno = saved;
     }
@@ -91,9 +92,22 @@ void installChildHandler()
     ::sigaction(SIGCHLD, &action, &g_previousChildAction);
 }
 
-void onInterrupt(int)
+void onInterrupt(int sig)
 {
-    g_interruptPipe.notify();
+    g_interruptPipe.notify(sig);
+}
+
+// Appends to a tail that never grows beyond the limit, however much a child writes.
+void keepTail(QByteArray &tail, const char *bytes, qsizetype n)
+{
+    const qsizetype limit = ProcessEnd::ErrorTailLimit;
+    if (n >= limit) {
+        tail = QByteArray(bytes + n - limit, limit);
+        return;
+    }
+    tail.append(bytes, n);
+    if (tail.size() > limit)
+        tail.remove(0, tail.size() - limit);
 }
 
 } // namespace
@@ -101,6 +115,15 @@ void onInterrupt(int)
 PosixProcesses::PosixProcesses()
 {
     installChildHandler();
+    m_outputEvents = ::epoll_create1(EPOLL_CLOEXEC);
+}
+
+PosixProcesses::~PosixProcesses()
+{
+    for (auto &[handle, child] : m_children)
+        closeErrors(child);
+    if (m_outputEvents >= 0)
+        ::close(m_outputEvents);
 }
 
 std::optional<ProcessHandle> PosixProcesses::start(const QString &commandLine, ChildEnvironment environment)
@@ -121,14 +144,21 @@ std::optional<ProcessHandle> PosixProcesses::start(const QString &commandLine, C
     char *emptyEnvironment[] = {nullptr};
     char **envp = environment == ChildEnvironment::Empty ? emptyEnvironment : environ;
 
+    // Only our end is non-blocking: a codec writing to a full pipe waits, it does not fail.
+    int errorPipe[2];
+    if (::pipe2(errorPipe, O_CLOEXEC) != 0)
+        return std::nullopt;
+    ::fcntl(errorPipe[0], F_SETFL, ::fcntl(errorPipe[0], F_GETFL) | O_NONBLOCK);
+
     posix_spawn_file_actions_t actions;
     posix_spawnattr_t attr;
     posix_spawn_file_actions_init(&actions);
     posix_spawnattr_init(&attr);
-    // Codecs never talk to the terminal: no input to wait on, no output to mix with ours.
+    // Codecs never talk to the terminal: no input to wait on, no output to mix with ours. Their
+    // error output is kept, so a failure can be told.
     posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
     posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
-    posix_spawn_file_actions_addopen(&actions, 2, "/dev/null", O_WRONLY, 0);
+    posix_spawn_file_actions_adddup2(&actions, errorPipe[1], 2);
 #if defined(__GLIBC__) && (__GLIBC__ > 2 || (__GLIBC__ == 2 && __GLIBC_MINOR__ >= 34))
     posix_spawn_file_actions_addclosefrom_np(&actions, 3);
 #endif
@@ -147,12 +177,85 @@ std::optional<ProcessHandle> PosixProcesses::start(const QString &commandLine, C
     const int rc = ::posix_spawn(&pid, argv[0], &actions, &attr, argv.data(), envp);
     posix_spawn_file_actions_destroy(&actions);
     posix_spawnattr_destroy(&attr);
-    if (rc != 0)
+    ::close(errorPipe[1]);
+    if (rc != 0) {
+        ::close(errorPipe[0]);
         return std::nullopt;
+    }
 
     const ProcessHandle handle = ++m_lastHandle;
-    m_children[handle] = Child{pid, false};
+    Child &child = m_children[handle];
+    child.pid = pid;
+    child.errorPipe = errorPipe[0];
+    epoll_event event{};
+    event.events = EPOLLIN;
+    event.data.u64 = static_cast<std::uint64_t>(handle);
+    ::epoll_ctl(m_outputEvents, EPOLL_CTL_ADD, child.errorPipe, &event);
     return handle;
+}
+
+void PosixProcesses::readErrors(Child &child)
+{
+    // A bounded share per call: a child writing as fast as we read never holds the loop.
+    char buf[65536];
+    for (int round = 0; round < 16 && child.errorPipe >= 0; ++round) {
+        const ssize_t got = ::read(child.errorPipe, buf, sizeof buf);
+        if (got > 0) {
+            keepTail(child.end.errorTail, buf, got);
+        } else if (got < 0 && errno == EINTR) {
+            continue;
+        } else {
+            if (got == 0 || errno != EAGAIN)
+                closeErrors(child); // every writer is gone
+            return;
+        }
+    }
+}
+
+void PosixProcesses::closeErrors(Child &child)
+{
+    if (child.errorPipe < 0)
+        return;
+    ::epoll_ctl(m_outputEvents, EPOLL_CTL_DEL, child.errorPipe, nullptr);
+    ::close(child.errorPipe);
+    child.errorPipe = -1;
+}
+
+void PosixProcesses::reaped(Child &child, int status)
+{
+    child.reaped = true;
+    if (WIFEXITED(status))
+        child.end.exitCode = WEXITSTATUS(status);
+    else if (WIFSIGNALED(status))
+        child.end.signal = WTERMSIG(status);
+    // What it wrote before its end is in the pipe now; a descendant still holding the pipe open
+    // is not waited for.
+    readErrors(child);
+    closeErrors(child);
+}
+
+void PosixProcesses::readOutput()
+{
+    // One pass; the descriptor stays readable while anything is left, so the owner comes back.
+    epoll_event events[16];
+    int n = 0;
+    while ((n = ::epoll_wait(m_outputEvents, events, 16, 0)) < 0 && errno == EINTR) {
+    }
+    for (int i = 0; i < n; ++i) {
+        const auto it = m_children.find(static_cast<ProcessHandle>(events[i].data.u64));
+        if (it != m_children.end())
+            readErrors(it->second);
+    }
+}
+
+std::optional<ProcessEnd> PosixProcesses::endOf(ProcessHandle handle)
+{
+    if (!hasEnded(handle))
+        return std::nullopt;
+    const auto it = m_children.find(handle);
+    if (it == m_children.end())
+        return std::nullopt;
+    return it->second.end;
 }
 
 bool PosixProcesses::hasEnded(ProcessHandle handle)
@@ -166,12 +269,15 @@ bool PosixProcesses::hasEnded(ProcessHandle handle)
     for (;;) {
         int status = 0;
         const pid_t r = ::waitpid(child.pid, &status, WNOHANG);
-        if (r == 0)
+        if (r == 0) {
+            // An owner that only polls still keeps the pipe flowing, at the pace of its polls.
+            readErrors(child);
             return false;
+        }
         if (r < 0 && errno == EINTR)
             continue;
         // Reaped now, or already gone (ECHILD): either way the id may be reused from here on.
-        child.reaped = true;
+        reaped(child, r == child.pid ? status : 0);
         return true;
     }
 }
@@ -184,9 +290,10 @@ void PosixProcesses::kill(ProcessHandle handle)
     Child &child = it->second;
     ::kill(-child.pid, SIGKILL);
     int status = 0;
-    while (::waitpid(child.pid, &status, 0) < 0 && errno == EINTR) {
+    pid_t r = 0;
+    while ((r = ::waitpid(child.pid, &status, 0)) < 0 && errno == EINTR) {
     }
-    child.reaped = true;
+    reaped(child, r == child.pid ? status : 0);
 }
 
 int PosixProcesses::processorCount()
@@ -213,7 +320,8 @@ int InterruptWatcher::install()
     action.sa_handler = onInterrupt;
     action.sa_flags = SA_RESTART;
     sigemptyset(&action.sa_mask);
-    ::sigaction(SIGINT, &action, nullptr);
+    for (const int sig : {SIGINT, SIGTERM, SIGHUP, SIGPIPE})
+        ::sigaction(sig, &action, nullptr);
     return g_interruptPipe.readEnd;
 }
 
@@ -222,9 +330,9 @@ bool isTerminal(int fd)
     return ::isatty(fd) == 1;
 }
 
-int InterruptWatcher::takeCount()
+std::vector<int> InterruptWatcher::takeSignals()
 {
-    return g_interruptPipe.readEnd >= 0 ? g_interruptPipe.drain() : 0;
+    return g_interruptPipe.readEnd >= 0 ? g_interruptPipe.drain() : std::vector<int>();
 }
 
 } // namespace kv

@@ -1,0 +1,53 @@
+#include <gtest/gtest.h>
+
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+
+#include <sys/stat.h>
+
+#include "clirunner.h"
+#include "support/qtprinters.h"
+
+using namespace Qt::StringLiterals;
+
+// Output that cannot be written is an error, not a short listing that looks complete.
+TEST(Output, WriteErrorsEndTheCommandWithAMessage)
+{
+    QTemporaryDir dir;
+    const QStringList commands[] = {{u"list"_s, dir.path()}, {u"options"_s}, {u"convert"_s, u"--help"_s}};
+    for (const QStringList &args : commands) {
+        QProcess p;
+        p.setStandardOutputFile(u"/dev/full"_s);
+        p.start(cliPath(), args);
+        ASSERT_TRUE(p.waitForFinished(20000));
+        EXPECT_EQ(p.exitCode(), 1) << args.join(u' ').toStdString();
+        EXPECT_TRUE(QString::fromUtf8(p.readAllStandardError())
+                        .endsWith(u"kestrelvane-cli: cannot write the output: No space left on device\n"_s))
+            << args.join(u' ').toStdString();
+    }
+}
+
+// A configuration that cannot be read is named for what it is; a FIFO is never waited on.
+TEST(Output, ConfigurationThatIsNotAFileSaysWhatItIs)
+{
+    QTemporaryDir dir;
+    ASSERT_EQ(::mkfifo(QFile::encodeName(dir.filePath(u"fifo"_s)).constData(), 0600), 0);
+    QFile small(dir.filePath(u"small.cfg"_s));
+    ASSERT_TRUE(small.open(QIODevice::WriteOnly));
+    small.write("0123456789");
+    small.close();
+    const struct { QString path; const char *why; } cases[] = {
+        {dir.path(), "a folder"},
+        {dir.filePath(u"fifo"_s), "a FIFO"},
+        {u"/dev/zero"_s, "a device"},
+        {dir.filePath(u"none.cfg"_s), "missing"},
+        {dir.filePath(u"small.cfg"_s), "10 bytes, not 10310"},
+    };
+    for (const auto &c : cases) {
+        const CliResult r = runCli({u"options"_s, u"--config"_s, c.path}, "C.UTF-8", 10000);
+        EXPECT_EQ(r.status, 0) << c.why;
+        EXPECT_EQ(r.err, u"kestrelvane-cli: "_s + c.path + u" not read ("_s + QLatin1String(c.why) + u"); using the defaults\n"_s);
+        EXPECT_EQ(r.out.count(u'\n'), 3) << c.why;
+    }
+}

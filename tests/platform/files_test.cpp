@@ -1,0 +1,116 @@
+#include <gtest/gtest.h>
+
+#include <functional>
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "platform/posix/posixfiles.h"
+#include "support/qtprinters.h"
+
+using namespace kv;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+void write(const QString &path, const QByteArray &data)
+{
+    QFile f(path);
+    ASSERT_TRUE(f.open(QIODevice::WriteOnly));
+    f.write(data);
+}
+
+QByteArray bytes(const QString &path)
+{
+    QFile f(path);
+    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+}
+
+// Runs body in a child process without root's right to ignore permissions; its result is the
+// child's exit status.
+int asUnprivileged(const std::function<int()> &body)
+{
+    const pid_t pid = ::fork();
+    if (pid == 0) {
+        if (::geteuid() == 0 && (::setgid(65534) != 0 || ::setuid(65534) != 0))
+            ::_exit(100);
+        ::_exit(body());
+    }
+    int status = 0;
+    ::waitpid(pid, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+} // namespace
+
+TEST(PosixFiles, ReplacedTargetsGoToTheTrashNotAway)
+{
+    QTemporaryDir dir;
+    qputenv("XDG_DATA_HOME", dir.filePath(u"data"_s).toUtf8());
+    const QString target = dir.filePath(u"song.wav"_s);
+    write(target, "the only copy");
+    PosixFiles files;
+    EXPECT_EQ(files.moveToTrash(target), RemoveResult::Removed);
+    EXPECT_FALSE(QFile::exists(target));
+    EXPECT_EQ(bytes(dir.filePath(u"data/Trash/files/song.wav"_s)), "the only copy");
+    EXPECT_EQ(files.moveToTrash(target), RemoveResult::OtherError); // nothing there any more
+    qunsetenv("XDG_DATA_HOME");
+}
+
+// The folder, not the file, decides: a target in a folder we may not write is "Read only".
+TEST(PosixFiles, DeletionRefusedByTheFolderIsAccessDenied)
+{
+    QTemporaryDir dir;
+    const QString folder = dir.filePath(u"ro"_s);
+    ASSERT_TRUE(QDir().mkdir(folder));
+    const QString target = folder + u"/old.mp3"_s;
+    write(target, "old");
+    ::chmod(QFile::encodeName(dir.path()).constData(), 0755);
+    ::chmod(QFile::encodeName(folder).constData(), 0555);
+    for (const bool trash : {false, true}) {
+        const int result = asUnprivileged([&] {
+            PosixFiles files;
+            return static_cast<int>(trash ? files.moveToTrash(target) : files.remove(target));
+        });
+        EXPECT_EQ(result, static_cast<int>(RemoveResult::AccessDenied)) << trash;
+        EXPECT_EQ(bytes(target), "old") << trash;
+    }
+    ::chmod(QFile::encodeName(folder).constData(), 0755);
+}
+
+TEST(PosixFiles, ExecutableMeansAFileThatMayBeStarted)
+{
+    QTemporaryDir dir;
+    write(dir.filePath(u"run"_s), "#!/bin/sh\n");
+    write(dir.filePath(u"plain"_s), "#!/bin/sh\n");
+    ::chmod(QFile::encodeName(dir.filePath(u"run"_s)).constData(), 0755);
+    ::chmod(QFile::encodeName(dir.filePath(u"plain"_s)).constData(), 0644);
+    QFile::link(dir.filePath(u"run"_s), dir.filePath(u"link"_s));
+    QFile::link(dir.filePath(u"none"_s), dir.filePath(u"dangling"_s));
+    QDir().mkdir(dir.filePath(u"folder"_s));
+    const struct { const char *name; bool executable; } cases[] = {
+        {"run", true}, {"link", true}, {"plain", false}, {"dangling", false}, {"none", false}, {"folder", false},
+    };
+    PosixFiles files;
+    for (const auto &c : cases)
+        EXPECT_EQ(files.isExecutable(dir.filePath(QLatin1String(c.name))), c.executable) << c.name;
+}
+
+// The other kinds of path are in the options command's test; root reads everything, so this
+// one runs as nobody.
+TEST(DescribeUnreadable, AFileWeMayNotReadIsNotMissing)
+{
+    QTemporaryDir dir;
+    write(dir.filePath(u"file"_s), "x");
+    ::chmod(QFile::encodeName(dir.path()).constData(), 0755);
+    ::chmod(QFile::encodeName(dir.filePath(u"file"_s)).constData(), 0000);
+    EXPECT_EQ(asUnprivileged([&] {
+                  return describeUnreadable(dir.filePath(u"file"_s)) == u"not readable: Permission denied"_s ? 0 : 1;
+              }),
+              0);
+}
