@@ -97,8 +97,11 @@ struct Session
         music = dir.path() + QStringLiteral("/music");
         drive.root = dir.path();
         QDir().mkpath(program + QStringLiteral("codec"));
-        for (const char *c : codecNames)
-            write(program + QStringLiteral("codec/") + QLatin1String(c), "#!/bin/sh\n");
+        for (const char *c : codecNames) {
+            const QString entry = program + QStringLiteral("codec/") + QLatin1String(c);
+            write(entry, "#!/bin/sh\n");
+            QFile::setPermissions(entry, QFile::permissions(entry) | QFile::ExeOwner);
+        }
         for (const char *f : {"rock/old", "jazz", ".hidden", "empty"})
             QDir().mkpath(music + QLatin1Char('/') + QLatin1String(f));
         for (const char *f : {"vbr.mp3", "mono.mp3"})
