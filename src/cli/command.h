@@ -33,6 +33,8 @@ void err(const QString &text);
 
 // Folder of the running executable, ending in "/".
 QString programFolder();
+// Where the configuration file is read from: the same place the window uses.
+QString configFile();
 
 // Prints the usage of one command on standard error and returns ExitUsage.
 int usageError(const Command &command, const QString &problem);

@@ -4,10 +4,14 @@
 #include <cstring>
 
 #include <QCoreApplication>
+#include <QFileInfo>
+#include <QStandardPaths>
 
 #include "cli/clitext.h"
 #include "cli/command.h"
+#include "settings/configfile.h"
 #include "platform/nativenames.h"
+#include "platform/posix/posixfiles.h"
 #include "platform/posix/posixpaths.h"
 
 namespace kv::cli {
@@ -66,6 +70,16 @@ QString programFolder()
     return folder;
 }
 
+QString configFile()
+{
+    // The window's rule, so both programs share one file: beside the program when it may be
+    // written there or is already there, otherwise in the user's configuration folder.
+    const QString program = programFolder();
+    PosixFiles files;
+    return configFileLocation(program, QStandardPaths::writableLocation(QStandardPaths::AppConfigLocation),
+                              files.fileSize(configFilePath(program)).has_value(), QFileInfo(program).isWritable());
+}
+
 int usageError(const Command &command, const QString &problem)
 {
     if (!problem.isEmpty())
@@ -93,6 +107,7 @@ int main(int argc, char **argv)
 {
     using namespace kv::cli;
     QCoreApplication app(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("kestrelvane")); // the window's configuration folder
     // Names come byte for byte, not through Qt's decoding, so one that is not UTF-8 still names
     // its file.
     QStringList args;
