@@ -14,7 +14,7 @@ namespace kv {
 
 namespace {
 
-enum class EntryKind { File, Folder };
+enum class EntryKind { File, Folder, Other };
 
 void sortNames(QStringList &names)
 {
@@ -24,34 +24,41 @@ void sortNames(QStringList &names)
     });
 }
 
-// Reads one folder, keeping the non-hidden entries of one kind that pass keep(name).
-template <typename Keep>
-std::optional<QStringList> listEntries(const QString &folder, EntryKind kind, Keep keep)
+// Calls visit(name, kind) for every non-hidden entry of folder, links followed (a link to a file
+// is a file, a dangling one is neither); false when the folder cannot be read.
+template <typename Visit>
+bool forEachEntry(const QString &folder, Visit visit)
 {
     DIR *dir = ::opendir(bytesFromName(folder).constData());
     if (dir == nullptr)
-        return std::nullopt;
+        return false;
     const int dfd = ::dirfd(dir);
-    QStringList names;
     while (const dirent *e = ::readdir(dir)) {
         if (e->d_name[0] == '.')
             continue;
-        const QString name = nameFromBytes(e->d_name);
-        if (!keep(name))
-            continue;
-        bool isFile = e->d_type == DT_REG;
-        bool isDir = e->d_type == DT_DIR;
+        EntryKind kind = e->d_type == DT_REG ? EntryKind::File : e->d_type == DT_DIR ? EntryKind::Folder : EntryKind::Other;
         if (e->d_type == DT_UNKNOWN || e->d_type == DT_LNK) {
             struct stat st {};
             if (::fstatat(dfd, e->d_name, &st, 0) != 0)
                 continue;
-            isFile = S_ISREG(st.st_mode);
-            isDir = S_ISDIR(st.st_mode);
+            kind = S_ISREG(st.st_mode) ? EntryKind::File : S_ISDIR(st.st_mode) ? EntryKind::Folder : EntryKind::Other;
         }
-        if ((kind == EntryKind::File && isFile) || (kind == EntryKind::Folder && isDir))
-            names.append(name);
+        visit(nameFromBytes(e->d_name), kind);
     }
     ::closedir(dir);
+    return true;
+}
+
+// Reads one folder, keeping the entries of one kind that pass keep(name).
+template <typename Keep>
+std::optional<QStringList> listEntries(const QString &folder, EntryKind wanted, Keep keep)
+{
+    QStringList names;
+    if (!forEachEntry(folder, [&](const QString &name, EntryKind kind) {
+            if (kind == wanted && keep(name))
+                names.append(name);
+        }))
+        return std::nullopt;
     sortNames(names);
     return names;
 }
@@ -84,37 +91,22 @@ std::optional<FolderListing> PosixFolders::listFolder(const QString &folder)
 {
     // One pass over the folder: a tree of a thousand sub-folders is read a thousand times, not
     // five thousand.
-    DIR *dir = ::opendir(bytesFromName(folder).constData());
-    if (dir == nullptr)
-        return std::nullopt;
-    const int dfd = ::dirfd(dir);
     static const QString kinds[] = {QStringLiteral(".mpc"), QStringLiteral(".mp3"), QStringLiteral(".ogg"),
                                     QStringLiteral(".wav")};
     bool seen[4] = {false, false, false, false};
     FolderListing listing;
-    while (const dirent *e = ::readdir(dir)) {
-        if (e->d_name[0] == '.')
-            continue;
-        bool isFile = e->d_type == DT_REG;
-        bool isDir = e->d_type == DT_DIR;
-        if (e->d_type == DT_UNKNOWN || e->d_type == DT_LNK) {
-            struct stat st {};
-            if (::fstatat(dfd, e->d_name, &st, 0) != 0)
-                continue;
-            isFile = S_ISREG(st.st_mode);
-            isDir = S_ISDIR(st.st_mode);
-        }
-        if (isDir) {
-            listing.folders.append(nameFromBytes(e->d_name));
-        } else if (isFile) {
-            const QString name = nameFromBytes(e->d_name);
+    const bool read = forEachEntry(folder, [&](const QString &name, EntryKind kind) {
+        if (kind == EntryKind::Folder) {
+            listing.folders.append(name);
+        } else if (kind == EntryKind::File) {
             for (int k = 0; k < 4; ++k) {
                 if (!seen[k] && name.size() > 4 && name.endsWith(kinds[k], Qt::CaseInsensitive))
                     seen[k] = true;
             }
         }
-    }
-    ::closedir(dir);
+    });
+    if (!read)
+        return std::nullopt;
     sortNames(listing.folders);
     for (bool s : seen)
         listing.audioKinds += s ? 1 : 0;
