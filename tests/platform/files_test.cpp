@@ -10,6 +10,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "platform/nativenames.h"
 #include "platform/posix/posixfiles.h"
 #include "support/qtprinters.h"
 
@@ -48,17 +49,36 @@ int asUnprivileged(const std::function<int()> &body)
 
 } // namespace
 
+// The home trash comes from XDG_DATA_HOME, else from HOME even when ~/.local/share is missing;
+// a name that is not valid UTF-8 reaches it with its bytes rather than being deleted.
 TEST(PosixFiles, ReplacedTargetsGoToTheTrashNotAway)
 {
-    QTemporaryDir dir;
-    qputenv("XDG_DATA_HOME", dir.filePath(u"data"_s).toUtf8());
-    const QString target = dir.filePath(u"song.wav"_s);
-    write(target, "the only copy");
-    PosixFiles files;
-    EXPECT_EQ(files.moveToTrash(target), RemoveResult::Removed);
-    EXPECT_FALSE(QFile::exists(target));
-    EXPECT_EQ(bytes(dir.filePath(u"data/Trash/files/song.wav"_s)), "the only copy");
-    EXPECT_EQ(files.moveToTrash(target), RemoveResult::OtherError); // nothing there any more
+    const QByteArray cp1251 = "\xCF\xE5\xF1\xED\xFF.wav"; // "Песня.wav" in Windows-1251
+    const struct { const char *xdgDataHome; QByteArray name; const char *trash; } cases[] = {
+        {"data", "song.wav", "data/Trash"},
+        {"data", cp1251, "data/Trash"},
+        {nullptr, "song.wav", "home/.local/share/Trash"},
+    };
+    const QByteArray oldHome = qgetenv("HOME");
+    for (const auto &c : cases) {
+        QTemporaryDir dir;
+        const QByteArray root = QFile::encodeName(dir.path());
+        if (c.xdgDataHome)
+            qputenv("XDG_DATA_HOME", root + '/' + c.xdgDataHome);
+        else
+            qunsetenv("XDG_DATA_HOME");
+        ASSERT_TRUE(QDir().mkdir(dir.filePath(u"home"_s)));
+        qputenv("HOME", root + "/home");
+        const QString target = nameFromBytes(root + '/' + c.name);
+        ASSERT_TRUE(PosixFiles().writeAtStart(target, "the only copy"));
+        PosixFiles files;
+        EXPECT_EQ(files.moveToTrash(target), RemoveResult::Removed);
+        EXPECT_FALSE(files.fileSize(target).has_value());
+        const auto trashed = files.readAll(nameFromBytes(root + '/' + c.trash + "/files/" + c.name));
+        EXPECT_EQ(trashed.value_or("<missing>").toStdString(), "the only copy") << c.name.toHex().constData();
+        EXPECT_EQ(files.moveToTrash(target), RemoveResult::OtherError); // nothing there any more
+    }
+    qputenv("HOME", oldHome);
     qunsetenv("XDG_DATA_HOME");
 }
 
