@@ -1,18 +1,15 @@
 #include <gtest/gtest.h>
 
-#include <functional>
-
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 
 #include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include "platform/nativenames.h"
 #include "platform/posix/posixfiles.h"
 #include "support/qtprinters.h"
+#include "support/unprivileged.h"
 
 using namespace kv;
 using namespace Qt::StringLiterals;
@@ -30,21 +27,6 @@ QByteArray bytes(const QString &path)
 {
     QFile f(path);
     return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-}
-
-// Runs body in a child process without root's right to ignore permissions; its result is the
-// child's exit status.
-int asUnprivileged(const std::function<int()> &body)
-{
-    const pid_t pid = ::fork();
-    if (pid == 0) {
-        if (::geteuid() == 0 && (::setgid(65534) != 0 || ::setuid(65534) != 0))
-            ::_exit(100);
-        ::_exit(body());
-    }
-    int status = 0;
-    ::waitpid(pid, &status, 0);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
 } // namespace
