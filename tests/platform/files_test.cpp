@@ -42,6 +42,7 @@ TEST(PosixFiles, ReplacedTargetsGoToTheTrashNotAway)
         {nullptr, "song.wav", "home/.local/share/Trash"},
     };
     const QByteArray oldHome = qgetenv("HOME");
+    const QByteArray oldDataHome = qgetenv("XDG_DATA_HOME");
     for (const auto &c : cases) {
         QTemporaryDir dir;
         const QByteArray root = QFile::encodeName(dir.path());
@@ -65,7 +66,7 @@ TEST(PosixFiles, ReplacedTargetsGoToTheTrashNotAway)
         files.remove(nameFromBytes(trash + "/info/" + c.name + ".trashinfo"));
     }
     qputenv("HOME", oldHome);
-    qunsetenv("XDG_DATA_HOME");
+    qputenv("XDG_DATA_HOME", oldDataHome);
 }
 
 // The folder, not the file, decides: a target in a folder we may not write is "Read only".
