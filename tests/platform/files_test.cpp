@@ -1,17 +1,15 @@
 #include <gtest/gtest.h>
 
-#include <functional>
-
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 
 #include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
+#include "platform/nativenames.h"
 #include "platform/posix/posixfiles.h"
 #include "support/qtprinters.h"
+#include "support/unprivileged.h"
 
 using namespace kv;
 using namespace Qt::StringLiterals;
@@ -31,35 +29,44 @@ QByteArray bytes(const QString &path)
     return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
 }
 
-// Runs body in a child process without root's right to ignore permissions; its result is the
-// child's exit status.
-int asUnprivileged(const std::function<int()> &body)
-{
-    const pid_t pid = ::fork();
-    if (pid == 0) {
-        if (::geteuid() == 0 && (::setgid(65534) != 0 || ::setuid(65534) != 0))
-            ::_exit(100);
-        ::_exit(body());
-    }
-    int status = 0;
-    ::waitpid(pid, &status, 0);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
-
 } // namespace
 
+// The home trash comes from XDG_DATA_HOME, else from HOME even when ~/.local/share is missing;
+// a name that is not valid UTF-8 reaches it with its bytes rather than being deleted.
 TEST(PosixFiles, ReplacedTargetsGoToTheTrashNotAway)
 {
-    QTemporaryDir dir;
-    qputenv("XDG_DATA_HOME", dir.filePath(u"data"_s).toUtf8());
-    const QString target = dir.filePath(u"song.wav"_s);
-    write(target, "the only copy");
-    PosixFiles files;
-    EXPECT_EQ(files.moveToTrash(target), RemoveResult::Removed);
-    EXPECT_FALSE(QFile::exists(target));
-    EXPECT_EQ(bytes(dir.filePath(u"data/Trash/files/song.wav"_s)), "the only copy");
-    EXPECT_EQ(files.moveToTrash(target), RemoveResult::OtherError); // nothing there any more
-    qunsetenv("XDG_DATA_HOME");
+    const QByteArray cp1251 = "\xCF\xE5\xF1\xED\xFF.wav"; // "Песня.wav" in Windows-1251
+    const struct { const char *xdgDataHome; QByteArray name; const char *trash; } cases[] = {
+        {"data", "song.wav", "data/Trash"},
+        {"data", cp1251, "data/Trash"},
+        {nullptr, "song.wav", "home/.local/share/Trash"},
+    };
+    const QByteArray oldHome = qgetenv("HOME");
+    const QByteArray oldDataHome = qgetenv("XDG_DATA_HOME");
+    for (const auto &c : cases) {
+        QTemporaryDir dir;
+        const QByteArray root = QFile::encodeName(dir.path());
+        if (c.xdgDataHome)
+            qputenv("XDG_DATA_HOME", root + '/' + c.xdgDataHome);
+        else
+            qunsetenv("XDG_DATA_HOME");
+        ASSERT_TRUE(QDir().mkdir(dir.filePath(u"home"_s)));
+        qputenv("HOME", root + "/home");
+        const QString target = nameFromBytes(root + '/' + c.name);
+        ASSERT_TRUE(PosixFiles().writeAtStart(target, "the only copy"));
+        PosixFiles files;
+        EXPECT_EQ(files.moveToTrash(target), RemoveResult::Removed);
+        EXPECT_FALSE(files.fileSize(target).has_value());
+        const QByteArray trash = root + '/' + c.trash;
+        const auto trashed = files.readAll(nameFromBytes(trash + "/files/" + c.name));
+        EXPECT_EQ(trashed.value_or("<missing>").toStdString(), "the only copy") << c.name.toHex().constData();
+        EXPECT_EQ(files.moveToTrash(target), RemoveResult::OtherError); // nothing there any more
+        // QTemporaryDir cannot remove names that are not UTF-8.
+        files.remove(nameFromBytes(trash + "/files/" + c.name));
+        files.remove(nameFromBytes(trash + "/info/" + c.name + ".trashinfo"));
+    }
+    qputenv("HOME", oldHome);
+    qputenv("XDG_DATA_HOME", oldDataHome);
 }
 
 // The folder, not the file, decides: a target in a folder we may not write is "Read only".

@@ -3,16 +3,15 @@
 #include <cerrno>
 #include <cstring>
 
-#include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QStandardPaths>
 
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include "platform/nativenames.h"
+#include "platform/posix/posixtrash.h"
 
 namespace kv {
 
@@ -83,19 +82,12 @@ RemoveResult PosixFiles::remove(const QString &path)
 
 RemoveResult PosixFiles::moveToTrash(const QString &path)
 {
+    const QByteArray native = bytesFromName(path);
     // A folder that refuses the deletion refuses the move as well; its deletion error says why.
-    const QString folder = QFileInfo(path).absolutePath();
-    if (::access(bytesFromName(folder).constData(), W_OK) != 0)
+    if (::access(bytesFromName(QFileInfo(path).absolutePath()).constData(), W_OK) != 0)
         return remove(path);
-    // Qt cannot make the home trash when the data folder above it is missing.
-    QDir().mkpath(QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation));
-    QString trashed;
-    if (QFile::moveToTrash(path, &trashed)) {
-        if (QFileInfo(trashed).isAbsolute())
-            return RemoveResult::Removed;
-        // A trash Qt could not place names a folder relative to wherever we run: undo that.
-        QFile::rename(trashed, path);
-    }
+    if (moveToDesktopTrash(native, homeTrashFolder()))
+        return RemoveResult::Removed;
     // That volume has no trash we may use.
     return remove(path);
 }

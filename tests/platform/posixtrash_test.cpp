@@ -1,0 +1,240 @@
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <string>
+#include <vector>
+
+#include <QDateTime>
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "platform/posix/posixtrash.h"
+#include "support/qtprinters.h"
+#include "support/unprivileged.h"
+
+using namespace kv;
+
+namespace {
+
+// Byte paths throughout: the names under test need not be valid UTF-8.
+QByteArray tempPath(const QTemporaryDir &dir)
+{
+    char *real = ::realpath(QFile::encodeName(dir.path()).constData(), nullptr);
+    const QByteArray path(real ? real : "");
+    std::free(real);
+    return path;
+}
+
+// Through stdio, so that a name with any bytes is reached as it is.
+void write(const QByteArray &path, const QByteArray &data)
+{
+    FILE *file = std::fopen(path.constData(), "wb");
+    ASSERT_TRUE(file) << path.constData();
+    std::fwrite(data.constData(), 1, static_cast<size_t>(data.size()), file);
+    std::fclose(file);
+}
+
+std::string read(const QByteArray &path)
+{
+    QFile f;
+    FILE *file = std::fopen(path.constData(), "rb");
+    if (!file || !f.open(file, QIODevice::ReadOnly, QFileDevice::AutoCloseHandle))
+        return "<missing>";
+    return f.readAll().toStdString();
+}
+
+bool exists(const QByteArray &path)
+{
+    struct stat st {};
+    return ::lstat(path.constData(), &st) == 0;
+}
+
+mode_t modeOf(const QByteArray &path)
+{
+    struct stat st {};
+    return ::lstat(path.constData(), &st) == 0 ? st.st_mode & 07777 : 0;
+}
+
+// The record's lines, with the deletion date checked against the time of the move and cut off.
+// The times come from time(), the clock the record is made from, so whole seconds compare.
+std::string recordWithoutDate(const QByteArray &infoPath, std::time_t before, std::time_t after)
+{
+    const std::string text = read(infoPath);
+    const std::string key = "\nDeletionDate=";
+    const size_t at = text.find(key);
+    if (at == std::string::npos)
+        return text;
+    const QString date = QString::fromStdString(text.substr(at + key.size(), 19));
+    const QDateTime when = QDateTime::fromString(date, Qt::ISODate);
+    EXPECT_TRUE(when.isValid() && when.toSecsSinceEpoch() >= before && when.toSecsSinceEpoch() <= after)
+        << date.toStdString();
+    EXPECT_EQ(text.substr(at + key.size() + 19), "\n");
+    return text.substr(0, at + 1);
+}
+
+} // namespace
+
+TEST(DesktopTrash, HomeTrashTakesTheFileWithItsRecordUnderAFreeName)
+{
+    QTemporaryDir dir;
+    const QByteArray root = tempPath(dir);
+    const QByteArray home = root + "/data/Trash"; // missing, parents included
+    const QByteArray longName = QByteArray(246, 'x') + ".wav";
+    std::vector<QByteArray> leftForQt; // QTemporaryDir cannot remove names that are not UTF-8
+    const struct {
+        QByteArray name;
+        QByteArray trashName;
+        QByteArray encodedName;
+    } cases[] = {
+        {"song.wav", "song.wav", "song.wav"},
+        {"song.wav", "song.2.wav", "song.wav"},
+        {"song.wav", "song.3.wav", "song.wav"},
+        // Windows-1251 "Песня", not valid UTF-8.
+        {"\xCF\xE5\xF1\xED\xFF.wav", "\xCF\xE5\xF1\xED\xFF.wav", "%CF%E5%F1%ED%FF.wav"},
+        {"a b%#\xD1\x91.mp3", "a b%#\xD1\x91.mp3", "a%20b%25%23%D1%91.mp3"},
+        // 250 bytes: the record's name would pass the length limit, so the name is cut.
+        {longName, QByteArray(241, 'x') + ".wav", longName},
+    };
+    for (const auto &c : cases) {
+        const QByteArray file = root + '/' + c.name;
+        write(file, "content of " + c.trashName);
+        const std::time_t before = std::time(nullptr);
+        const std::optional<QByteArray> moved = moveToDesktopTrash(file, home);
+        const std::time_t after = std::time(nullptr);
+        const std::string what = c.trashName.toStdString();
+        ASSERT_TRUE(moved.has_value()) << what;
+        EXPECT_EQ(moved->toStdString(), (home + "/files/" + c.trashName).toStdString());
+        EXPECT_FALSE(exists(file)) << what;
+        EXPECT_EQ(read(*moved), "content of " + what);
+        const QByteArray info = home + "/info/" + c.trashName + ".trashinfo";
+        EXPECT_EQ(recordWithoutDate(info, before, after),
+                  "[Trash Info]\nPath=" + root.toStdString() + '/' + c.encodedName.toStdString() + '\n')
+            << what;
+        leftForQt.push_back(*moved);
+        leftForQt.push_back(info);
+    }
+    EXPECT_EQ(modeOf(root + "/data"), 0700u);
+    EXPECT_EQ(modeOf(home), 0700u);
+
+    // A file left in files/ without its record still holds someone's data: rename() would replace it.
+    write(home + "/files/take.wav", "orphan");
+    write(root + "/take.wav", "new");
+    EXPECT_EQ(moveToDesktopTrash(root + "/take.wav", home).value_or("").toStdString(),
+              (home + "/files/take.2.wav").toStdString());
+    EXPECT_EQ(read(home + "/files/take.wav"), "orphan");
+    EXPECT_FALSE(exists(home + "/info/take.wav.trashinfo"));
+    for (const QByteArray &path : leftForQt)
+        ::unlink(path.constData());
+}
+
+TEST(DesktopTrash, AVolumeTrashIsASharedStickyFolderOrOurOwn)
+{
+    const QByteArray uid = QByteArray::number(::getuid());
+    const struct {
+        const char *what;
+        mode_t shared; // mode of a .Trash folder, 0 for none
+        bool sharedByLink;
+        bool ownByLink;
+        const char *trash; // below the top; nothing where none may be used
+    } cases[] = {
+        {"nothing there", 0, false, false, ".Trash-"},
+        {"sticky .Trash", 01777, false, false, ".Trash/"},
+        {".Trash without the sticky bit", 0777, false, false, ".Trash-"},
+        {".Trash a link to a sticky folder", 01777, true, false, ".Trash-"},
+        {"our trash a link to a folder", 0, false, true, nullptr},
+    };
+    for (const auto &c : cases) {
+        QTemporaryDir dir;
+        const QByteArray top = tempPath(dir);
+        if (c.shared) {
+            const QByteArray folder = top + (c.sharedByLink ? "/elsewhere" : "/.Trash");
+            ::mkdir(folder.constData(), 0700);
+            ::chmod(folder.constData(), c.shared);
+        }
+        if (c.sharedByLink)
+            ::symlink("elsewhere", (top + "/.Trash").constData());
+        if (c.ownByLink) {
+            ::mkdir((top + "/elsewhere").constData(), 0700);
+            ::symlink("elsewhere", (top + "/.Trash-" + uid).constData());
+        }
+        const std::optional<QByteArray> trash = volumeTrashFolder(top);
+        const QByteArray expected = c.trash ? top + '/' + c.trash + uid : "<none>";
+        EXPECT_EQ(trash.value_or("<none>").toStdString(), expected.toStdString()) << c.what;
+        if (c.trash) {
+            EXPECT_EQ(modeOf(expected), 0700u) << c.what;
+        }
+    }
+}
+
+TEST(DesktopTrash, AFileOnAnotherDeviceGoesToItsVolumeTrash)
+{
+    QTemporaryDir homeDir;
+    const QByteArray home = tempPath(homeDir) + "/Trash";
+    QTemporaryDir dir(QStringLiteral("/dev/shm/kv-trash-XXXXXX"));
+    struct stat shm {}, tmp {};
+    if (!dir.isValid() || ::stat("/dev/shm", &shm) != 0 || ::stat(QFile::encodeName(homeDir.path()).constData(), &tmp) != 0
+        || shm.st_dev == tmp.st_dev)
+        GTEST_SKIP() << "/dev/shm is no other device here";
+    const QByteArray folder = tempPath(dir);
+    const QByteArray top = "/dev/shm";
+    const QByteArray relative = folder.mid(top.size() + 1) + "/song.wav";
+    write(folder + "/song.wav", "on tmpfs");
+    const std::time_t before = std::time(nullptr);
+    const std::optional<QByteArray> moved = moveToDesktopTrash(folder + "/song.wav", home);
+    const std::time_t after = std::time(nullptr);
+    ASSERT_TRUE(moved.has_value());
+    const QByteArray uid = QByteArray::number(::getuid());
+    const QByteArray trash = moved->left(moved->indexOf("/files/"));
+    EXPECT_TRUE(trash == top + "/.Trash-" + uid || trash == top + "/.Trash/" + uid) << trash.constData();
+    EXPECT_EQ(read(*moved), "on tmpfs");
+    EXPECT_FALSE(exists(home)); // not created for a file it cannot take
+    const QByteArray name = moved->mid(moved->lastIndexOf('/') + 1);
+    const QByteArray info = trash + "/info/" + name + ".trashinfo";
+    EXPECT_EQ(recordWithoutDate(info, before, after), "[Trash Info]\nPath=" + relative.toStdString() + '\n');
+
+    // Only what this test put there goes; a trash that others use stays.
+    ::unlink(moved->constData());
+    ::unlink(info.constData());
+    for (const char *sub : {"/files", "/info", ""})
+        ::rmdir((trash + sub).constData());
+}
+
+// Nothing moves and no record stays behind; the caller then deletes as it always did.
+TEST(DesktopTrash, WhereNoTrashCanTakeTheFileItStays)
+{
+    QTemporaryDir dir;
+    const QByteArray root = tempPath(dir);
+    ::chmod(root.constData(), 0755);
+    const struct {
+        const char *what;
+        mode_t sourceFolder;
+        mode_t trashParent;
+    } cases[] = {
+        {"the file's folder may not be written", 0555, 0777},
+        {"the trash may not be made", 0777, 0555},
+    };
+    int index = 0;
+    for (const auto &c : cases) {
+        const QByteArray source = root + "/source" + QByteArray::number(index);
+        const QByteArray parent = root + "/trash" + QByteArray::number(index++);
+        ::mkdir(source.constData(), 0700);
+        ::mkdir(parent.constData(), 0700);
+        write(source + "/old.mp3", "old");
+        ::chmod(source.constData(), c.sourceFolder);
+        ::chmod(parent.constData(), c.trashParent);
+        const QByteArray home = parent + "/Trash";
+        EXPECT_EQ(asUnprivileged([&] { return moveToDesktopTrash(source + "/old.mp3", home) ? 1 : 0; }), 0) << c.what;
+        EXPECT_EQ(read(source + "/old.mp3"), "old") << c.what;
+        // Where the trash could be made, the record was made first and taken back.
+        EXPECT_EQ(exists(home + "/info"), c.trashParent == 0777) << c.what;
+        EXPECT_TRUE(QDir(QFile::decodeName(home + "/info")).isEmpty()) << c.what;
+        ::chmod(source.constData(), 0755);
+        ::chmod(parent.constData(), 0755);
+    }
+}
