@@ -34,6 +34,9 @@ void err(const QString &text);
 // Folder of the running executable, ending in "/".
 QString programFolder();
 
+// The configuration file the window would read now.
+QString configFile();
+
 // Prints the usage of one command on standard error and returns ExitUsage.
 int usageError(const Command &command, const QString &problem);
 

@@ -216,7 +216,7 @@ int runConvert(const QStringList &args)
     }
 
     const QLocale locale = QLocale::system();
-    const StartupSettings startup = loadStartupSettings(configFilePath(program), files, locale);
+    const StartupSettings startup = loadStartupSettings(configFile(), files, locale);
     const UiText &text =
         startup.controls.languagePanelText() == russianTexts().languageName ? russianTexts() : englishTexts();
 
@@ -353,7 +353,8 @@ Command convertCommand()
             "an existing target is replaced: the old file is moved to the desktop trash, and\n"
             "deleted only where its volume has no trash. When two listed files would make the same\n"
             "target (x.wav and x.WAV), the later one is left out and said so on standard error.\n"
-            "The encoder settings are those of kestrvan.cfg beside the program, or the defaults\n"
+            "The encoder settings are those of the window's kestrvan.cfg (beside the program, or in\n"
+            "~/.config/kestrelvane/ where the program's folder cannot be written), or the defaults\n"
             "when it is missing.\n"
             "\n"
             "  --to KIND     mp3, ogg, mpc or wav: what to make\n"

@@ -101,7 +101,7 @@ int runList(const QStringList &args)
                             // never costs the configuration file a look.
                             statsReached = true;
                             const StartupSettings startup =
-                                loadStartupSettings(configFilePath(programFolder()), files, locale);
+                                loadStartupSettings(configFile(), files, locale);
                             // Every row counts, as with "Make All" pressed.
                             RefreshSelectionStats(list.rows, true, startup.settings(), text, locale, labels);
                         },
@@ -177,8 +177,8 @@ Command listCommand()
             "    the totals, and then these lines are missing;\n"
             "  - when the totals were made: an empty line and the selection statistics with every\n"
             "    file selected (count, size, and the forecast size after MP3, Ogg and Musepack\n"
-            "    encoding under the encoder settings of kestrvan.cfg beside the program, or the\n"
-            "    defaults when it is missing).\n"
+            "    encoding under the encoder settings of the window's kestrvan.cfg, or the defaults\n"
+            "    when it is missing).\n"
             "\n"
             "Numbers follow your locale. Nothing is written to FOLDER.\n"
             "\n"

@@ -4,11 +4,15 @@
 #include <cstring>
 
 #include <QCoreApplication>
+#include <QFileInfo>
+#include <QStandardPaths>
 
 #include "cli/clitext.h"
 #include "cli/command.h"
 #include "platform/nativenames.h"
+#include "platform/posix/posixfiles.h"
 #include "platform/posix/posixpaths.h"
+#include "settings/configfile.h"
 
 namespace kv::cli {
 
@@ -66,6 +70,16 @@ QString programFolder()
     return folder;
 }
 
+QString configFile()
+{
+    // The file the window reads and writes: a program installed for every user keeps it in the
+    // user's configuration folder.
+    const QString folder = programFolder();
+    PosixFiles files;
+    return configFileLocation(folder, QStandardPaths::writableLocation(QStandardPaths::AppConfigLocation),
+                              files.fileSize(configFilePath(folder)).has_value(), QFileInfo(folder).isWritable());
+}
+
 int usageError(const Command &command, const QString &problem)
 {
     if (!problem.isEmpty())
@@ -93,6 +107,8 @@ int main(int argc, char **argv)
 {
     using namespace kv::cli;
     QCoreApplication app(argc, argv);
+    // The window's name, so both find the same configuration folder.
+    QCoreApplication::setApplicationName(QStringLiteral("kestrelvane"));
     // Names come byte for byte, not through Qt's decoding, so one that is not UTF-8 still names
     // its file.
     QStringList args;
