@@ -354,7 +354,7 @@ Command convertCommand()
             "deleted only where its volume has no trash. When two listed files would make the same\n"
             "target (x.wav and x.WAV), the later one is left out and said so on standard error.\n"
             "The encoder settings are those of the window's kestrvan.cfg (beside the program, or in\n"
-            "~/.config/kestrelvane/ when the program's folder is not writable), or the defaults\n"
+            "~/.config/kestrelvane/ where the program's folder cannot be written), or the defaults\n"
             "when it is missing.\n"
             "\n"
             "  --to KIND     mp3, ogg, mpc or wav: what to make\n"

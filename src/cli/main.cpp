@@ -9,10 +9,10 @@
 
 #include "cli/clitext.h"
 #include "cli/command.h"
-#include "settings/configfile.h"
 #include "platform/nativenames.h"
 #include "platform/posix/posixfiles.h"
 #include "platform/posix/posixpaths.h"
+#include "settings/configfile.h"
 
 namespace kv::cli {
 
@@ -72,12 +72,12 @@ QString programFolder()
 
 QString configFile()
 {
-    // The window's rule, so both programs share one file: beside the program when it may be
-    // written there or is already there, otherwise in the user's configuration folder.
-    const QString program = programFolder();
+    // The file the window reads and writes: a program installed for every user keeps it in the
+    // user's configuration folder.
+    const QString folder = programFolder();
     PosixFiles files;
-    return configFileLocation(program, QStandardPaths::writableLocation(QStandardPaths::AppConfigLocation),
-                              files.fileSize(configFilePath(program)).has_value(), QFileInfo(program).isWritable());
+    return configFileLocation(folder, QStandardPaths::writableLocation(QStandardPaths::AppConfigLocation),
+                              files.fileSize(configFilePath(folder)).has_value(), QFileInfo(folder).isWritable());
 }
 
 int usageError(const Command &command, const QString &problem)
@@ -107,7 +107,8 @@ int main(int argc, char **argv)
 {
     using namespace kv::cli;
     QCoreApplication app(argc, argv);
-    QCoreApplication::setApplicationName(QStringLiteral("kestrelvane")); // the window's configuration folder
+    // The window's name, so both find the same configuration folder.
+    QCoreApplication::setApplicationName(QStringLiteral("kestrelvane"));
     // Names come byte for byte, not through Qt's decoding, so one that is not UTF-8 still names
     // its file.
     QStringList args;

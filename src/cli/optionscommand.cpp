@@ -84,15 +84,15 @@ Command optionsCommand()
             "  Mpc<TAB>OPTION TEXT<TAB>KBPS\n"
             "\n"
             "The settings are those the window starts with: the defaults, then the configuration\n"
-            "file kestrvan.cfg (beside the program, or in ~/.config/kestrelvane/ when the program's\n"
-            "folder is not writable), read only when it is exactly 10310 bytes long.\n"
+            "file kestrvan.cfg, read only when it is exactly 10310 bytes long. It lies beside the\n"
+            "program, or in ~/.config/kestrelvane/ where the program's folder cannot be written.\n"
             "A file that is not read is reported on standard error and the defaults are shown.\n"
             "The numbers of an option text are written as the encoders read them, with ASCII\n"
             "digits, \"-\" and \".\" (\"--quality 6.5\"), whatever the locale. A command-line text\n"
             "that holds a tab, newline or carriage return shows it as \\t, \\n or \\r, other control\n"
             "characters as \\xHH and a backslash as \\\\.\n"
             "\n"
-            "  --config FILE   read FILE instead of the configuration beside the program\n"),
+            "  --config FILE   read FILE instead of the window's configuration file\n"),
         runOptions,
     };
 }

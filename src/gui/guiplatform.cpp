@@ -1,7 +1,11 @@
 #include "gui/guiplatform.h"
 
 #include <QApplication>
+#include <QDesktopServices>
 #include <QMessageBox>
+#include <QUrl>
+
+#include "platform/nativenames.h"
 
 namespace kv {
 
@@ -23,6 +27,16 @@ void GuiBusyCursor::begin()
 void GuiBusyCursor::end()
 {
     QApplication::restoreOverrideCursor();
+}
+
+QUrl documentUrl(const QString &path)
+{
+    return QUrl::fromEncoded(QByteArrayLiteral("file://") + bytesFromName(path).toPercentEncoding("/"), QUrl::StrictMode);
+}
+
+bool openDocument(const QString &path)
+{
+    return QDesktopServices::openUrl(documentUrl(path));
 }
 
 } // namespace kv

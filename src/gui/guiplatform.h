@@ -2,6 +2,7 @@
 
 #include "app/maincontroller.h"
 
+class QUrl;
 class QWidget;
 
 namespace kv {
@@ -25,5 +26,12 @@ public:
     void begin() override;
     void end() override;
 };
+
+// The file URL of a local document, made from its name's bytes: a folder name that is not UTF-8,
+// or that holds "#" or "?", still names the same file for the desktop's browser.
+QUrl documentUrl(const QString &path);
+
+// Hands a local document to the desktop's browser.
+bool openDocument(const QString &path);
 
 } // namespace kv

@@ -5,10 +5,8 @@
 
 #include <QApplication>
 #include <QCommandLineParser>
-#include <QDesktopServices>
 #include <QFileInfo>
 #include <QStandardPaths>
-#include <QUrl>
 
 #include "app/maincontroller.h"
 #include "gui/guiplatform.h"
@@ -84,7 +82,7 @@ int main(int argc, char **argv)
             return kv::readMediaInfo(format, folder, name, files);
         },
         [&processes] { return processes.processorCount(); },
-        [](const QString &document) { QDesktopServices::openUrl(QUrl::fromLocalFile(document)); }});
+        [](const QString &document) { kv::openDocument(document); }});
 
     kv::StartOptions options;
     options.programFolder = programFolder;

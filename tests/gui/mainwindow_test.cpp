@@ -20,12 +20,14 @@
 #include <QToolBar>
 #include <QToolButton>
 #include <QTreeView>
+#include <QUrl>
 
 #include "app/maincontroller.h"
 #include "gui/foldertreemodel.h"
 #include "gui/guiplatform.h"
 #include "gui/mainwindow.h"
 #include "media/readers.h"
+#include "platform/nativenames.h"
 #include "platform/posix/posixfiles.h"
 #include "platform/posix/posixfolders.h"
 #include "platform/posix/posixinstancelock.h"
@@ -86,6 +88,7 @@ struct Session
     Folders folders;
     OneDrive drive;
     Recorder messages;
+    QStringList opened; // documents handed to the desktop
     GuiBusyCursor busy;
     std::unique_ptr<PosixInstanceLock> lock;
     std::unique_ptr<MainController> controller;
@@ -131,7 +134,7 @@ struct Session
         controller = std::make_unique<MainController>(Environment{
             files, folders, drive, *lock, messages, busy,
             [this](AudioFormat format, const QString &f, const QString &name) { return readMediaInfo(format, f, name, files); },
-            [] { return 2; }, {}});
+            [] { return 2; }, [this](const QString &document) { opened.append(document); }});
         StartOptions options{program, dir.path() + QStringLiteral("/config"), true, folder, QLocale::c()};
         const StartEnd end = controller->Main(options);
         if (end == StartEnd::Running) {
@@ -470,5 +473,38 @@ TEST(WindowConfiguration, SavedAtCloseRestoredAtTheNextStartAndRefusedWhileConve
         EXPECT_TRUE(s.window->close());
         EXPECT_EQ(QFileInfo(cfg).isDir(), b.folder);
         QDir(cfg).removeRecursively();
+    }
+}
+
+// The Help panel and F1 open the one document beside the program, whichever the language.
+TEST(WindowHelp, PanelAndF1OpenTheDocumentBesideTheProgramInBothLanguages)
+{
+    Session s;
+    ASSERT_EQ(s.start(s.music), StartEnd::Running);
+    QApplication::setActiveWindow(s.window.get());
+    s.w<QToolButton>("stbMain_8")->click();
+    QTest::keyClick(s.window.get(), Qt::Key_F1);
+    s.w<QToolButton>("stbMain_7")->click();
+    ASSERT_EQ(s.w<QToolButton>("stbMain_8")->text(), QStringLiteral("Справка"));
+    s.w<QToolButton>("stbMain_8")->click();
+    QTest::keyClick(s.window.get(), Qt::Key_F1);
+    EXPECT_EQ(s.opened, QStringList(4, s.program + QStringLiteral("help/rus/index.htm")));
+}
+
+// The desktop gets a URL that names the document byte for byte, wherever the program lies.
+TEST(WindowHelp, DocumentUrlNamesTheFileByteForByte)
+{
+    const QByteArray folders[] = {
+        "/opt/kestrelvane/",
+        "/home/me/Kestrel vane #2?/",             // a blank, a fragment mark and a query mark
+        "/home/\xd0\xbc\xd0\xbe\xd1\x8f/prog/", // Cyrillic, UTF-8
+        "/media/old/\xcf\xf0\xee\xe3/",          // Windows-1251, not UTF-8
+    };
+    for (const QByteArray &folder : folders) {
+        const QByteArray path = folder + "help/rus/index.htm";
+        const QUrl url = documentUrl(nameFromBytes(path));
+        EXPECT_TRUE(url.isValid() && url.isLocalFile()) << path.constData();
+        EXPECT_EQ(QByteArray::fromPercentEncoding(url.path(QUrl::FullyEncoded).toLatin1()), path);
+        EXPECT_FALSE(url.hasQuery() || url.hasFragment()) << path.constData();
     }
 }

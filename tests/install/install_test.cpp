@@ -1,0 +1,169 @@
+#include <gtest/gtest.h>
+
+#include <unistd.h>
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+
+#include "support/qtprinters.h"
+
+namespace {
+
+struct Finished
+{
+    QString out;
+    QString err;
+    int status = -1;
+};
+
+Finished run(const QString &program, const QStringList &args, const QProcessEnvironment &env = QProcessEnvironment::systemEnvironment())
+{
+    QProcess p;
+    p.setProcessEnvironment(env);
+    p.start(program, args);
+    Finished r;
+    if (!p.waitForFinished(120000)) {
+        p.kill();
+        p.waitForFinished();
+        r.err = QStringLiteral("timed out");
+        return r;
+    }
+    r.out = QString::fromUtf8(p.readAllStandardOutput());
+    r.err = QString::fromUtf8(p.readAllStandardError());
+    r.status = p.exitStatus() == QProcess::NormalExit ? p.exitCode() : -1;
+    return r;
+}
+
+QByteArray contents(const QString &path)
+{
+    QFile f(path);
+    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+}
+
+// One installation for the whole suite: installing is what is tested, and it takes a while.
+class Install : public ::testing::Test
+{
+protected:
+    static void SetUpTestSuite()
+    {
+        s_prefix = new QTemporaryDir;
+        const Finished r = run(QStringLiteral(KV_CMAKE), {QStringLiteral("--install"), QStringLiteral(KV_BUILD_DIR),
+                                                     QStringLiteral("--prefix"), s_prefix->path()});
+        s_installed = r.status == 0;
+        if (!s_installed)
+            std::fprintf(stderr, "%s%s", qPrintable(r.out), qPrintable(r.err));
+    }
+    static void TearDownTestSuite()
+    {
+        delete s_prefix;
+        s_prefix = nullptr;
+    }
+    void SetUp() override { ASSERT_TRUE(s_installed) << "cmake --install failed"; }
+
+    static QString path(const QString &relative) { return s_prefix->path() + QLatin1Char('/') + relative; }
+    static QString cli() { return path(QStringLiteral("bin/kestrelvane-cli")); }
+
+    static inline QTemporaryDir *s_prefix = nullptr;
+    static inline bool s_installed = false;
+};
+
+TEST_F(Install, PutsEveryPartWhereTheProgramAndTheDesktopLookForIt)
+{
+    const struct { const char *path; bool executable; } parts[] = {
+        {"bin/kestrelvane-cli", true},
+#ifdef KV_WITH_WINDOW
+        {"bin/kestrelvane", true},
+        {"bin/help/rus/index.htm", false},
+        {"share/applications/kestrelvane.desktop", false},
+        {"share/icons/hicolor/scalable/apps/kestrelvane.svg", false},
+#endif
+        // The program refuses to start unless all six can be run.
+        {"bin/codec/lame", true},    {"bin/codec/madplay", true}, {"bin/codec/mppenc", true},
+        {"bin/codec/mppdec", true},  {"bin/codec/oggenc2", true}, {"bin/codec/oggdec", true},
+        {"share/man/man1/kestrelvane-cli.1", false},
+    };
+    for (const auto &part : parts) {
+        const QFileInfo f(path(QLatin1String(part.path)));
+        EXPECT_TRUE(f.isFile() && f.size() > 0) << part.path;
+        EXPECT_EQ(f.isExecutable(), part.executable) << part.path;
+    }
+
+#ifdef KV_WITH_WINDOW
+    // Every picture and page the help document refers to came along with it.
+    const QString document = QString::fromUtf8(contents(path(QStringLiteral("bin/help/rus/index.htm"))));
+    const QRegularExpression reference(QStringLiteral(R"re((?:src|href)="([^"#:]+)")re"));
+    int references = 0;
+    for (const QRegularExpressionMatch &m : reference.globalMatch(document)) {
+        EXPECT_TRUE(QFileInfo(path(QStringLiteral("bin/help/rus/") + m.captured(1))).size() > 0) << qPrintable(m.captured(1));
+        ++references;
+    }
+    EXPECT_GE(references, 1);
+#endif
+}
+
+TEST_F(Install, InstalledCliListsAFolderAndRunsItsCodecs)
+{
+    QTemporaryDir music;
+    const QString source = music.filePath(QStringLiteral("Evening take.wav"));
+    ASSERT_TRUE(QFile::copy(QStringLiteral(KV_TEST_DATA_DIR "/wav/stereo-16bit-44100.wav"), source));
+    const QByteArray before = contents(source);
+
+    const Finished list = run(cli(), {QStringLiteral("list"), music.path()});
+    EXPECT_EQ(list.status, 0) << qPrintable(list.err);
+    EXPECT_TRUE(list.out.contains(QStringLiteral("\nEvening take.wav\t9\t0:00:00\t1411\t44100\tStereo\n"))) << qPrintable(list.out);
+
+    // Each encoder of the installed codec folder, found beside the installed program.
+    for (const char *kind : {"mp3", "ogg", "mpc"}) {
+        const Finished convert = run(cli(), {QStringLiteral("convert"), QStringLiteral("--to"), QLatin1String(kind), music.path()});
+        EXPECT_EQ(convert.status, 0) << kind << ' ' << qPrintable(convert.err);
+        EXPECT_TRUE(convert.out.contains(QStringLiteral("Finished 1 of 1"))) << kind;
+        EXPECT_GT(QFileInfo(music.filePath(QStringLiteral("Evening take.") + QLatin1String(kind))).size(), 0) << kind;
+    }
+    EXPECT_EQ(contents(source), before);
+}
+
+// Installed for every user, the program's folder is not the user's to write: the settings are
+// then read from (and written to) the user's configuration folder.
+TEST_F(Install, ReadOnlyProgramFolderTakesTheSettingsFromTheUsersFolder)
+{
+    QTemporaryDir home;
+    const QString configFolder = home.filePath(QStringLiteral("config/kestrelvane"));
+    ASSERT_TRUE(QDir().mkpath(configFolder));
+    QByteArray record(10310, '\0');
+    record[7] = static_cast<char>(55); // Ogg quality 4.5
+    QFile config(configFolder + QStringLiteral("/kestrvan.cfg"));
+    ASSERT_TRUE(config.open(QIODevice::WriteOnly) && config.write(record) == record.size());
+    config.close();
+
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert(QStringLiteral("HOME"), home.path());
+    env.insert(QStringLiteral("XDG_CONFIG_HOME"), home.filePath(QStringLiteral("config")));
+    QString program = cli();
+    QStringList args{QStringLiteral("options")};
+    const QString bin = path(QStringLiteral("bin"));
+    const QFile::Permissions open = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner | QFile::ReadGroup
+                                    | QFile::ExeGroup | QFile::ReadOther | QFile::ExeOther;
+    if (::geteuid() == 0) {
+        // Every folder is writable for root: run as nobody, who may only read the program.
+        for (const QString &folder : {s_prefix->path(), home.path(), home.filePath(QStringLiteral("config")), configFolder})
+            QFile::setPermissions(folder, open);
+        if (!QFileInfo(QStringLiteral("/usr/bin/setpriv")).isExecutable())
+            GTEST_SKIP() << "setpriv is needed to drop root";
+        args = QStringList{QStringLiteral("--reuid=65534"), QStringLiteral("--regid=65534"), QStringLiteral("--clear-groups"),
+                           program} + args;
+        program = QStringLiteral("/usr/bin/setpriv");
+    } else {
+        QFile::setPermissions(bin, open & ~QFile::WriteOwner);
+    }
+    const Finished r = run(program, args, env);
+    QFile::setPermissions(bin, open);
+    EXPECT_EQ(r.status, 0) << qPrintable(r.err);
+    EXPECT_EQ(r.err, QString());
+    EXPECT_TRUE(r.out.contains(QStringLiteral("Ogg\t--quiet --quality 4.5\t"))) << qPrintable(r.out);
+}
+
+} // namespace
