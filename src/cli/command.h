@@ -36,9 +36,6 @@ QString programFolder();
 // Where the configuration file is read from: the same place the window uses.
 QString configFile();
 
-// The configuration file the window would read now.
-QString configFile();
-
 // Prints the usage of one command on standard error and returns ExitUsage.
 int usageError(const Command &command, const QString &problem);
 
