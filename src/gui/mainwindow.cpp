@@ -266,15 +266,30 @@ QWidget *MainWindow::buildOptions()
 
     for (int i = 0; i < 3; ++i)
         frEncOpt[static_cast<size_t>(i)] = named(new QWidget, QStringLiteral("frEncOpt_%1").arg(i));
-    auto modeRow = [](QWidget *frame, QComboBox *mode, std::initializer_list<QWidget *> inputs) {
-        auto *grid = new QVBoxLayout(frame);
+    // The mode list on the first row; the inputs of all modes share the second, where only the
+    // selected mode's one shows. Each carries a visible caption, which a screen reader names it by.
+    auto modeRow = [this](QWidget *frame, QComboBox *mode, std::initializer_list<QWidget *> inputs) {
+        auto *grid = new QGridLayout(frame);
         grid->setContentsMargins(0, 0, 0, 0);
-        grid->addWidget(mode);
-        auto *row = new QHBoxLayout;
-        for (QWidget *w : inputs)
-            row->addWidget(w, qobject_cast<QLabel *>(w) != nullptr ? 0 : 1);
-        grid->addLayout(row);
-        grid->addStretch(1);
+        auto caption = [this, grid](QWidget *control, int row) {
+            auto *l = named(new QLabel, control->objectName() + QStringLiteral("Caption"));
+            l->setBuddy(control);
+            grid->addWidget(l, row, 0);
+            m_captions.emplace_back(l, control);
+        };
+        caption(mode, 0);
+        grid->addWidget(mode, 0, 1, 1, 2);
+        for (QWidget *w : inputs) {
+            if (qobject_cast<QLabel *>(w) != nullptr) {
+                grid->addWidget(w, 1, 2); // a slider's value
+                continue;
+            }
+            caption(w, 1);
+            const bool slider = qobject_cast<QSlider *>(w) != nullptr;
+            grid->addWidget(w, 1, 1, 1, slider ? 1 : 2);
+        }
+        grid->setColumnStretch(1, 1);
+        grid->setRowStretch(2, 1);
     };
     auto combo = [](const QString &name, const QStringList &items) {
         auto *c = named(new QComboBox, name);
@@ -507,6 +522,8 @@ void MainWindow::showSettings()
     }
     for (int i = 0; i < 3; ++i)
         frEncOpt[static_cast<size_t>(i)]->setVisible(s.frameVisible(i));
+    for (const auto &[caption, control] : m_captions)
+        caption->setVisible(!control->isHidden());
 }
 
 void MainWindow::showState()
@@ -552,6 +569,8 @@ void MainWindow::applyTexts()
     frOptions->setTitle(t.optionsFrame);
     cmbEncode[0]->setText(t.stopButton);
     cmbEncode[1]->setText(t.closeButton);
+    for (const auto &[caption, control] : m_captions)
+        caption->setText(controlCaption(control->objectName(), language));
     m_listModel->languageChanged();
 
     // What a screen reader says, in the same language; the shortcut goes into the tool tip.

@@ -271,7 +271,26 @@ TEST(WindowLayout, ControlsCarryTheirNamesAndModelsPassTheTester)
         }
         EXPECT_FALSE(a->text(QAccessible::Description).isEmpty()) << c.name;
     }
+    // Every option control is named by a visible caption, which follows the language; a combo
+    // box's own name on Linux is its current entry, so only the caption tells what it sets.
+    auto captionOf = [&](const char *name) {
+        QAccessibleInterface *a = QAccessible::queryAccessibleInterface(s.w(name));
+        const auto labels = a->relations(QAccessible::Label);
+        return labels.isEmpty() ? QString() : labels.first().first->text(QAccessible::Name);
+    };
+    const struct { const char *name, *english, *russian; } captions[] = {
+        {"cmbMode", "Mode:", "Режим:"},
+        {"cmbCbr", "Bitrate:", "Постоянный поток:"},
+        {"txtCmd", "Command line:", "Командная строка:"},
+        {"sliPresetOgg", "Quality:", "Качество:"},
+        {"cmbModeMpc", "Mode:", "Режим:"},
+        {"cmbPresetMpc", "Preset:", "Предустановка:"},
+    };
+    for (const auto &c : captions)
+        EXPECT_EQ(captionOf(c.name), QString::fromUtf8(c.english)) << c.name;
     s.w<QToolButton>("stbMain_7")->click();
+    for (const auto &c : captions)
+        EXPECT_EQ(captionOf(c.name), QString::fromUtf8(c.russian)) << c.name;
     EXPECT_EQ(QAccessible::queryAccessibleInterface(s.w("tvMain"))->text(QAccessible::Name), QStringLiteral("Папки"));
     EXPECT_EQ(QAccessible::queryAccessibleInterface(s.w("tbMain_9"))->text(QAccessible::Name), QStringLiteral("Показать Mp3"));
 }
