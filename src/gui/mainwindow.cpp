@@ -28,6 +28,7 @@
 #include "gui/filelistmodel.h"
 #include "gui/foldertreemodel.h"
 #include "common/failure.h"
+#include "platform/nativenames.h"
 #include "settings/encodersettings.h"
 #include "ui/controldescriptions.h"
 
@@ -472,7 +473,7 @@ void MainWindow::showDrives()
     const QSignalBlocker block(drvMain);
     drvMain->clear();
     for (const Volume &v : m_c.drives())
-        drvMain->addItem(FolderTreeModel::treeImage(static_cast<int>(driveKind(v))), v.mountPoint);
+        drvMain->addItem(FolderTreeModel::treeImage(static_cast<int>(driveKind(v))), shownName(v.mountPoint));
     drvMain->setCurrentIndex(m_c.currentDrive());
 }
 

@@ -1,13 +1,20 @@
 #include <gtest/gtest.h>
 
+#include <map>
 #include <set>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <QAbstractItemModelTester>
 #include <QAccessible>
 #include <QAction>
 #include <QApplication>
 #include <QComboBox>
+#include <QDateTime>
 #include <QDir>
+#include <QDirIterator>
 #include <QFile>
 #include <QGroupBox>
 #include <QLabel>
@@ -26,6 +33,7 @@
 #include "gui/guiplatform.h"
 #include "gui/mainwindow.h"
 #include "media/readers.h"
+#include "platform/nativenames.h"
 #include "platform/posix/posixfiles.h"
 #include "platform/posix/posixfolders.h"
 #include "platform/posix/posixinstancelock.h"
@@ -359,6 +367,98 @@ TEST(WindowTree, ExpandCollapseClickImagesAndFaults)
     EXPECT_EQ(drives->currentIndex(), 0);
     EXPECT_EQ(s.tree()->model()->index(0, 0).data().toString(), s.drive.root);
     EXPECT_EQ(QApplication::overrideCursor(), nullptr);
+}
+
+namespace {
+
+// Every file below `root` with its size and change time, to see what a session wrote.
+std::map<QString, QString> snapshot(const QString &root)
+{
+    std::map<QString, QString> files;
+    QDirIterator it(root, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDirIterator::Subdirectories);
+    while (it.hasNext()) {
+        const QFileInfo info(it.next());
+        // A folder's own time changes with what is added to it; its files tell what was.
+        files[info.filePath()] = info.isDir() ? QStringLiteral("folder")
+                                              : QStringLiteral("%1 %2").arg(info.size()).arg(info.lastModified().toMSecsSinceEpoch());
+    }
+    return files;
+}
+
+// Writes a file under a name given as bytes, which QFile would take as UTF-8.
+void writeNative(const QByteArray &path, const QByteArray &bytes)
+{
+    const int fd = ::open(path.constData(), O_CREAT | O_WRONLY | O_TRUNC, 0644);
+    ASSERT_GE(fd, 0) << path.constData();
+    ASSERT_EQ(::write(fd, bytes.constData(), static_cast<size_t>(bytes.size())), bytes.size());
+    ::close(fd);
+}
+
+} // namespace
+
+TEST(WindowFaults, NamesNotUtf8CrowdedFoldersAndNothingWrittenButTheConfiguration)
+{
+    Session s;
+    // A Latin-1 folder holding a Windows-1251 file name; a folder of 100,000 entries, more WAV
+    // files than the 16-bit file counter reaches.
+    const QByteArray latin = QFile::encodeName(s.music) + "/caf\xE9";
+    ASSERT_EQ(::mkdir(latin.constData(), 0755), 0);
+    // The temporary folder cannot remove what it cannot name.
+    const std::unique_ptr<const char, void (*)(const char *)> cleanup(latin.constData(), [](const char *folder) {
+        ::unlink((QByteArray(folder) + "/\xCF\xE8\xF0.wav").constData());
+        ::rmdir(folder);
+    });
+    QFile wav(QStringLiteral(KV_TEST_DATA_DIR "/wav/stereo-16bit-44100.wav"));
+    ASSERT_TRUE(wav.open(QIODevice::ReadOnly));
+    writeNative(latin + "/\xCF\xE8\xF0.wav", wav.readAll());
+    const QString crowded = s.music + QStringLiteral("/crowded");
+    QDir().mkpath(crowded);
+    for (int i = 0; i < 100000; ++i)
+        writeNative(QFile::encodeName(crowded) + QStringLiteral("/%1.%2").arg(i).arg(QLatin1String(i < 40000 ? "wav" : "txt")).toUtf8(), {});
+
+    const auto before = snapshot(s.dir.path());
+    ASSERT_EQ(s.start(s.music + QStringLiteral("/rock")), StartEnd::Running);
+    QAbstractItemModel *list = s.w<QTreeView>("lstMain")->model();
+    QAbstractItemModelTester listTester(list, QAbstractItemModelTester::FailureReportingMode::Fatal);
+    QAbstractItemModelTester treeTester(s.tree()->model(), QAbstractItemModelTester::FailureReportingMode::Fatal);
+
+    // Shown with U+FFFD, reached through the bytes as they are.
+    const QModelIndex music = s.node(s.music);
+    EXPECT_TRUE(s.children(music).contains(QString::fromUtf8("caf\uFFFD")));
+    const QModelIndex cafe = s.node(s.music + QString::fromUtf8("/caf\uFFFD"));
+    ASSERT_TRUE(cafe.isValid());
+    s.click(cafe);
+    EXPECT_EQ(s.controller->fileList().currentFolder, s.music + QLatin1Char('/') + nameFromBytes("caf\xE9") + QLatin1Char('/'));
+    ASSERT_EQ(list->rowCount(), 1);
+    EXPECT_EQ(list->index(0, 0).data().toString(), QString::fromUtf8("\uFFFD\uFFFD\uFFFD.wav"));
+    EXPECT_EQ(list->index(0, 4).data().toString(), QStringLiteral("44100"));
+
+    // The crowded folder: its rows end at the counter's limit, the window goes on.
+    s.click(s.node(crowded));
+    EXPECT_EQ(list->rowCount(), 0);
+    EXPECT_EQ(QApplication::overrideCursor(), nullptr);
+    s.toolbar(ShowOgg)->trigger();
+    EXPECT_EQ(s.label("stbMain_3"), QStringLiteral("Files: 0  "));
+    s.toolbar(ShowWav)->trigger();
+    s.click(s.node(s.music + QStringLiteral("/rock")));
+    EXPECT_EQ(list->rowCount(), 2);
+    EXPECT_EQ(QApplication::overrideCursor(), nullptr);
+
+    // A drive whose mount point is not UTF-8 shows U+FFFD in the drive list.
+    s.drive.plugged = {Volume{nameFromBytes(latin), QStringLiteral("vfat")}};
+    auto *drives = s.w<QComboBox>("drvMain");
+    drives->showPopup();
+    drives->hidePopup();
+    ASSERT_EQ(drives->count(), 2);
+    EXPECT_EQ(drives->itemText(1), QString::fromUtf8(latin.left(latin.size() - 1)) + QString::fromUtf8("\uFFFD"));
+
+    // The session wrote its configuration and nothing else.
+    ASSERT_TRUE(s.window->close());
+    auto after = snapshot(s.dir.path());
+    const QString cfg = s.program + QStringLiteral("kestrvan.cfg");
+    EXPECT_EQ(after.count(QDir::cleanPath(cfg)), 1u);
+    after.erase(QDir::cleanPath(cfg));
+    EXPECT_TRUE(after == before);
 }
 
 TEST(WindowCommands, ShowEnablingStatisticsAndLanguage)
