@@ -355,6 +355,12 @@ TEST(WindowTree, ExpandCollapseClickImagesAndFaults)
     EXPECT_TRUE(s.children(s.node(s.music + QStringLiteral("/rock"))).isEmpty());
     EXPECT_EQ(QApplication::overrideCursor(), nullptr);
 
+    // Choosing the drive already shown changes nothing: the open folders stay open.
+    const size_t nodes = s.controller->tree().nodesInCreationOrder().size();
+    Q_EMIT s.w<QComboBox>("drvMain")->activated(0);
+    EXPECT_TRUE(s.tree()->isExpanded(s.node(s.music)));
+    EXPECT_EQ(s.controller->tree().nodesInCreationOrder().size(), nodes);
+
     // A drive plugged in shows when the list opens; once gone, choosing it says so once and the
     // list and tree stay on the program's drive.
     s.drive.plugged = {Volume{s.dir.path() + QStringLiteral("/stick"), QStringLiteral("vfat")}};
