@@ -159,6 +159,9 @@ MainWindow::MainWindow(MainController &controller, QWidget *parent) : QMainWindo
     // The tree was built before the window; the view follows it from here on.
     m_treeSync = true;
     tvMain->setModel(m_treeModel);
+    // Deep or long folder names scroll sideways instead of being cut short.
+    tvMain->header()->setStretchLastSection(false);
+    tvMain->header()->setSectionResizeMode(0, QHeaderView::ResizeToContents);
     for (TreeNode *n : m_c.tree().nodesInCreationOrder()) {
         if (n->expanded)
             tvMain->setExpanded(m_treeModel->indexOf(n), true);
