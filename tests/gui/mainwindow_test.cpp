@@ -296,6 +296,12 @@ TEST(WindowLayout, ControlsCarryTheirNamesAndModelsPassTheTester)
     };
     for (const auto &c : captions)
         EXPECT_EQ(captionOf(c.name), QString::fromUtf8(c.english)) << c.name;
+    // Their mnemonics reach the control of the frame that shows.
+    QApplication::setActiveWindow(s.window.get());
+    QTest::keyClick(s.window.get(), Qt::Key_P, Qt::AltModifier);
+    EXPECT_TRUE(s.w("cmbPreset")->hasFocus());
+    QTest::keyClick(s.window.get(), Qt::Key_M, Qt::AltModifier);
+    EXPECT_TRUE(s.w("cmbMode")->hasFocus());
     s.w<QToolButton>("stbMain_7")->click();
     for (const auto &c : captions)
         EXPECT_EQ(captionOf(c.name), QString::fromUtf8(c.russian)) << c.name;
