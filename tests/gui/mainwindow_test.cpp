@@ -379,6 +379,31 @@ TEST(WindowTree, ExpandCollapseClickImagesAndFaults)
     EXPECT_EQ(drives->currentIndex(), 0);
     EXPECT_EQ(s.tree()->model()->index(0, 0).data().toString(), s.drive.root);
     EXPECT_EQ(QApplication::overrideCursor(), nullptr);
+
+    // A drive pulled out while shown: its folders list as empty, the rows stay, and the drive
+    // list, read again, lets the user go back.
+    const QString stick = s.dir.path() + QStringLiteral("/stick");
+    QDir().mkpath(stick + QStringLiteral("/album/cd1"));
+    QFile::copy(QStringLiteral(KV_TEST_DATA_DIR "/wav/stereo-16bit-44100.wav"), stick + QStringLiteral("/album/a.wav"));
+    s.toolbar(ShowWav)->trigger();
+    Q_EMIT drives->activated(1);
+    ASSERT_EQ(s.tree()->model()->index(0, 0).data().toString(), stick);
+    const QModelIndex album = s.tree()->model()->index(0, 0, s.tree()->model()->index(0, 0));
+    s.click(album);
+    ASSERT_EQ(s.w<QTreeView>("lstMain")->model()->rowCount(), 1);
+    ASSERT_TRUE(QDir(stick).removeRecursively());
+    s.drive.plugged.clear();
+    s.tree()->expand(album);
+    EXPECT_EQ(s.tree()->model()->rowCount(album), 0);
+    s.toolbar(ShowWav)->trigger();
+    EXPECT_EQ(s.w<QTreeView>("lstMain")->model()->rowCount(), 1);
+    EXPECT_EQ(QApplication::overrideCursor(), nullptr);
+    drives->showPopup();
+    drives->hidePopup();
+    ASSERT_EQ(drives->count(), 1);
+    Q_EMIT drives->activated(0);
+    EXPECT_EQ(s.tree()->model()->index(0, 0).data().toString(), s.drive.root);
+    EXPECT_EQ(s.messages.shown.size(), 1);
 }
 
 namespace {
