@@ -608,10 +608,15 @@ TEST(WindowConfiguration, SavedAtCloseRestoredAtTheNextStartAndRefusedWhileConve
     EXPECT_EQ(s.window->size(), QSize(900, 640));
 
     // Files that are not one record, and a folder of that name: defaults, and the window works.
-    const struct { QByteArray bytes; bool folder; } bad[] = {
-        {QByteArray(ConfigRecord::kSize - 1, '\x01'), false},
-        {QByteArray(ConfigRecord::kSize, '\xC8'), false}, // the left edge overflows first
-        {{}, true},
+    // A record of 0xFF with a zero window: Russian applied, then the MP3 mode 255 ends the load.
+    QByteArray russianThenBadMode(ConfigRecord::kSize, '\xFF');
+    russianThenBadMode.replace(50, 20, QByteArray(20, '\0'));
+    const struct { QByteArray bytes; bool folder; const char *language; int oggQuality; } bad[] = {
+        {QByteArray(ConfigRecord::kSize - 1, '\x01'), false, "English", 60},
+        {QByteArray(ConfigRecord::kSize, '\xC8'), false, "English", 60}, // the left edge overflows first
+        {{}, true, "English", 60},
+        {QByteArray(ConfigRecord::kSize, '\0'), false, "English", -10},
+        {russianThenBadMode, false, "Русский", 60},
     };
     for (const auto &b : bad) {
         s.window.reset();
@@ -621,10 +626,15 @@ TEST(WindowConfiguration, SavedAtCloseRestoredAtTheNextStartAndRefusedWhileConve
         else
             Session::write(cfg, b.bytes);
         ASSERT_EQ(s.start(), StartEnd::Running);
-        EXPECT_EQ(s.w<QToolButton>("stbMain_7")->text(), QStringLiteral("English"));
-        EXPECT_EQ(s.w<QSlider>("sliPresetOgg")->value(), 60);
+        EXPECT_EQ(s.w<QToolButton>("stbMain_7")->text(), QString::fromUtf8(b.language));
+        EXPECT_EQ(s.w<QSlider>("sliPresetOgg")->value(), b.oggQuality);
+        EXPECT_GE(s.window->width(), 800);
+        EXPECT_GE(s.window->height(), 600);
         EXPECT_TRUE(s.window->close());
         EXPECT_EQ(QFileInfo(cfg).isDir(), b.folder);
+        if (!b.folder) {
+            EXPECT_EQ(QFileInfo(cfg).size(), ConfigRecord::kSize);
+        }
         QDir(cfg).removeRecursively();
     }
 }
