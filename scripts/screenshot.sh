@@ -26,11 +26,24 @@ done
 rm -f "$work/t.wav"
 
 width=${KV_SHOT_WIDTH:-1024} height=${KV_SHOT_HEIGHT:-700}
+# The tree shows every folder on the way down to the music. In a private mount namespace a
+# small tmpfs over /home gives it a tidy path (/home/user/Music) whatever the machine holds;
+# without one the music stays in the temporary folder.
+private=()
+if unshare -m --propagation private true 2>/dev/null; then
+    private=(unshare -m --propagation private)
+elif unshare -rm --propagation private true 2>/dev/null; then
+    private=(unshare -rm --propagation private)
+fi
 cat >"$work/session.sh" <<INNER
 #!/usr/bin/env bash
 set -e
 export LANG=C.UTF-8 LC_ALL=C.UTF-8
-"$work/prog/kestrelvane" "$work/Music/Evening Concert" &
+music="$work/Music"
+if [ -n "${private[*]}" ] && mount -t tmpfs -o size=48g,mode=755 music /home 2>/dev/null; then
+    mkdir -p /home/user && cp -r "$work/Music" /home/user/Music && music=/home/user/Music
+fi
+"$work/prog/kestrelvane" "\$music/Evening Concert" &
 pid=\$!
 win=\$(xdotool search --sync --name '^Kestrelvane\$' | head -1)
 xdotool windowmove "\$win" 0 0 windowsize "\$win" $width $height
@@ -43,7 +56,7 @@ import -window root -crop ${width}x${height}+0+0 +repage "$out"
 kill \$pid
 INNER
 chmod +x "$work/session.sh"
-xvfb-run -a -s "-screen 0 ${width}x${height}x24" "$work/session.sh"
+xvfb-run -a -s "-screen 0 ${width}x${height}x24" "${private[@]}" "$work/session.sh"
 if [ "$language" = en ] && [ "$out" = "$root/docs/screenshot.png" ]; then
     cp "$out" "$root/help/rus/screenshot.png"
 fi

@@ -141,7 +141,8 @@ void MainController::changeDrive(const Volume &drive, bool fallback)
 void MainController::driveChanged(int index)
 {
     Busy busy(m_env.busy);
-    if (index >= 0 && index < static_cast<int>(m_drives.size()))
+    // Only a change of drive rebuilds the tree; choosing the drive shown again keeps what is open.
+    if (index >= 0 && index < static_cast<int>(m_drives.size()) && index != currentDrive())
         changeDrive(m_drives[static_cast<size_t>(index)], true);
     notify(changed);
 }

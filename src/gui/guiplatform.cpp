@@ -9,13 +9,41 @@
 
 namespace kv {
 
+namespace {
+
+// The hourglass belongs to the window's work: a message shown in the middle of it (a drive that
+// is not ready) gets the ordinary pointer, and the hourglass comes back when it is closed.
+class OrdinaryPointer
+{
+public:
+    OrdinaryPointer() : m_busy(QApplication::overrideCursor() != nullptr)
+    {
+        if (m_busy)
+            QApplication::setOverrideCursor(Qt::ArrowCursor);
+    }
+    ~OrdinaryPointer()
+    {
+        if (m_busy)
+            QApplication::restoreOverrideCursor();
+    }
+    OrdinaryPointer(const OrdinaryPointer &) = delete;
+    OrdinaryPointer &operator=(const OrdinaryPointer &) = delete;
+
+private:
+    bool m_busy;
+};
+
+} // namespace
+
 void GuiMessages::information(const QString &text)
 {
+    const OrdinaryPointer pointer;
     QMessageBox::information(m_parent, QApplication::applicationDisplayName(), text);
 }
 
 void GuiMessages::critical(const QString &text)
 {
+    const OrdinaryPointer pointer;
     QMessageBox::critical(m_parent, QApplication::applicationDisplayName(), text);
 }
 

@@ -28,6 +28,7 @@
 #include "gui/filelistmodel.h"
 #include "gui/foldertreemodel.h"
 #include "common/failure.h"
+#include "platform/nativenames.h"
 #include "settings/encodersettings.h"
 #include "ui/controldescriptions.h"
 
@@ -158,6 +159,9 @@ MainWindow::MainWindow(MainController &controller, QWidget *parent) : QMainWindo
     // The tree was built before the window; the view follows it from here on.
     m_treeSync = true;
     tvMain->setModel(m_treeModel);
+    // Deep or long folder names scroll sideways instead of being cut short.
+    tvMain->header()->setStretchLastSection(false);
+    tvMain->header()->setSectionResizeMode(0, QHeaderView::ResizeToContents);
     for (TreeNode *n : m_c.tree().nodesInCreationOrder()) {
         if (n->expanded)
             tvMain->setExpanded(m_treeModel->indexOf(n), true);
@@ -266,15 +270,30 @@ QWidget *MainWindow::buildOptions()
 
     for (int i = 0; i < 3; ++i)
         frEncOpt[static_cast<size_t>(i)] = named(new QWidget, QStringLiteral("frEncOpt_%1").arg(i));
-    auto modeRow = [](QWidget *frame, QComboBox *mode, std::initializer_list<QWidget *> inputs) {
-        auto *grid = new QVBoxLayout(frame);
+    // The mode list on the first row; the inputs of all modes share the second, where only the
+    // selected mode's one shows. Each carries a visible caption, which a screen reader names it by.
+    auto modeRow = [this](QWidget *frame, QComboBox *mode, std::initializer_list<QWidget *> inputs) {
+        auto *grid = new QGridLayout(frame);
         grid->setContentsMargins(0, 0, 0, 0);
-        grid->addWidget(mode);
-        auto *row = new QHBoxLayout;
-        for (QWidget *w : inputs)
-            row->addWidget(w, qobject_cast<QLabel *>(w) != nullptr ? 0 : 1);
-        grid->addLayout(row);
-        grid->addStretch(1);
+        auto caption = [this, grid](QWidget *control, int row) {
+            auto *l = named(new QLabel, control->objectName() + QStringLiteral("Caption"));
+            l->setBuddy(control);
+            grid->addWidget(l, row, 0);
+            m_captions.emplace_back(l, control);
+        };
+        caption(mode, 0);
+        grid->addWidget(mode, 0, 1, 1, 2);
+        for (QWidget *w : inputs) {
+            if (qobject_cast<QLabel *>(w) != nullptr) {
+                grid->addWidget(w, 1, 2); // a slider's value
+                continue;
+            }
+            caption(w, 1);
+            const bool slider = qobject_cast<QSlider *>(w) != nullptr;
+            grid->addWidget(w, 1, 1, 1, slider ? 1 : 2);
+        }
+        grid->setColumnStretch(1, 1);
+        grid->setRowStretch(2, 1);
     };
     auto combo = [](const QString &name, const QStringList &items) {
         auto *c = named(new QComboBox, name);
@@ -457,7 +476,7 @@ void MainWindow::showDrives()
     const QSignalBlocker block(drvMain);
     drvMain->clear();
     for (const Volume &v : m_c.drives())
-        drvMain->addItem(FolderTreeModel::treeImage(static_cast<int>(driveKind(v))), v.mountPoint);
+        drvMain->addItem(FolderTreeModel::treeImage(static_cast<int>(driveKind(v))), shownName(v.mountPoint));
     drvMain->setCurrentIndex(m_c.currentDrive());
 }
 
@@ -507,6 +526,8 @@ void MainWindow::showSettings()
     }
     for (int i = 0; i < 3; ++i)
         frEncOpt[static_cast<size_t>(i)]->setVisible(s.frameVisible(i));
+    for (const auto &[caption, control] : m_captions)
+        caption->setVisible(!control->isHidden());
 }
 
 void MainWindow::showState()
@@ -552,6 +573,8 @@ void MainWindow::applyTexts()
     frOptions->setTitle(t.optionsFrame);
     cmbEncode[0]->setText(t.stopButton);
     cmbEncode[1]->setText(t.closeButton);
+    for (const auto &[caption, control] : m_captions)
+        caption->setText(controlCaption(control->objectName(), language));
     m_listModel->languageChanged();
 
     // What a screen reader says, in the same language; the shortcut goes into the tool tip.

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <array>
-
+#include <utility>
 #include <vector>
 
 #include <QKeySequence>
@@ -68,6 +68,7 @@ private:
     bool m_treeSync = false;
     QString m_languageShown;
     std::vector<QKeySequence> m_panelKeys; // language and help
+    std::vector<std::pair<QLabel *, QWidget *>> m_captions; // an option control's caption and the control
 
     DriveList *drvMain = nullptr;
     QTreeView *tvMain = nullptr;

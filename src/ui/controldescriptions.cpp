@@ -62,7 +62,40 @@ constexpr Entry entries[] = {
     {"tbMain_11", "", "Lists the Musepack files of the folder", "", "Показывает Musepack-файлы папки"},
 };
 
+struct Caption
+{
+    const char *objectName;
+    const char *english, *russian;
+};
+
+// Within one options frame only the mode list and one input show at a time, so the inputs of
+// different modes may share a letter.
+constexpr Caption captions[] = {
+    {"cmbMode", "&Mode:", "&Режим:"},
+    {"cmbPreset", "&Preset:", "&Предустановка:"},
+    {"sliAbr", "&Average bitrate:", "&Средний поток:"},
+    {"cmbCbr", "&Bitrate:", "П&остоянный поток:"},
+    {"txtCmd", "&Command line:", "Ко&мандная строка:"},
+    {"cmbModeOgg", "&Mode:", "&Режим:"},
+    {"sliPresetOgg", "&Quality:", "&Качество:"},
+    {"sliAbrOgg", "&Average bitrate:", "&Средний поток:"},
+    {"txtCmdOgg", "&Command line:", "Ко&мандная строка:"},
+    {"cmbModeMpc", "&Mode:", "&Режим:"},
+    {"cmbPresetMpc", "&Preset:", "&Предустановка:"},
+    {"sliMpc", "&Quality:", "&Качество:"},
+    {"txtCmdMpc", "&Command line:", "Ко&мандная строка:"},
+};
+
 } // namespace
+
+QString controlCaption(const QString &objectName, Language language)
+{
+    for (const Caption &c : captions) {
+        if (objectName == QLatin1String(c.objectName))
+            return QString::fromUtf8(language == Language::Russian ? c.russian : c.english);
+    }
+    return {};
+}
 
 ControlDescription describeControl(const QString &objectName, Language language)
 {

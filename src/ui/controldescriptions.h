@@ -17,4 +17,9 @@ struct ControlDescription
 // control that speaks for itself (buttons and labels whose text is their name).
 ControlDescription describeControl(const QString &objectName, Language language);
 
+// The visible caption beside an option control, with its mnemonic ("&Mode:"); empty for a
+// control without one. A screen reader names the control from it, as it names a combo box by
+// its label rather than by its current entry.
+QString controlCaption(const QString &objectName, Language language);
+
 } // namespace kv

@@ -1,13 +1,20 @@
 #include <gtest/gtest.h>
 
+#include <map>
 #include <set>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <QAbstractItemModelTester>
 #include <QAccessible>
 #include <QAction>
 #include <QApplication>
 #include <QComboBox>
+#include <QDateTime>
 #include <QDir>
+#include <QDirIterator>
 #include <QFile>
 #include <QGroupBox>
 #include <QLabel>
@@ -274,7 +281,32 @@ TEST(WindowLayout, ControlsCarryTheirNamesAndModelsPassTheTester)
         }
         EXPECT_FALSE(a->text(QAccessible::Description).isEmpty()) << c.name;
     }
+    // Every option control is named by a visible caption, which follows the language; a combo
+    // box's own name on Linux is its current entry, so only the caption tells what it sets.
+    auto captionOf = [&](const char *name) {
+        QAccessibleInterface *a = QAccessible::queryAccessibleInterface(s.w(name));
+        const auto labels = a->relations(QAccessible::Label);
+        return labels.isEmpty() ? QString() : labels.first().first->text(QAccessible::Name);
+    };
+    const struct { const char *name, *english, *russian; } captions[] = {
+        {"cmbMode", "Mode:", "Режим:"},
+        {"cmbCbr", "Bitrate:", "Постоянный поток:"},
+        {"txtCmd", "Command line:", "Командная строка:"},
+        {"sliPresetOgg", "Quality:", "Качество:"},
+        {"cmbModeMpc", "Mode:", "Режим:"},
+        {"cmbPresetMpc", "Preset:", "Предустановка:"},
+    };
+    for (const auto &c : captions)
+        EXPECT_EQ(captionOf(c.name), QString::fromUtf8(c.english)) << c.name;
+    // Their mnemonics reach the control of the frame that shows.
+    QApplication::setActiveWindow(s.window.get());
+    QTest::keyClick(s.window.get(), Qt::Key_P, Qt::AltModifier);
+    EXPECT_TRUE(s.w("cmbPreset")->hasFocus());
+    QTest::keyClick(s.window.get(), Qt::Key_M, Qt::AltModifier);
+    EXPECT_TRUE(s.w("cmbMode")->hasFocus());
     s.w<QToolButton>("stbMain_7")->click();
+    for (const auto &c : captions)
+        EXPECT_EQ(captionOf(c.name), QString::fromUtf8(c.russian)) << c.name;
     EXPECT_EQ(QAccessible::queryAccessibleInterface(s.w("tvMain"))->text(QAccessible::Name), QStringLiteral("Папки"));
     EXPECT_EQ(QAccessible::queryAccessibleInterface(s.w("tbMain_9"))->text(QAccessible::Name), QStringLiteral("Показать Mp3"));
 }
@@ -331,6 +363,12 @@ TEST(WindowTree, ExpandCollapseClickImagesAndFaults)
     EXPECT_TRUE(s.children(s.node(s.music + QStringLiteral("/rock"))).isEmpty());
     EXPECT_EQ(QApplication::overrideCursor(), nullptr);
 
+    // Choosing the drive already shown changes nothing: the open folders stay open.
+    const size_t nodes = s.controller->tree().nodesInCreationOrder().size();
+    Q_EMIT s.w<QComboBox>("drvMain")->activated(0);
+    EXPECT_TRUE(s.tree()->isExpanded(s.node(s.music)));
+    EXPECT_EQ(s.controller->tree().nodesInCreationOrder().size(), nodes);
+
     // A drive plugged in shows when the list opens; once gone, choosing it says so once and the
     // list and tree stay on the program's drive.
     s.drive.plugged = {Volume{s.dir.path() + QStringLiteral("/stick"), QStringLiteral("vfat")}};
@@ -343,6 +381,123 @@ TEST(WindowTree, ExpandCollapseClickImagesAndFaults)
     EXPECT_EQ(drives->currentIndex(), 0);
     EXPECT_EQ(s.tree()->model()->index(0, 0).data().toString(), s.drive.root);
     EXPECT_EQ(QApplication::overrideCursor(), nullptr);
+
+    // A drive pulled out while shown: its folders list as empty, the rows stay, and the drive
+    // list, read again, lets the user go back.
+    const QString stick = s.dir.path() + QStringLiteral("/stick");
+    QDir().mkpath(stick + QStringLiteral("/album/cd1"));
+    QFile::copy(QStringLiteral(KV_TEST_DATA_DIR "/wav/stereo-16bit-44100.wav"), stick + QStringLiteral("/album/a.wav"));
+    s.toolbar(ShowWav)->trigger();
+    Q_EMIT drives->activated(1);
+    ASSERT_EQ(s.tree()->model()->index(0, 0).data().toString(), stick);
+    const QModelIndex album = s.tree()->model()->index(0, 0, s.tree()->model()->index(0, 0));
+    s.click(album);
+    ASSERT_EQ(s.w<QTreeView>("lstMain")->model()->rowCount(), 1);
+    ASSERT_TRUE(QDir(stick).removeRecursively());
+    s.drive.plugged.clear();
+    s.tree()->expand(album);
+    EXPECT_EQ(s.tree()->model()->rowCount(album), 0);
+    s.toolbar(ShowWav)->trigger();
+    EXPECT_EQ(s.w<QTreeView>("lstMain")->model()->rowCount(), 1);
+    EXPECT_EQ(QApplication::overrideCursor(), nullptr);
+    drives->showPopup();
+    drives->hidePopup();
+    ASSERT_EQ(drives->count(), 1);
+    Q_EMIT drives->activated(0);
+    EXPECT_EQ(s.tree()->model()->index(0, 0).data().toString(), s.drive.root);
+    EXPECT_EQ(s.messages.shown.size(), 1);
+}
+
+namespace {
+
+// Every file below `root` with its size and change time, to see what a session wrote.
+std::map<QString, QString> snapshot(const QString &root)
+{
+    std::map<QString, QString> files;
+    QDirIterator it(root, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDirIterator::Subdirectories);
+    while (it.hasNext()) {
+        const QFileInfo info(it.next());
+        // A folder's own time changes with what is added to it; its files tell what was.
+        files[info.filePath()] = info.isDir() ? QStringLiteral("folder")
+                                              : QStringLiteral("%1 %2").arg(info.size()).arg(info.lastModified().toMSecsSinceEpoch());
+    }
+    return files;
+}
+
+// Writes a file under a name given as bytes, which QFile would take as UTF-8.
+void writeNative(const QByteArray &path, const QByteArray &bytes)
+{
+    const int fd = ::open(path.constData(), O_CREAT | O_WRONLY | O_TRUNC, 0644);
+    ASSERT_GE(fd, 0) << path.constData();
+    ASSERT_EQ(::write(fd, bytes.constData(), static_cast<size_t>(bytes.size())), bytes.size());
+    ::close(fd);
+}
+
+} // namespace
+
+TEST(WindowFaults, NamesNotUtf8CrowdedFoldersAndNothingWrittenButTheConfiguration)
+{
+    Session s;
+    // A Latin-1 folder holding a Windows-1251 file name; a folder of 100,000 entries, more WAV
+    // files than the 16-bit file counter reaches.
+    const QByteArray latin = QFile::encodeName(s.music) + "/caf\xE9";
+    ASSERT_EQ(::mkdir(latin.constData(), 0755), 0);
+    // The temporary folder cannot remove what it cannot name.
+    const std::unique_ptr<const char, void (*)(const char *)> cleanup(latin.constData(), [](const char *folder) {
+        ::unlink((QByteArray(folder) + "/\xCF\xE8\xF0.wav").constData());
+        ::rmdir(folder);
+    });
+    QFile wav(QStringLiteral(KV_TEST_DATA_DIR "/wav/stereo-16bit-44100.wav"));
+    ASSERT_TRUE(wav.open(QIODevice::ReadOnly));
+    writeNative(latin + "/\xCF\xE8\xF0.wav", wav.readAll());
+    const QString crowded = s.music + QStringLiteral("/crowded");
+    QDir().mkpath(crowded);
+    for (int i = 0; i < 100000; ++i)
+        writeNative(QFile::encodeName(crowded) + QStringLiteral("/%1.%2").arg(i).arg(QLatin1String(i < 40000 ? "wav" : "txt")).toUtf8(), {});
+
+    const auto before = snapshot(s.dir.path());
+    ASSERT_EQ(s.start(s.music + QStringLiteral("/rock")), StartEnd::Running);
+    QAbstractItemModel *list = s.w<QTreeView>("lstMain")->model();
+    QAbstractItemModelTester listTester(list, QAbstractItemModelTester::FailureReportingMode::Fatal);
+    QAbstractItemModelTester treeTester(s.tree()->model(), QAbstractItemModelTester::FailureReportingMode::Fatal);
+
+    // Shown with U+FFFD, reached through the bytes as they are.
+    const QModelIndex music = s.node(s.music);
+    EXPECT_TRUE(s.children(music).contains(QString::fromUtf8("caf\uFFFD")));
+    const QModelIndex cafe = s.node(s.music + QString::fromUtf8("/caf\uFFFD"));
+    ASSERT_TRUE(cafe.isValid());
+    s.click(cafe);
+    EXPECT_EQ(s.controller->fileList().currentFolder, s.music + QLatin1Char('/') + nameFromBytes("caf\xE9") + QLatin1Char('/'));
+    ASSERT_EQ(list->rowCount(), 1);
+    EXPECT_EQ(list->index(0, 0).data().toString(), QString::fromUtf8("\uFFFD\uFFFD\uFFFD.wav"));
+    EXPECT_EQ(list->index(0, 4).data().toString(), QStringLiteral("44100"));
+
+    // The crowded folder: its rows end at the counter's limit, the window goes on.
+    s.click(s.node(crowded));
+    EXPECT_EQ(list->rowCount(), 0);
+    EXPECT_EQ(QApplication::overrideCursor(), nullptr);
+    s.toolbar(ShowOgg)->trigger();
+    EXPECT_EQ(s.label("stbMain_3"), QStringLiteral("Files: 0  "));
+    s.toolbar(ShowWav)->trigger();
+    s.click(s.node(s.music + QStringLiteral("/rock")));
+    EXPECT_EQ(list->rowCount(), 2);
+    EXPECT_EQ(QApplication::overrideCursor(), nullptr);
+
+    // A drive whose mount point is not UTF-8 shows U+FFFD in the drive list.
+    s.drive.plugged = {Volume{nameFromBytes(latin), QStringLiteral("vfat")}};
+    auto *drives = s.w<QComboBox>("drvMain");
+    drives->showPopup();
+    drives->hidePopup();
+    ASSERT_EQ(drives->count(), 2);
+    EXPECT_EQ(drives->itemText(1), QString::fromUtf8(latin.left(latin.size() - 1)) + QString::fromUtf8("\uFFFD"));
+
+    // The session wrote its configuration and nothing else.
+    ASSERT_TRUE(s.window->close());
+    auto after = snapshot(s.dir.path());
+    const QString cfg = s.program + QStringLiteral("kestrvan.cfg");
+    EXPECT_EQ(after.count(QDir::cleanPath(cfg)), 1u);
+    after.erase(QDir::cleanPath(cfg));
+    EXPECT_TRUE(after == before);
 }
 
 TEST(WindowCommands, ShowEnablingStatisticsAndLanguage)
@@ -455,10 +610,15 @@ TEST(WindowConfiguration, SavedAtCloseRestoredAtTheNextStartAndRefusedWhileConve
     EXPECT_EQ(s.window->size(), QSize(900, 640));
 
     // Files that are not one record, and a folder of that name: defaults, and the window works.
-    const struct { QByteArray bytes; bool folder; } bad[] = {
-        {QByteArray(ConfigRecord::kSize - 1, '\x01'), false},
-        {QByteArray(ConfigRecord::kSize, '\xC8'), false}, // the left edge overflows first
-        {{}, true},
+    // A record of 0xFF with a zero window: Russian applied, then the MP3 mode 255 ends the load.
+    QByteArray russianThenBadMode(ConfigRecord::kSize, '\xFF');
+    russianThenBadMode.replace(50, 20, QByteArray(20, '\0'));
+    const struct { QByteArray bytes; bool folder; const char *language; int oggQuality; } bad[] = {
+        {QByteArray(ConfigRecord::kSize - 1, '\x01'), false, "English", 60},
+        {QByteArray(ConfigRecord::kSize, '\xC8'), false, "English", 60}, // the left edge overflows first
+        {{}, true, "English", 60},
+        {QByteArray(ConfigRecord::kSize, '\0'), false, "English", -10},
+        {russianThenBadMode, false, "Русский", 60},
     };
     for (const auto &b : bad) {
         s.window.reset();
@@ -468,10 +628,15 @@ TEST(WindowConfiguration, SavedAtCloseRestoredAtTheNextStartAndRefusedWhileConve
         else
             Session::write(cfg, b.bytes);
         ASSERT_EQ(s.start(), StartEnd::Running);
-        EXPECT_EQ(s.w<QToolButton>("stbMain_7")->text(), QStringLiteral("English"));
-        EXPECT_EQ(s.w<QSlider>("sliPresetOgg")->value(), 60);
+        EXPECT_EQ(s.w<QToolButton>("stbMain_7")->text(), QString::fromUtf8(b.language));
+        EXPECT_EQ(s.w<QSlider>("sliPresetOgg")->value(), b.oggQuality);
+        EXPECT_GE(s.window->width(), 800);
+        EXPECT_GE(s.window->height(), 600);
         EXPECT_TRUE(s.window->close());
         EXPECT_EQ(QFileInfo(cfg).isDir(), b.folder);
+        if (!b.folder) {
+            EXPECT_EQ(QFileInfo(cfg).size(), ConfigRecord::kSize);
+        }
         QDir(cfg).removeRecursively();
     }
 }

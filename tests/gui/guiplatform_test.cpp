@@ -1,0 +1,63 @@
+#include <gtest/gtest.h>
+
+#include <functional>
+
+#include <QApplication>
+#include <QMessageBox>
+#include <QTimer>
+
+#include "gui/guiplatform.h"
+#include "support/qtprinters.h"
+
+using namespace kv;
+
+namespace {
+
+// Closes the first message box that shows, noting its icon, text and the pointer over it.
+struct BoxWatcher
+{
+    QMessageBox::Icon icon = QMessageBox::NoIcon;
+    QString text;
+    Qt::CursorShape pointer = Qt::BlankCursor;
+    QTimer timer;
+
+    BoxWatcher()
+    {
+        QObject::connect(&timer, &QTimer::timeout, [this] {
+            for (QWidget *w : QApplication::topLevelWidgets()) {
+                auto *box = qobject_cast<QMessageBox *>(w);
+                if (box == nullptr || !box->isVisible())
+                    continue;
+                icon = box->icon();
+                text = box->text();
+                pointer = QApplication::overrideCursor() != nullptr ? QApplication::overrideCursor()->shape() : Qt::ArrowCursor;
+                box->accept();
+            }
+        });
+        timer.start(10);
+    }
+};
+
+} // namespace
+
+TEST(GuiMessages, ShowTheOrdinaryPointerOverTheHourglassAndGiveItBack)
+{
+    GuiMessages messages;
+    GuiBusyCursor busy;
+    const struct { std::function<void()> show; QMessageBox::Icon icon; } cases[] = {
+        {[&] { messages.information(QStringLiteral("Drive is not ready, change another drive")); }, QMessageBox::Information},
+        {[&] { messages.critical(QStringLiteral("/opt/kv/codec/lame not found")); }, QMessageBox::Critical},
+    };
+    for (const auto &c : cases) {
+        busy.begin();
+        BoxWatcher box;
+        c.show();
+        EXPECT_EQ(box.icon, c.icon);
+        EXPECT_FALSE(box.text.isEmpty());
+        EXPECT_EQ(box.pointer, Qt::ArrowCursor);
+        ASSERT_NE(QApplication::overrideCursor(), nullptr);
+        EXPECT_EQ(QApplication::overrideCursor()->shape(), Qt::WaitCursor);
+        busy.end();
+        EXPECT_EQ(QApplication::overrideCursor(), nullptr);
+    }
+}
