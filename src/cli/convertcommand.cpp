@@ -16,6 +16,7 @@
 #include "cli/clitext.h"
 #include "cli/command.h"
 #include "engine/conversionrun.h"
+#include "engine/jobfailure.h"
 #include "engine/runparameters.h"
 #include "media/readers.h"
 #include "platform/posix/posixclock.h"
@@ -169,15 +170,6 @@ QString jobReport(const ConversionRun &run, const UiText &text)
     return report + run.display().labels[2] + newline;
 }
 
-// How a failed codec ended, in words: "exit status 1" or "signal 11 (Segmentation fault)".
-QString endText(const ProcessEnd &end)
-{
-    if (end.signal == 0)
-        return QStringLiteral("exit status ") + QString::number(end.exitCode);
-    return QStringLiteral("signal ") + QString::number(end.signal) + QStringLiteral(" (")
-           + QString::fromLocal8Bit(::strsignal(end.signal)) + QLatin1Char(')');
-}
-
 // After the job list: each job whose codec failed, with how it ended and the end of what it
 // wrote on its standard error, indented. Empty when every codec succeeded.
 QString failureReport(const ConversionRun &run)
@@ -187,7 +179,7 @@ QString failureReport(const ConversionRun &run)
         if (!job.codecFailure)
             continue;
         report += QLatin1Char('\n') + escapedText(job[EncodeJob::Name]) + QLatin1Char('\t') + job[EncodeJob::Status]
-                  + QLatin1Char('\t') + endText(*job.codecFailure) + QLatin1Char('\n');
+                  + QLatin1Char('\t') + processEndText(*job.codecFailure) + QLatin1Char('\n');
         const QString errors = QString::fromUtf8(job.codecFailure->errorTail).trimmed();
         for (const QString &line : errors.split(QLatin1Char('\n'), Qt::SkipEmptyParts))
             report += QStringLiteral("    ") + escapedText(line.trimmed()) + QLatin1Char('\n');

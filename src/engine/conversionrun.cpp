@@ -309,6 +309,41 @@ bool ConversionRun::anyRunning()
     return false;
 }
 
+bool ConversionRun::abortJob(int row)
+{
+    bool aborted = false;
+    guarded([&] {
+        for (int i = 0; i < m_state.slotCount; ++i) {
+            SlotState &slot = m_state.slots.at(static_cast<size_t>(i));
+            if (slot.job != row + 1 || m_jobs.at(static_cast<size_t>(row))[EncodeJob::Status] != m_text->statusInProgress)
+                continue;
+            // A codec that already ended wrote its target: the next tick records it as usual.
+            if (m_context.processes.hasEnded(slot.handle))
+                return;
+            EncodeJob &job = m_jobs.at(static_cast<size_t>(row));
+            m_context.processes.kill(slot.handle);
+            m_context.files.remove(
+                jobPaths(m_context.list.currentFolder, job[EncodeJob::Name], m_context.parameters.targetExtension).target);
+            job[EncodeJob::Status] = m_text->statusError;
+            job.bold = true;
+            job.reason = QStringLiteral("aborted");
+            job.codecFailure = m_context.processes.endOf(slot.handle);
+            job[EncodeJob::Time] = durationText(elapsedSeconds(nowSeconds(), slot.start));
+            m_display.indicators.at(static_cast<size_t>(i)) = Activity::Idle;
+            m_display.selectedRow = row;
+            aborted = true;
+            // The designed end tests count only "Done" rows and run only at a completion; an
+            // aborted last job would leave the run ticking for ever with Close disabled.
+            const bool waiting = std::any_of(m_jobs.begin(), m_jobs.end(),
+                                             [](const EncodeJob &j) { return j[EncodeJob::Status].isEmpty(); });
+            if (!waiting && countStatus(m_text->statusInProgress) == 0)
+                endOfRun();
+            return;
+        }
+    });
+    return aborted;
+}
+
 void ConversionRun::abortRunning()
 {
     for (int i = 0; i < m_state.slotCount; ++i) {

@@ -110,6 +110,12 @@ public:
     // target is never touched.
     void abortRunning();
 
+    // "Abort this job": kills the codec of a running row (0-based) with its process group, deletes
+    // the target it was writing and ends the job "Error" with the reason "aborted". When nothing
+    // waits or runs any more the run ends, so a hung codec cannot hold the window open. Returns
+    // whether the row was running.
+    bool abortJob(int row);
+
     const std::vector<EncodeJob> &jobs() const { return m_jobs; }
     // The sources the last PrepareJobs left out, in list order.
     const std::vector<LeftOutSource> &leftOut() const { return m_leftOut; }

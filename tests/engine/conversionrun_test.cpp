@@ -361,3 +361,44 @@ TEST(PrepareJobs, SkipAndSelectionRulesSizesAndSlotCount)
         EXPECT_EQ(rig.playerStops, 1);
     }
 }
+
+// "Abort this job" on a hung codec: only that job ends, as "Error" with its reason; the run goes on
+// and, once nothing waits or runs, ends so the frame can be closed.
+TEST(ConversionRun, AbortKillsOneRunningJobDeletesItsTargetAndLetsTheRunEnd)
+{
+    Rig rig;
+    rig.begin(3, 2);
+    rig.sizes[rig.target(1)] = 4096; // partly written
+    EXPECT_FALSE(rig.run.abortJob(2)); // waiting, not running
+    EXPECT_TRUE(rig.run.abortJob(0));
+    EXPECT_FALSE(rig.run.abortJob(0)); // already ended
+    EXPECT_EQ(rig.statuses(), u"eI-"_s);
+    EXPECT_EQ(rig.run.jobs()[0].reason, u"aborted"_s);
+    EXPECT_EQ(rig.run.jobs()[0].codecFailure, ProcessEnd{.signal = 9});
+    EXPECT_FALSE(rig.sizes.count(rig.target(1)));
+    EXPECT_TRUE(rig.sizes.count(u"/m/f01.wav"_s));
+    EXPECT_EQ(rig.run.display().indicators[0], Activity::Idle);
+
+    rig.run.tick(); // the freed slot takes the third file
+    EXPECT_EQ(rig.statuses(), u"eII"_s);
+    rig.finish(2, 2048);
+    rig.run.tick();
+    EXPECT_EQ(rig.frame(), u"Finished 1 of 3: frame bar remaining stop timer"_s);
+    // An aborted job is an "Error" row, so the designed end test never passes; the abort's does.
+    EXPECT_TRUE(rig.run.abortJob(2));
+    EXPECT_EQ(rig.frame(), u"Finished 1 of 3: frame bar remaining close beep"_s);
+    EXPECT_EQ(rig.statuses(), u"eDe"_s);
+}
+
+TEST(ConversionRun, AbortAfterStopEndsTheRunWhenTheLastRunningJobGoes)
+{
+    Rig rig;
+    rig.begin(4, 2);
+    rig.run.stop();
+    rig.finish(1, 2048);
+    rig.run.tick();
+    EXPECT_EQ(rig.frame(), u"Finished 1 of 4: frame timer"_s);
+    EXPECT_TRUE(rig.run.abortJob(1));
+    EXPECT_EQ(rig.statuses(), u"Debb"_s);
+    EXPECT_EQ(rig.frame(), u"Finished 1 of 4: frame close beep"_s);
+}
