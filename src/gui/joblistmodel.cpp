@@ -1,0 +1,95 @@
+#include "gui/joblistmodel.h"
+
+#include <QFont>
+#include <QIcon>
+
+#include "app/maincontroller.h"
+#include "engine/conversionrun.h"
+#include "engine/jobfailure.h"
+#include "ui/uitext.h"
+
+namespace kv {
+
+JobListModel::JobListModel(MainController &controller, QObject *parent)
+    : QAbstractTableModel(parent), m_controller(controller)
+{
+}
+
+int JobListModel::rowCount(const QModelIndex &parent) const
+{
+    return parent.isValid() ? 0 : m_rows;
+}
+
+int JobListModel::columnCount(const QModelIndex &parent) const
+{
+    return parent.isValid() ? 0 : EncodeJob::ColumnCount;
+}
+
+void JobListModel::refresh()
+{
+    const ConversionRun *run = m_controller.run();
+    const int rows = run == nullptr ? 0 : static_cast<int>(run->jobs().size());
+    if (rows != m_rows) {
+        beginResetModel();
+        m_rows = rows;
+        endResetModel();
+    } else if (rows > 0) {
+        Q_EMIT dataChanged(index(0, 0), index(rows - 1, EncodeJob::ColumnCount - 1));
+    }
+}
+
+QString JobListModel::failureText(int row) const
+{
+    const ConversionRun *run = m_controller.run();
+    if (run == nullptr || row < 0 || row >= static_cast<int>(run->jobs().size()))
+        return {};
+    const EncodeJob &job = run->jobs()[static_cast<size_t>(row)];
+    const QString &status = job[EncodeJob::Status];
+    const UiText &t = m_controller.text();
+    if (status == t.statusError || (status == t.statusDone && job.codecFailure))
+        return jobFailureText(job);
+    return {};
+}
+
+QVariant JobListModel::data(const QModelIndex &index, int role) const
+{
+    const ConversionRun *run = m_controller.run();
+    if (!index.isValid() || run == nullptr || index.row() >= static_cast<int>(run->jobs().size()))
+        return {};
+    const EncodeJob &job = run->jobs()[static_cast<size_t>(index.row())];
+    switch (role) {
+    case Qt::DisplayRole:
+        return job[index.column()];
+    case Qt::FontRole:
+        if (job.bold) {
+            QFont bold;
+            bold.setBold(true);
+            return bold;
+        }
+        return {};
+    case Qt::ToolTipRole: {
+        const QString why = failureText(index.row());
+        return why.isEmpty() ? QVariant() : QVariant(why);
+    }
+    case Qt::DecorationRole:
+        if (index.column() == EncodeJob::Name && job.codecFailure
+            && job[EncodeJob::Status] == m_controller.text().statusDone) {
+            static const QIcon warning(QStringLiteral(":/icons/warning.svg"));
+            return warning;
+        }
+        return {};
+    case Qt::TextAlignmentRole:
+        return index.column() >= EncodeJob::SourceSize ? QVariant(Qt::AlignRight | Qt::AlignVCenter) : QVariant();
+    default:
+        return {};
+    }
+}
+
+QVariant JobListModel::headerData(int section, Qt::Orientation orientation, int role) const
+{
+    if (orientation != Qt::Horizontal || role != Qt::DisplayRole || section < 0 || section >= EncodeJob::ColumnCount)
+        return {};
+    return m_controller.text().jobColumns.at(static_cast<size_t>(section));
+}
+
+} // namespace kv
