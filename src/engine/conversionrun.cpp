@@ -155,7 +155,8 @@ void ConversionRun::complete(SlotState &slot, int slotIndex)
 
     const double sourceKb = leadingNumber(job[EncodeJob::SourceSize]);
     const JobPaths paths = jobPaths(folder, job[EncodeJob::Name], p.targetExtension);
-    const Int32 targetKb = sizeInKb(files.fileSize(paths.target).value_or(0));
+    const std::optional<std::int64_t> written = files.fileSize(paths.target);
+    const Int32 targetKb = sizeInKb(written.value_or(0));
     if (targetKb != 0) {
         job[EncodeJob::Percent] = QString::number(Int32::fromReal(divide(targetKb.value() * 100.0, sourceKb)).value());
         job[EncodeJob::SourceSize] = QString::number(Int32::fromReal(sourceKb).value()) + m_text->kbUnit;
@@ -165,6 +166,13 @@ void ConversionRun::complete(SlotState &slot, int slotIndex)
     } else {
         job[EncodeJob::Status] = m_text->statusError;
         job.bold = true;
+        // The status word alone does not tell a codec that wrote nothing from one that wrote little.
+        if (!written)
+            job.reason = QStringLiteral("no target written");
+        else if (*written == 0)
+            job.reason = QStringLiteral("empty target");
+        else
+            job.reason = QStringLiteral("target of %1 bytes, under 1 KB").arg(*written);
     }
     job[EncodeJob::Time] = durationText(elapsedSeconds(nowSeconds(), slot.start));
     // The size decides the status as it always has; a failing codec is told all the same (a full

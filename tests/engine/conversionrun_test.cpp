@@ -218,6 +218,7 @@ TEST(ConversionRun, FailingCodecsAreRecordedWithTheirJobs)
     rig.finish(3, 2048);
     rig.run.tick();
     EXPECT_EQ(rig.statuses(), u"DeD"_s);
+    EXPECT_EQ(rig.run.jobs()[1].reason, u"empty target"_s);
     EXPECT_EQ(rig.run.jobs()[0].codecFailure, diskFull);
     EXPECT_EQ(rig.run.jobs()[1].codecFailure, crash);
     EXPECT_FALSE(rig.run.jobs()[2].codecFailure);
@@ -232,6 +233,8 @@ TEST(ConversionRun, TargetsRoundingToZeroKbAreErrorsAndTheRunNeverEnds)
         rig.finish(row, targets[row - 1]);
     rig.run.tick();
     EXPECT_EQ(rig.statuses(), u"eeDD"_s);
+    EXPECT_EQ(rig.run.jobs()[0].reason, u"target of 300 bytes, under 1 KB"_s);
+    EXPECT_EQ(rig.run.jobs()[2].reason, QString());
     // An error leaves its slot's indicator running; a success shows idle.
     EXPECT_EQ(rig.run.display().indicators[0], Activity::Running);
     EXPECT_EQ(rig.run.display().indicators[2], Activity::Idle);
