@@ -326,7 +326,9 @@ void MainController::make(MakeCommand command)
     applyMakeCommand(m_parameters, command, command == MakeCommand::Wav ? shown : AudioFormat::Wav,
                      m_controls.settings(), m_optionText);
     m_run->setText(m_ui.text);
-    m_run->PrepareJobs(m_makeAll, m_controls.settings().mp3.cbrIndex, m_processors);
+    // The first tick fills the slots at once instead of a timer interval later.
+    if (m_run->PrepareJobs(m_makeAll, m_controls.settings().mp3.cbrIndex, m_processors))
+        m_run->tick();
     notify(runChanged);
 }
 

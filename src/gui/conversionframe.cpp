@@ -44,8 +44,6 @@ ConversionFrame::ConversionFrame(MainController &controller, QWidget *parent) : 
     lstCode->setContextMenuPolicy(Qt::CustomContextMenu);
     lstCode->header()->setStretchLastSection(false);
     lstCode->header()->setSectionResizeMode(0, QHeaderView::Stretch);
-    for (int c = 1; c < EncodeJob::ColumnCount; ++c)
-        lstCode->header()->setSectionResizeMode(c, QHeaderView::ResizeToContents);
     layout->addWidget(lstCode, 1);
     // Enter and double click both activate a row.
     connect(lstCode, &QTreeView::activated, this, [this](const QModelIndex &index) { openDetails(index.row()); });
@@ -127,6 +125,21 @@ void ConversionFrame::applyTexts()
     cmbEncode[1]->setText(t.closeButton);
     actAbortJob->setText(abortJobText(currentLanguage(m_c.ui()) == Language::Russian));
     m_model->languageChanged();
+    // Widths by the widest text a column can show, not by its rows: measuring every row at each
+    // tick would cost the event thread more than the run itself.
+    const QFontMetrics metrics = lstCode->fontMetrics();
+    const QString widest[] = {QString(), t.statusInProgress, QStringLiteral("999999") + t.kbUnit,
+                              QStringLiteral("999999") + t.kbUnit, QStringLiteral("999"), QStringLiteral("0:00:00")};
+    for (int c = 1; c < EncodeJob::ColumnCount; ++c) {
+        QString text = widest[c];
+        if (c == EncodeJob::Status) {
+            for (const QString &word : {t.statusInProgress, t.statusDone, t.statusBreak, t.statusReadOnly, t.statusError})
+                text = metrics.horizontalAdvance(word) > metrics.horizontalAdvance(text) ? word : text;
+        }
+        const int width = std::max(metrics.horizontalAdvance(text), metrics.horizontalAdvance(t.jobColumns.at(static_cast<size_t>(c))));
+        lstCode->header()->setSectionResizeMode(c, QHeaderView::Interactive);
+        lstCode->header()->resizeSection(c, width + 4 * metrics.averageCharWidth());
+    }
 }
 
 void ConversionFrame::showRun()

@@ -28,13 +28,22 @@ int JobListModel::columnCount(const QModelIndex &parent) const
 void JobListModel::refresh()
 {
     const ConversionRun *run = m_controller.run();
-    const int rows = run == nullptr ? 0 : static_cast<int>(run->jobs().size());
+    static const std::vector<EncodeJob> none;
+    const std::vector<EncodeJob> &jobs = run == nullptr ? none : run->jobs();
+    const int rows = static_cast<int>(jobs.size());
     if (rows != m_rows) {
         beginResetModel();
         m_rows = rows;
+        m_shown = jobs;
         endResetModel();
-    } else if (rows > 0) {
-        Q_EMIT dataChanged(index(0, 0), index(rows - 1, EncodeJob::ColumnCount - 1));
+        return;
+    }
+    for (int r = 0; r < rows; ++r) {
+        const auto i = static_cast<size_t>(r);
+        if (jobs[i] == m_shown[i])
+            continue;
+        m_shown[i] = jobs[i];
+        Q_EMIT dataChanged(index(r, 0), index(r, EncodeJob::ColumnCount - 1));
     }
 }
 

@@ -1,6 +1,10 @@
 #pragma once
 
+#include <vector>
+
 #include <QAbstractTableModel>
+
+#include "engine/encodejob.h"
 
 namespace kv {
 
@@ -21,7 +25,8 @@ public:
     QVariant data(const QModelIndex &index, int role) const override;
     QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
 
-    // The run changed: a new job list resets the model, otherwise every row is repainted.
+    // The run changed: a new job list resets the model, otherwise the rows that changed are
+    // repainted (a tick changes one or two rows of hundreds).
     void refresh();
     void languageChanged() { Q_EMIT headerDataChanged(Qt::Horizontal, 0, columnCount() - 1); }
     // The failure text of a row; empty when its job did not fail.
@@ -30,6 +35,7 @@ public:
 private:
     MainController &m_controller;
     int m_rows = 0;
+    std::vector<EncodeJob> m_shown;
 };
 
 } // namespace kv

@@ -2,6 +2,7 @@
 
 #include <QAbstractItemModelTester>
 #include <QAction>
+#include <QApplication>
 #include <QDir>
 #include <QFile>
 #include <QLabel>
@@ -364,6 +365,24 @@ TEST(ConversionFrame, AbortThisJobKillsAHungCodecAndEndsTheRun)
     ASSERT_TRUE(s.waitFor([&] { return s.statusOf(1, u"Done"_s) && QFile::exists(s.music + u"hang.mp3"_s); }));
     EXPECT_TRUE(s.statusOf(0, u"In Progress"_s));
     EXPECT_FALSE(s.close()->isEnabled());
+
+    // The running row's context menu offers the abort; a finished row's offers nothing.
+    const auto menuAt = [&](int row) {
+        QStringList offered;
+        QTimer::singleShot(50, [&] {
+            if (QWidget *popup = QApplication::activePopupWidget()) {
+                for (QAction *a : popup->actions())
+                    offered.append(a->text());
+                popup->close();
+            }
+        });
+        const QPoint at = s.jobs()->visualRect(s.jobs()->model()->index(row, 0)).center();
+        Q_EMIT s.jobs()->customContextMenuRequested(at);
+        QTest::qWait(100);
+        return offered;
+    };
+    EXPECT_EQ(menuAt(0), QStringList{u"Abort this job"_s});
+    EXPECT_EQ(menuAt(1), QStringList());
 
     // Delete on a row that is not running does nothing.
     s.jobs()->setFocus();
