@@ -49,11 +49,11 @@ if [ "$language" = en ] && [ "$out" = "$root/docs/screenshot.png" ]; then
     cp "$out" "$root/help/rus/screenshot.png"
     echo "$out"
     out=$root/docs/screenshot-convert.png
-    # Twelve WAVs of half a minute: on any machine the run is still going a few seconds after the
+    # Twelve WAVs of a minute and a half: on any machine the run is still going a moment after the
     # first file is done, which is when the remaining time and the bar appear.
     mkdir -p "$work/Music/Recordings"
     for i in $(seq -w 1 12); do
-        sox -q -n -r 44100 -c 2 -b 16 "$work/Music/Recordings/Take $i.wav" synth 30 pinknoise vol 0.3
+        sox -q -n -r 44100 -c 2 -b 16 "$work/Music/Recordings/Take $i.wav" synth 90 pinknoise vol 0.3
     done
     cat >"$work/convert.sh" <<INNER
 #!/usr/bin/env bash
@@ -69,7 +69,7 @@ xdotool key --window "\$win" ctrl+shift+a ctrl+shift+m
 # A target more than there are slots: the first file is done and the next one started.
 slots=\$(nproc); [ "\$slots" -gt 8 ] && slots=8
 until [ "\$(ls "$work/Music/Recordings/" | grep -c '\\.mp3\$')" -gt "\$slots" ]; do sleep 0.2; done
-sleep 1.5
+sleep 0.3
 import -window root -crop ${width}x${height}+0+0 +repage "$out"
 # The window cannot be closed during a run: it and the codecs it started are ended here.
 codecs=\$(pgrep -P "\$pid" || true)
