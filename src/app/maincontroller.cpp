@@ -249,9 +249,13 @@ void MainController::toolbarClick(int position)
 void MainController::statusPanelClick(int panel)
 {
     guarded([&] {
+        const UiText before = m_ui.text;
         switch (clickStatusPanel(m_ui, panel)) {
         case PanelClick::LanguageSwitched:
             applySelectionCaptions(m_labels, m_ui.text);
+            if (m_run)
+                m_run->relabel(before);
+            notify(runChanged);
             break;
         case PanelClick::OpenHelp:
             if (m_env.openDocument)

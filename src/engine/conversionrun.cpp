@@ -280,6 +280,32 @@ void ConversionRun::endOfRun()
         m_context.beep();
 }
 
+void ConversionRun::relabel(const UiText &before)
+{
+    guarded([&] {
+        const std::pair<const QString *, const QString *> words[] = {
+            {&before.statusInProgress, &m_text->statusInProgress}, {&before.statusDone, &m_text->statusDone},
+            {&before.statusBreak, &m_text->statusBreak},           {&before.statusReadOnly, &m_text->statusReadOnly},
+            {&before.statusError, &m_text->statusError},           {&before.statusKilled, &m_text->statusKilled}};
+        for (EncodeJob &job : m_jobs) {
+            for (const auto &[from, to] : words) {
+                if (!job[EncodeJob::Status].isEmpty() && job[EncodeJob::Status] == *from) {
+                    job[EncodeJob::Status] = *to;
+                    break;
+                }
+            }
+            for (const int column : {EncodeJob::SourceSize, EncodeJob::TargetSize}) {
+                QString &size = job[column];
+                if (size.endsWith(before.kbUnit))
+                    size = size.left(size.size() - before.kbUnit.size()) + m_text->kbUnit;
+            }
+        }
+        if (!m_display.labels[2].isEmpty())
+            m_display.labels[2] = m_text->finishedLabel + QString::number(countStatus(m_text->statusDone))
+                                  + m_text->ofLabel + QString::number(static_cast<long long>(m_jobs.size()));
+    });
+}
+
 void ConversionRun::stop()
 {
     guarded([&] {

@@ -88,6 +88,9 @@ public:
 
     // The interface language; status words are compared in it.
     void setText(const UiText &text) { m_text = &text; }
+    // The language changed from `before` to the current text: the rows' status words, size units
+    // and the finished line are written again in it, so the run still recognises its own rows.
+    void relabel(const UiText &before);
 
     // Builds the job list from the file list and starts the run. allFiles: the Make All toggle;
     // cbrIndex: the selected entry of the MP3 CBR list. Returns whether a run was started.

@@ -405,3 +405,27 @@ TEST(ConversionRun, AbortAfterStopEndsTheRunWhenTheLastRunningJobGoes)
     EXPECT_EQ(rig.statuses(), u"Debb"_s);
     EXPECT_EQ(rig.frame(), u"Finished 1 of 4: frame close beep"_s);
 }
+
+// The interface language switched in the middle of a run: the run still knows its running rows,
+// so they complete and the run ends.
+TEST(ConversionRun, LanguageSwitchedDuringARunRelabelsItsRowsAndTheRunStillEnds)
+{
+    Rig rig;
+    UiText shown = text;
+    rig.run.setText(shown);
+    rig.begin(3, 2);
+    rig.finish(1, 2048);
+    rig.run.tick();
+    const UiText before = shown;
+    shown = russianTexts();
+    rig.run.relabel(before);
+    EXPECT_EQ(rig.run.jobs()[0][EncodeJob::Status], shown.statusDone);
+    EXPECT_EQ(rig.run.jobs()[1][EncodeJob::Status], shown.statusInProgress);
+    EXPECT_EQ(rig.run.jobs()[0][EncodeJob::TargetSize], u"2"_s + shown.kbUnit);
+    EXPECT_EQ(rig.label(2), shown.finishedLabel + u"1"_s + shown.ofLabel + u"3"_s);
+    rig.finish(2, 2048);
+    rig.finish(3, 2048);
+    rig.run.tick();
+    EXPECT_EQ(rig.label(2), shown.finishedLabel + u"3"_s + shown.ofLabel + u"3"_s);
+    EXPECT_FALSE(rig.run.display().timerEnabled);
+}
