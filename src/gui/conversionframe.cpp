@@ -123,7 +123,12 @@ void ConversionFrame::applyTexts()
     const UiText &t = m_c.text();
     cmbEncode[0]->setText(t.stopButton);
     cmbEncode[1]->setText(t.closeButton);
-    actAbortJob->setText(abortJobText(currentLanguage(m_c.ui()) == Language::Russian));
+    const bool russian = currentLanguage(m_c.ui()) == Language::Russian;
+    actAbortJob->setText(abortJobText(russian));
+    // What a screen reader calls the parts that have no caption of their own.
+    lstCode->setAccessibleName(russian ? QStringLiteral("Задания") : QStringLiteral("Jobs"));
+    pbEncode->setAccessibleName(russian ? QStringLiteral("Ход работы") : QStringLiteral("Progress"));
+    txtDetails->setAccessibleName(russian ? QStringLiteral("Почему задание не удалось") : QStringLiteral("Why the job failed"));
     m_model->languageChanged();
     // Widths by the widest text a column can show, not by its rows: measuring every row at each
     // tick would cost the event thread more than the run itself.

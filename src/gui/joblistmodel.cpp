@@ -77,8 +77,21 @@ QVariant JobListModel::data(const QModelIndex &index, int role) const
         }
         return {};
     case Qt::ToolTipRole: {
+        // A tooltip does not wrap: its last lines only, each cut to its end. The details pane
+        // holds all of it.
         const QString why = failureText(index.row());
-        return why.isEmpty() ? QVariant() : QVariant(why);
+        if (why.isEmpty())
+            return {};
+        constexpr int lineLimit = 10;
+        constexpr int widthLimit = 160;
+        QStringList lines = why.split(QLatin1Char('\n'));
+        if (lines.size() > lineLimit)
+            lines = lines.mid(0, 2) + QStringList(QStringLiteral("…")) + lines.mid(lines.size() - (lineLimit - 3));
+        for (QString &line : lines) {
+            if (line.size() > widthLimit)
+                line = QStringLiteral("…") + line.right(widthLimit);
+        }
+        return lines.join(QLatin1Char('\n'));
     }
     case Qt::DecorationRole:
         if (index.column() == EncodeJob::Name && job.codecFailure
