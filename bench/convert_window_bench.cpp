@@ -3,7 +3,7 @@
 // time, the CPU seconds of the codecs, and the longest gap between two ticks of tmrEncode (100 ms
 // when the event thread never stalls), and the longest single event handled on the event thread
 // (wall and that thread's CPU time: with more codecs than processors the wall time includes
-// waiting for a processor).
+// waiting for a processor), and the CPU seconds of the window's own process.
 // Usage: convert_window_bench PROGRAM_FOLDER WAV_FOLDER SLOTS
 
 #include <algorithm>

@@ -21,7 +21,7 @@ for ((i = 1; i <= 40; i++)); do
     sox -q -n -r 44100 -c 2 -b 16 "$work/wav/track $i.wav" synth 5 pinknoise vol 0.3 fade 0.1 5 0.1
 done
 
-run_window() { # slots -> "WALL CPU GAP_MS LONGEST_EVENT_MS LONGEST_EVENT_CPU_MS"
+run_window() { # slots -> "WALL CPU GAP_MS LONGEST_EVENT_MS LONGEST_EVENT_CPU_MS OWN_CPU"
     rm -f "$work/wav"/*.mp3
     "$build/bin/convert_window_bench" "$work/prog/" "$work/wav" "$1" 2>/dev/null
 }
@@ -51,7 +51,7 @@ eb=$(printf '%s\n' "${b[@]}" | awk '{ print $1 * 2 / $2 }' | median)
 echo "40 x 5 s WAV -> MP3, 2 slots, median of $rounds rounds"
 printf 'window %.2f s  xargs %.2f s  ratio %.3f (goal <= 1.05);  wall per CPU-second ratio %.3f\n' \
     "$ma" "$mb" "$(awk -v a="$ma" -v b="$mb" 'BEGIN { print a / b }')" "$(awk -v a="$ea" -v b="$eb" 'BEGIN { print a / b }')"
-printf '  window rounds (wall cpu gap-ms event-ms event-cpu-ms): %s\n  xargs rounds (wall cpu): %s\n' "${a[*]}" "${b[*]}"
+printf '  window rounds (wall cpu gap-ms event-ms event-cpu-ms own-cpu): %s\n  xargs rounds (wall cpu): %s\n' "${a[*]}" "${b[*]}"
 
 for ((r = 0; r < rounds; r++)); do
     run_window 8 | awk '{ printf "8 slots: longest gap between tmrEncode ticks %s ms (goal <= 116); longest event %s ms, of which %s ms on the event thread'"'"'s CPU\n", $3, $4, $5 }'

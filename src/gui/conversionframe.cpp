@@ -135,6 +135,13 @@ void ConversionFrame::applyTexts()
     const QFontMetrics metrics = lstCode->fontMetrics();
     const QString widest[] = {QString(), t.statusInProgress, QStringLiteral("999999") + t.kbUnit,
                               QStringLiteral("999999") + t.kbUnit, QStringLiteral("999"), QStringLiteral("0:00:00")};
+    // The labels keep their width as their numbers change, so a tick redraws them alone instead
+    // of laying out the frame again.
+    const QString longestTime = QStringLiteral("00:00:00");
+    for (size_t i = 0; i < 2; ++i)
+        lblEncodeTime.at(i)->setMinimumWidth(metrics.horizontalAdvance(longestTime) + metrics.averageCharWidth());
+    lblEncodeTime[2]->setMinimumWidth(metrics.horizontalAdvance(t.finishedLabel + QStringLiteral("00000") + t.ofLabel
+                                                                 + QStringLiteral("00000")));
     for (int c = 1; c < EncodeJob::ColumnCount; ++c) {
         QString text = widest[c];
         if (c == EncodeJob::Status) {
