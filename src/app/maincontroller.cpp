@@ -364,12 +364,6 @@ void MainController::encodeTick()
     notify(runChanged);
 }
 
-void MainController::codecOutput()
-{
-    if (m_env.wakeups.readOutput)
-        m_env.wakeups.readOutput();
-}
-
 bool MainController::abortJob(int row)
 {
     if (!m_run || !m_run->abortJob(row))

@@ -144,8 +144,6 @@ public:
     void closeClicked();
     // tmrEncode every 100 ms, and at once when a codec ended.
     void encodeTick();
-    // A codec wrote on its standard error.
-    void codecOutput();
     // "Abort this job" on row (0-based) of lstCode.
     bool abortJob(int row);
     // Called after anything the conversion frame shows changed.

@@ -11,6 +11,8 @@
 #include <QTimer>
 
 #include "app/codecset.h"
+#include "app/maincontroller.h"
+#include "app/runwakeups.h"
 #include "browser/filelist.h"
 #include "cli/arguments.h"
 #include "cli/clitext.h"
@@ -289,11 +291,9 @@ int runConvert(const QStringList &args)
     QTimer timer;
     timer.setInterval(100);
     QObject::connect(&timer, &QTimer::timeout, &loop, work);
-    QSocketNotifier exits(PosixProcesses::exitEventDescriptor(), QSocketNotifier::Read);
-    QObject::connect(&exits, &QSocketNotifier::activated, &loop, work);
-    // Read as it comes, so a codec that writes much on its standard error never waits on us.
-    QSocketNotifier codecErrors(processes.outputDescriptor(), QSocketNotifier::Read);
-    QObject::connect(&codecErrors, &QSocketNotifier::activated, &loop, [&] { processes.readOutput(); });
+    watchRunWakeups(&loop, RunWakeups{PosixProcesses::exitEventDescriptor(), processes.outputDescriptor(),
+                                      [] { PosixProcesses::clearExitEvents(); }, [&] { processes.readOutput(); }},
+                    work);
     // The first Ctrl-C lets the running jobs finish; a second one, or a request to end (SIGTERM,
     // SIGHUP) or a closed output pipe, kills the running codecs at once.
     QSocketNotifier interrupted(InterruptWatcher::install(), QSocketNotifier::Read);

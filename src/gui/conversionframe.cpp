@@ -10,12 +10,12 @@
 #include <QPlainTextEdit>
 #include <QProgressBar>
 #include <QPushButton>
-#include <QSocketNotifier>
 #include <QTimer>
 #include <QTreeView>
 #include <QVBoxLayout>
 
 #include "app/maincontroller.h"
+#include "app/runwakeups.h"
 #include "engine/conversionrun.h"
 #include "gui/joblistmodel.h"
 #include "ui/interfacetexts.h"
@@ -97,17 +97,7 @@ ConversionFrame::ConversionFrame(MainController &controller, QWidget *parent) : 
     tmrEncode->setObjectName(QStringLiteral("tmrEncode"));
     tmrEncode->setInterval(100);
     connect(tmrEncode, &QTimer::timeout, this, [this] { m_c.encodeTick(); });
-    // An ended codec ticks at once, so its slot is refilled without waiting for the timer.
-    const RunWakeups &wake = m_c.wakeups();
-    if (wake.exits >= 0) {
-        m_exits = new QSocketNotifier(wake.exits, QSocketNotifier::Read, this);
-        connect(m_exits, &QSocketNotifier::activated, this, [this] { m_c.encodeTick(); });
-    }
-    // Read as it comes, so a codec flooding its standard error is never held up by a full pipe.
-    if (wake.output >= 0) {
-        m_output = new QSocketNotifier(wake.output, QSocketNotifier::Read, this);
-        connect(m_output, &QSocketNotifier::activated, this, [this] { m_c.codecOutput(); });
-    }
+    watchRunWakeups(this, m_c.wakeups(), [this] { m_c.encodeTick(); });
 
     m_c.runChanged = [this] { showRun(); };
     hide();

@@ -9,7 +9,6 @@ class QLabel;
 class QPlainTextEdit;
 class QProgressBar;
 class QPushButton;
-class QSocketNotifier;
 class QTimer;
 class QTreeView;
 
@@ -54,8 +53,6 @@ private:
     std::array<QPushButton *, 2> cmbEncode{};
     QAction *actAbortJob = nullptr;
     QTimer *tmrEncode = nullptr;
-    QSocketNotifier *m_exits = nullptr;
-    QSocketNotifier *m_output = nullptr;
 };
 
 // The words of "Abort this job" and of the failure pane in the interface language.
