@@ -366,7 +366,7 @@ bool ConversionRun::abortJob(int row)
             m_display.indicators.at(static_cast<size_t>(i)) = Activity::Idle;
             m_display.selectedRow = row;
             aborted = true;
-            // The designed end tests count only "Done" rows and run only at a completion; an
+            // The run's own end tests count only "Done" rows and run only at a completion; an
             // aborted last job would leave the run ticking for ever with Close disabled.
             const bool waiting = std::any_of(m_jobs.begin(), m_jobs.end(),
                                              [](const EncodeJob &j) { return j[EncodeJob::Status].isEmpty(); });

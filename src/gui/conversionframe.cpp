@@ -120,18 +120,18 @@ void ConversionFrame::applyTexts()
     pbEncode->setAccessibleName(russian ? QStringLiteral("Ход работы") : QStringLiteral("Progress"));
     txtDetails->setAccessibleName(russian ? QStringLiteral("Почему задание не удалось") : QStringLiteral("Why the job failed"));
     m_model->languageChanged();
-    // Widths by the widest text a column can show, not by its rows: measuring every row at each
-    // tick would cost the event thread more than the run itself.
-    const QFontMetrics metrics = lstCode->fontMetrics();
-    const QString widest[] = {QString(), t.statusInProgress, QStringLiteral("999999") + t.kbUnit,
-                              QStringLiteral("999999") + t.kbUnit, QStringLiteral("999"), QStringLiteral("0:00:00")};
     // The labels keep their width as their numbers change, so a tick redraws them alone instead
     // of laying out the frame again.
+    const QFontMetrics metrics = lstCode->fontMetrics();
     const QString longestTime = QStringLiteral("00:00:00");
     for (size_t i = 0; i < 2; ++i)
         lblEncodeTime.at(i)->setMinimumWidth(metrics.horizontalAdvance(longestTime) + metrics.averageCharWidth());
     lblEncodeTime[2]->setMinimumWidth(metrics.horizontalAdvance(t.finishedLabel + QStringLiteral("00000") + t.ofLabel
                                                                  + QStringLiteral("00000")));
+    // Widths by the widest text a column can show, not by its rows: measuring every row at each
+    // tick would cost the event thread more than the run itself.
+    const QString widest[] = {QString(), t.statusInProgress, QStringLiteral("999999") + t.kbUnit,
+                              QStringLiteral("999999") + t.kbUnit, QStringLiteral("999"), QStringLiteral("0:00:00")};
     for (int c = 1; c < EncodeJob::ColumnCount; ++c) {
         QString text = widest[c];
         if (c == EncodeJob::Status) {

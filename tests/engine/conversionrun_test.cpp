@@ -387,7 +387,7 @@ TEST(ConversionRun, AbortKillsOneRunningJobDeletesItsTargetAndLetsTheRunEnd)
     rig.finish(2, 2048);
     rig.run.tick();
     EXPECT_EQ(rig.frame(), u"Finished 1 of 3: frame bar remaining stop timer"_s);
-    // An aborted job is an "Error" row, so the designed end test never passes; the abort's does.
+    // An aborted job is an "Error" row, so the run's own end test never passes; the abort's does.
     EXPECT_TRUE(rig.run.abortJob(2));
     EXPECT_EQ(rig.frame(), u"Finished 1 of 3: frame bar remaining close beep"_s);
     EXPECT_EQ(rig.statuses(), u"eDe"_s);

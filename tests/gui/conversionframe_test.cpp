@@ -319,7 +319,7 @@ TEST(ConversionFrame, FailedJobsTellWhyInTheirTooltipAndTheDetailsPane)
     s.start();
     s.toolbar(MakeAll)->trigger();
     s.toolbar(MakeMp3)->trigger();
-    // Error rows keep the designed run going for ever; the rows are what counts.
+    // Error rows keep a run ticking for ever, as they always have; the rows are what counts.
     ASSERT_TRUE(s.waitFor([&] { return s.settled(); }));
     EXPECT_EQ(s.rows(), (QStringList{u"crash.wav Error"_s, u"empty.wav Error"_s, u"fail.wav Error"_s,
                                      u"flood.wav Done"_s, u"ok.wav Done"_s}));
