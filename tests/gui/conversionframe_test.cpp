@@ -100,7 +100,7 @@ struct Session
                                                   {u"ogg"_s, u"ogg/q-nominal160.ogg"_s},
                                                   {u"mpc"_s, u"mpc/stereo-44100.mpc"_s}};
         for (const QString &name : names)
-            QFile::copy(QStringLiteral(KV_TEST_DATA_DIR "/") + fixtures.at(name.right(3)), music + name);
+            QFile::copy(QStringLiteral(KV_TEST_DATA_DIR "/") + fixtures.at(name.right(3).toLower()), music + name);
     }
     ~Session()
     {
@@ -418,4 +418,20 @@ TEST(ConversionFrame, AListedFolderRemovedDuringARunGivesErrorRows)
     bool answered = false;
     QTimer::singleShot(0, [&] { answered = true; });
     EXPECT_TRUE(s.waitFor([&] { return answered; }, 1000));
+}
+
+// x.wav and x.WAV would both make x.mp3: the later one is left out, and the pane says so.
+TEST(ConversionFrame, SourcesLeftOutForASharedTargetAreShownInThePane)
+{
+    Session s({u"x.wav"_s, u"x.WAV"_s});
+    s.start();
+    s.toolbar(MakeAll)->trigger();
+    s.toolbar(MakeMp3)->trigger();
+    ASSERT_EQ(s.jobs()->model()->rowCount(), 1);
+    auto *pane = s.w<QPlainTextEdit>(u"txtDetails"_s);
+    EXPECT_FALSE(pane->isHidden());
+    const QString kept = s.cell(0, 0);
+    const QString left = kept == u"x.wav"_s ? u"x.WAV"_s : u"x.wav"_s;
+    EXPECT_EQ(pane->toPlainText(), u"%1 left out: its target x.mp3 is made from %2 in this run"_s.arg(left, kept));
+    EXPECT_TRUE(s.waitFor([&] { return s.ended(); }));
 }
