@@ -6,6 +6,7 @@
 #include "app/codecset.h"
 #include "browser/freespace.h"
 #include "common/failure.h"
+#include "engine/conversionrun.h"
 #include "platform/files.h"
 #include "platform/folders.h"
 #include "platform/instancelock.h"
@@ -39,6 +40,8 @@ MainController::MainController(Environment environment)
 {
     wireControls();
 }
+
+MainController::~MainController() = default;
 
 void MainController::wireControls()
 {
@@ -107,6 +110,15 @@ StartEnd MainController::Main(const StartOptions &options)
         m_ui.status.panel(1) = m_ui.text.cpuLabel + QString::number(m_processors) + QStringLiteral("  ");
         ShowFreeDiskSpace(m_list.currentFolder.isEmpty() ? startFolder : m_list.currentFolder, m_env.folders,
                           m_ui.status, m_ui.text, m_locale);
+        if (m_env.processes != nullptr && m_env.clock != nullptr)
+            m_run = std::make_unique<ConversionRun>(
+                ConversionContext{*m_env.clock, *m_env.processes, m_env.files, m_parameters, m_list, m_programFolder,
+                                  [this] {
+                                      if (m_env.beep)
+                                          m_env.beep();
+                                  },
+                                  {}}, // no player yet
+                m_ui.text);
         end = StartEnd::Running;
     });
     notify(changed);
@@ -216,8 +228,19 @@ void MainController::toolbarClick(int position)
             scan();
             break;
         }
+        case MakeMp3:
+            make(MakeCommand::Mp3);
+            break;
+        case MakeOgg:
+            make(MakeCommand::Ogg);
+            break;
+        case MakeMpc:
+            make(MakeCommand::Mpc);
+            break;
+        case MakeWav:
+            make(MakeCommand::Wav);
+            break;
         default:
-            // The Make commands start conversion runs, which the conversion frame shows.
             break;
         }
     });
@@ -227,9 +250,13 @@ void MainController::toolbarClick(int position)
 void MainController::statusPanelClick(int panel)
 {
     guarded([&] {
+        const UiText before = m_ui.text;
         switch (clickStatusPanel(m_ui, panel)) {
         case PanelClick::LanguageSwitched:
             applySelectionCaptions(m_labels, m_ui.text);
+            if (m_run)
+                m_run->relabel(before);
+            notify(runChanged);
             break;
         case PanelClick::OpenHelp:
             if (m_env.openDocument)
@@ -271,7 +298,7 @@ void MainController::setWindowPlace(int left, int top, int width, int height, Wi
 
 bool MainController::closeRequested(bool conversionFrameVisible)
 {
-    if (conversionFrameVisible)
+    if (conversionFrameVisible || (m_run && m_run->display().frameVisible))
         return false;
     m_controls.setStartFolder(m_list.path);
     // The user's configuration folder may not exist yet; the program folder always does.
@@ -279,6 +306,70 @@ bool MainController::closeRequested(bool conversionFrameVisible)
     if (!m_configPath.startsWith(m_programFolder))
         QDir().mkpath(folder);
     SaveConfig(m_configPath, m_env.files, m_controls, m_record);
+    return true;
+}
+
+} // namespace kv
+
+namespace kv {
+
+// ---- The conversion frame ----
+
+void MainController::make(MakeCommand command)
+{
+    // A second run while one is shown would orphan the first one's codecs and rows.
+    if (!m_run || m_run->display().frameVisible)
+        return;
+    // The decoder follows the Show filters in toolbar order, a later pressed one overriding an
+    // earlier; with Show Wav pressed none is, and the previous command's parameters stay.
+    AudioFormat shown = AudioFormat::Wav;
+    const AudioFormat decoded[] = {AudioFormat::Mp3, AudioFormat::Ogg, AudioFormat::Mpc};
+    for (size_t i = 0; i < 3; ++i) {
+        if (m_showPressed[i + 1])
+            shown = decoded[i];
+    }
+    applyMakeCommand(m_parameters, command, command == MakeCommand::Wav ? shown : AudioFormat::Wav,
+                     m_controls.settings(), m_optionText);
+    m_run->setText(m_ui.text);
+    // The first tick fills the slots at once instead of a timer interval later.
+    if (m_run->PrepareJobs(m_makeAll, m_controls.settings().mp3.cbrIndex, m_processors))
+        m_run->tick();
+    notify(runChanged);
+}
+
+void MainController::stopClicked()
+{
+    if (!m_run)
+        return;
+    m_run->stop();
+    notify(runChanged);
+}
+
+void MainController::closeClicked()
+{
+    if (!m_run)
+        return;
+    guarded([&] { ShowFreeDiskSpace(m_list.currentFolder, m_env.folders, m_ui.status, m_ui.text, m_locale); });
+    m_run->close();
+    notify(changed);
+    notify(runChanged);
+}
+
+void MainController::encodeTick()
+{
+    if (m_env.wakeups.clearExits)
+        m_env.wakeups.clearExits();
+    if (!m_run || !m_run->display().timerEnabled)
+        return;
+    m_run->tick();
+    notify(runChanged);
+}
+
+bool MainController::abortJob(int row)
+{
+    if (!m_run || !m_run->abortJob(row))
+        return false;
+    notify(runChanged);
     return true;
 }
 

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <functional>
+#include <memory>
 #include <vector>
 
 #include <QLocale>
@@ -10,6 +11,7 @@
 #include "browser/filelist.h"
 #include "browser/foldertree.h"
 #include "browser/selectionstats.h"
+#include "engine/runparameters.h"
 #include "platform/volumes.h"
 #include "settings/configrecord.h"
 #include "settings/settingscontrols.h"
@@ -17,9 +19,12 @@
 
 namespace kv {
 
+class Clock;
+class ConversionRun;
 class Files;
 class Folders;
 class InstanceLock;
+class Processes;
 
 // The message boxes of the window, so start-up and the tree can be run without a display.
 class Messages
@@ -39,6 +44,16 @@ public:
     virtual void end() = 0;
 };
 
+// How the event loop learns that a conversion has news: descriptors that become readable when a
+// codec ended (exits) or wrote on its standard error (output); -1 when there is none to watch.
+struct RunWakeups
+{
+    int exits = -1;
+    int output = -1;
+    std::function<void()> clearExits; // before the tick an exit wakes, so no exit is missed
+    std::function<void()> readOutput;
+};
+
 // What the window's commands reach of the machine.
 struct Environment
 {
@@ -51,6 +66,11 @@ struct Environment
     RowReader readRow;
     std::function<int()> processorCount;                // already 1 to 8
     std::function<void(const QString &)> openDocument; // the help document
+    // The conversion runs' side; without processes and clock the Make commands do nothing.
+    Processes *processes = nullptr;
+    Clock *clock = nullptr;
+    std::function<void()> beep; // the end of a run
+    RunWakeups wakeups;
 };
 
 struct StartOptions
@@ -77,6 +97,7 @@ class MainController
 {
 public:
     explicit MainController(Environment environment);
+    ~MainController();
     MainController(const MainController &) = delete;
     MainController &operator=(const MainController &) = delete;
 
@@ -116,6 +137,22 @@ public:
     void scan();
     void refreshStats();
 
+    // The conversion frame. Make commands arrive through toolbarClick; these are its own events.
+    // cmbEncode_0: waiting jobs become "Break", running ones finish.
+    void stopClicked();
+    // cmbEncode_1: the free space again, and the frame hidden.
+    void closeClicked();
+    // tmrEncode every 100 ms, and at once when a codec ended.
+    void encodeTick();
+    // "Abort this job" on row (0-based) of lstCode.
+    bool abortJob(int row);
+    // Called after anything the conversion frame shows changed.
+    std::function<void()> runChanged;
+    // nullptr when conversions cannot run (no processes given).
+    const ConversionRun *run() const { return m_run.get(); }
+    const RunParameters &runParameters() const { return m_parameters; }
+    const RunWakeups &wakeups() const { return m_env.wakeups; }
+
     const InterfaceTexts &ui() const { return m_ui; }
     const UiText &text() const { return m_ui.text; }
     SettingsControls &controls() { return m_controls; }
@@ -140,6 +177,7 @@ private:
     void wireControls();
     void changeDrive(const Volume &drive, bool fallback);
     void notify(const std::function<void()> &hook) const;
+    void make(MakeCommand command);
 
     Environment m_env;
     QLocale m_locale;
@@ -159,6 +197,9 @@ private:
     QString m_configPath;
     bool m_configRead = false;
     QString m_userConfigFolder;
+    RunParameters m_parameters;
+    OptionTextBuilder m_optionText;
+    std::unique_ptr<ConversionRun> m_run;
 };
 
 // The fixed English message of a second start, the same in both languages.

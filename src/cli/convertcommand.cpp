@@ -11,11 +11,14 @@
 #include <QTimer>
 
 #include "app/codecset.h"
+#include "app/maincontroller.h"
+#include "app/runwakeups.h"
 #include "browser/filelist.h"
 #include "cli/arguments.h"
 #include "cli/clitext.h"
 #include "cli/command.h"
 #include "engine/conversionrun.h"
+#include "engine/jobfailure.h"
 #include "engine/runparameters.h"
 #include "media/readers.h"
 #include "platform/posix/posixclock.h"
@@ -169,15 +172,6 @@ QString jobReport(const ConversionRun &run, const UiText &text)
     return report + run.display().labels[2] + newline;
 }
 
-// How a failed codec ended, in words: "exit status 1" or "signal 11 (Segmentation fault)".
-QString endText(const ProcessEnd &end)
-{
-    if (end.signal == 0)
-        return QStringLiteral("exit status ") + QString::number(end.exitCode);
-    return QStringLiteral("signal ") + QString::number(end.signal) + QStringLiteral(" (")
-           + QString::fromLocal8Bit(::strsignal(end.signal)) + QLatin1Char(')');
-}
-
 // After the job list: each job whose codec failed, with how it ended and the end of what it
 // wrote on its standard error, indented. Empty when every codec succeeded.
 QString failureReport(const ConversionRun &run)
@@ -187,7 +181,7 @@ QString failureReport(const ConversionRun &run)
         if (!job.codecFailure)
             continue;
         report += QLatin1Char('\n') + escapedText(job[EncodeJob::Name]) + QLatin1Char('\t') + job[EncodeJob::Status]
-                  + QLatin1Char('\t') + endText(*job.codecFailure) + QLatin1Char('\n');
+                  + QLatin1Char('\t') + processEndText(*job.codecFailure) + QLatin1Char('\n');
         const QString errors = QString::fromUtf8(job.codecFailure->errorTail).trimmed();
         for (const QString &line : errors.split(QLatin1Char('\n'), Qt::SkipEmptyParts))
             report += QStringLiteral("    ") + escapedText(line.trimmed()) + QLatin1Char('\n');
@@ -297,11 +291,9 @@ int runConvert(const QStringList &args)
     QTimer timer;
     timer.setInterval(100);
     QObject::connect(&timer, &QTimer::timeout, &loop, work);
-    QSocketNotifier exits(PosixProcesses::exitEventDescriptor(), QSocketNotifier::Read);
-    QObject::connect(&exits, &QSocketNotifier::activated, &loop, work);
-    // Read as it comes, so a codec that writes much on its standard error never waits on us.
-    QSocketNotifier codecErrors(processes.outputDescriptor(), QSocketNotifier::Read);
-    QObject::connect(&codecErrors, &QSocketNotifier::activated, &loop, [&] { processes.readOutput(); });
+    watchRunWakeups(&loop, RunWakeups{PosixProcesses::exitEventDescriptor(), processes.outputDescriptor(),
+                                      [] { PosixProcesses::clearExitEvents(); }, [&] { processes.readOutput(); }},
+                    work);
     // The first Ctrl-C lets the running jobs finish; a second one, or a request to end (SIGTERM,
     // SIGHUP) or a closed output pipe, kills the running codecs at once.
     QSocketNotifier interrupted(InterruptWatcher::install(), QSocketNotifier::Read);

@@ -155,7 +155,8 @@ void ConversionRun::complete(SlotState &slot, int slotIndex)
 
     const double sourceKb = leadingNumber(job[EncodeJob::SourceSize]);
     const JobPaths paths = jobPaths(folder, job[EncodeJob::Name], p.targetExtension);
-    const Int32 targetKb = sizeInKb(files.fileSize(paths.target).value_or(0));
+    const std::optional<std::int64_t> written = files.fileSize(paths.target);
+    const Int32 targetKb = sizeInKb(written.value_or(0));
     if (targetKb != 0) {
         job[EncodeJob::Percent] = QString::number(Int32::fromReal(divide(targetKb.value() * 100.0, sourceKb)).value());
         job[EncodeJob::SourceSize] = QString::number(Int32::fromReal(sourceKb).value()) + m_text->kbUnit;
@@ -165,6 +166,13 @@ void ConversionRun::complete(SlotState &slot, int slotIndex)
     } else {
         job[EncodeJob::Status] = m_text->statusError;
         job.bold = true;
+        // The status word alone does not tell a codec that wrote nothing from one that wrote little.
+        if (!written)
+            job.reason = QStringLiteral("no target written");
+        else if (*written == 0)
+            job.reason = QStringLiteral("empty target");
+        else
+            job.reason = QStringLiteral("target of %1 bytes, under 1 KB").arg(*written);
     }
     job[EncodeJob::Time] = durationText(elapsedSeconds(nowSeconds(), slot.start));
     // The size decides the status as it always has; a failing codec is told all the same (a full
@@ -272,6 +280,32 @@ void ConversionRun::endOfRun()
         m_context.beep();
 }
 
+void ConversionRun::relabel(const UiText &before)
+{
+    guarded([&] {
+        const std::pair<const QString *, const QString *> words[] = {
+            {&before.statusInProgress, &m_text->statusInProgress}, {&before.statusDone, &m_text->statusDone},
+            {&before.statusBreak, &m_text->statusBreak},           {&before.statusReadOnly, &m_text->statusReadOnly},
+            {&before.statusError, &m_text->statusError},           {&before.statusKilled, &m_text->statusKilled}};
+        for (EncodeJob &job : m_jobs) {
+            for (const auto &[from, to] : words) {
+                if (!job[EncodeJob::Status].isEmpty() && job[EncodeJob::Status] == *from) {
+                    job[EncodeJob::Status] = *to;
+                    break;
+                }
+            }
+            for (const int column : {EncodeJob::SourceSize, EncodeJob::TargetSize}) {
+                QString &size = job[column];
+                if (size.endsWith(before.kbUnit))
+                    size = size.left(size.size() - before.kbUnit.size()) + m_text->kbUnit;
+            }
+        }
+        if (!m_display.labels[2].isEmpty())
+            m_display.labels[2] = m_text->finishedLabel + QString::number(countStatus(m_text->statusDone))
+                                  + m_text->ofLabel + QString::number(static_cast<long long>(m_jobs.size()));
+    });
+}
+
 void ConversionRun::stop()
 {
     guarded([&] {
@@ -307,6 +341,41 @@ bool ConversionRun::anyRunning()
             return true;
     }
     return false;
+}
+
+bool ConversionRun::abortJob(int row)
+{
+    bool aborted = false;
+    guarded([&] {
+        for (int i = 0; i < m_state.slotCount; ++i) {
+            SlotState &slot = m_state.slots.at(static_cast<size_t>(i));
+            if (slot.job != row + 1 || m_jobs.at(static_cast<size_t>(row))[EncodeJob::Status] != m_text->statusInProgress)
+                continue;
+            // A codec that already ended wrote its target: the next tick records it as usual.
+            if (m_context.processes.hasEnded(slot.handle))
+                return;
+            EncodeJob &job = m_jobs.at(static_cast<size_t>(row));
+            m_context.processes.kill(slot.handle);
+            m_context.files.remove(
+                jobPaths(m_context.list.currentFolder, job[EncodeJob::Name], m_context.parameters.targetExtension).target);
+            job[EncodeJob::Status] = m_text->statusError;
+            job.bold = true;
+            job.reason = QStringLiteral("aborted");
+            job.codecFailure = m_context.processes.endOf(slot.handle);
+            job[EncodeJob::Time] = durationText(elapsedSeconds(nowSeconds(), slot.start));
+            m_display.indicators.at(static_cast<size_t>(i)) = Activity::Idle;
+            m_display.selectedRow = row;
+            aborted = true;
+            // The run's own end tests count only "Done" rows and run only at a completion; an
+            // aborted last job would leave the run ticking for ever with Close disabled.
+            const bool waiting = std::any_of(m_jobs.begin(), m_jobs.end(),
+                                             [](const EncodeJob &j) { return j[EncodeJob::Status].isEmpty(); });
+            if (!waiting && countStatus(m_text->statusInProgress) == 0)
+                endOfRun();
+            return;
+        }
+    });
+    return aborted;
 }
 
 void ConversionRun::abortRunning()

@@ -88,6 +88,9 @@ public:
 
     // The interface language; status words are compared in it.
     void setText(const UiText &text) { m_text = &text; }
+    // The language changed from `before` to the current text: the rows' status words, size units
+    // and the finished line are written again in it, so the run still recognises its own rows.
+    void relabel(const UiText &before);
 
     // Builds the job list from the file list and starts the run. allFiles: the Make All toggle;
     // cbrIndex: the selected entry of the MP3 CBR list. Returns whether a run was started.
@@ -109,6 +112,12 @@ public:
     // running, deletes the targets they were writing and marks their jobs "Killed". A finished
     // target is never touched.
     void abortRunning();
+
+    // "Abort this job": kills the codec of a running row (0-based) with its process group, deletes
+    // the target it was writing and ends the job "Error" with the reason "aborted". When nothing
+    // waits or runs any more the run ends, so a hung codec cannot hold the window open. Returns
+    // whether the row was running.
+    bool abortJob(int row);
 
     const std::vector<EncodeJob> &jobs() const { return m_jobs; }
     // The sources the last PrepareJobs left out, in list order.

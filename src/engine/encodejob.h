@@ -21,6 +21,8 @@ struct EncodeJob
     // How the codec ended when it exited non-zero or died by a signal; the status column still
     // follows the target's size.
     std::optional<ProcessEnd> codecFailure;
+    // Why the program itself ended the job ("aborted"); empty when the codec ended on its own.
+    QString reason;
 
     const QString &operator[](int column) const { return columns.at(static_cast<size_t>(column)); }
     QString &operator[](int column) { return columns.at(static_cast<size_t>(column)); }

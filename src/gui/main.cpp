@@ -12,6 +12,7 @@
 #include "gui/guiplatform.h"
 #include "gui/mainwindow.h"
 #include "media/readers.h"
+#include "platform/posix/posixclock.h"
 #include "platform/posix/posixfiles.h"
 #include "platform/nativenames.h"
 #include "platform/posix/posixfolders.h"
@@ -74,6 +75,7 @@ int main(int argc, char **argv)
     kv::PosixVolumes volumes;
     kv::PosixInstanceLock lock(programFolder);
     kv::PosixProcesses processes;
+    kv::PosixClock clock;
     kv::GuiMessages messages;
     kv::GuiBusyCursor busy;
     kv::MainController controller(kv::Environment{
@@ -82,7 +84,10 @@ int main(int argc, char **argv)
             return kv::readMediaInfo(format, folder, name, files);
         },
         [&processes] { return processes.processorCount(); },
-        [](const QString &document) { kv::openDocument(document); }});
+        [](const QString &document) { kv::openDocument(document); },
+        &processes, &clock, [] { QApplication::beep(); },
+        kv::RunWakeups{kv::PosixProcesses::exitEventDescriptor(), processes.outputDescriptor(),
+                       [] { kv::PosixProcesses::clearExitEvents(); }, [&processes] { processes.readOutput(); }}});
 
     kv::StartOptions options;
     options.programFolder = programFolder;

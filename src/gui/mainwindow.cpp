@@ -25,6 +25,7 @@
 #include <QVBoxLayout>
 
 #include "app/maincontroller.h"
+#include "gui/conversionframe.h"
 #include "gui/filelistmodel.h"
 #include "gui/foldertreemodel.h"
 #include "common/failure.h"
@@ -124,15 +125,10 @@ MainWindow::MainWindow(MainController &controller, QWidget *parent) : QMainWindo
         lstMain->header()->setSectionResizeMode(c, QHeaderView::ResizeToContents);
     rightLayout->addWidget(lstMain, 1);
 
-    // Room for the conversion frame and the player; their contents come with their commands.
-    frEncode = named(new QGroupBox, QStringLiteral("frEncode"));
-    auto *encodeLayout = new QHBoxLayout(frEncode);
-    encodeLayout->addStretch(1);
-    for (int i = 0; i < 2; ++i) {
-        cmbEncode[static_cast<size_t>(i)] = named(new QPushButton, QStringLiteral("cmbEncode_%1").arg(i));
-        encodeLayout->addWidget(cmbEncode[static_cast<size_t>(i)]);
-    }
-    frEncode->hide();
+    // The conversion frame, shown by the Make commands; the player's room below it.
+    m_conversion = new ConversionFrame(m_c);
+    frEncode = m_conversion;
+    cmbEncode = m_conversion->buttons();
     rightLayout->addWidget(frEncode);
     frPlayer = named(new QGroupBox, QStringLiteral("frPlayer"));
     frPlayer->hide();
@@ -571,8 +567,7 @@ void MainWindow::applyTexts()
     fitToolbar();
     cmdDefault->setText(t.defaultButton);
     frOptions->setTitle(t.optionsFrame);
-    cmbEncode[0]->setText(t.stopButton);
-    cmbEncode[1]->setText(t.closeButton);
+    m_conversion->applyTexts();
     for (const auto &[caption, control] : m_captions)
         caption->setText(controlCaption(control->objectName(), language));
     m_listModel->languageChanged();
@@ -667,7 +662,7 @@ void MainWindow::placeWindow()
 void MainWindow::closeEvent(QCloseEvent *event)
 {
     m_c.setWindowPlace(x(), y(), width(), height(), stateOf(this));
-    if (m_c.closeRequested(frEncode->isVisible()))
+    if (m_c.closeRequested(!frEncode->isHidden()))
         event->accept();
     else
         event->ignore();

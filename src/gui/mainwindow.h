@@ -20,6 +20,7 @@ class QTreeView;
 
 namespace kv {
 
+class ConversionFrame;
 class MainController;
 class FileListModel;
 class FolderTreeModel;
@@ -74,6 +75,7 @@ private:
     QTreeView *tvMain = nullptr;
     QTreeView *lstMain = nullptr;
     std::array<QAction *, 12> tbMain{}; // by position 1 to 11; 5 and 7 are separators
+    ConversionFrame *m_conversion = nullptr;
     QGroupBox *frEncode = nullptr;
     QGroupBox *frPlayer = nullptr;
     std::array<QPushButton *, 2> cmbEncode{};

@@ -218,6 +218,7 @@ TEST(ConversionRun, FailingCodecsAreRecordedWithTheirJobs)
     rig.finish(3, 2048);
     rig.run.tick();
     EXPECT_EQ(rig.statuses(), u"DeD"_s);
+    EXPECT_EQ(rig.run.jobs()[1].reason, u"empty target"_s);
     EXPECT_EQ(rig.run.jobs()[0].codecFailure, diskFull);
     EXPECT_EQ(rig.run.jobs()[1].codecFailure, crash);
     EXPECT_FALSE(rig.run.jobs()[2].codecFailure);
@@ -232,6 +233,8 @@ TEST(ConversionRun, TargetsRoundingToZeroKbAreErrorsAndTheRunNeverEnds)
         rig.finish(row, targets[row - 1]);
     rig.run.tick();
     EXPECT_EQ(rig.statuses(), u"eeDD"_s);
+    EXPECT_EQ(rig.run.jobs()[0].reason, u"target of 300 bytes, under 1 KB"_s);
+    EXPECT_EQ(rig.run.jobs()[2].reason, QString());
     // An error leaves its slot's indicator running; a success shows idle.
     EXPECT_EQ(rig.run.display().indicators[0], Activity::Running);
     EXPECT_EQ(rig.run.display().indicators[2], Activity::Idle);
@@ -360,4 +363,69 @@ TEST(PrepareJobs, SkipAndSelectionRulesSizesAndSlotCount)
         EXPECT_EQ(rig.frame(), u"Finished 0 of %1: frame stop timer"_s.arg(names.size()));
         EXPECT_EQ(rig.playerStops, 1);
     }
+}
+
+// "Abort this job" on a hung codec: only that job ends, as "Error" with its reason; the run goes on
+// and, once nothing waits or runs, ends so the frame can be closed.
+TEST(ConversionRun, AbortKillsOneRunningJobDeletesItsTargetAndLetsTheRunEnd)
+{
+    Rig rig;
+    rig.begin(3, 2);
+    rig.sizes[rig.target(1)] = 4096; // partly written
+    EXPECT_FALSE(rig.run.abortJob(2)); // waiting, not running
+    EXPECT_TRUE(rig.run.abortJob(0));
+    EXPECT_FALSE(rig.run.abortJob(0)); // already ended
+    EXPECT_EQ(rig.statuses(), u"eI-"_s);
+    EXPECT_EQ(rig.run.jobs()[0].reason, u"aborted"_s);
+    EXPECT_EQ(rig.run.jobs()[0].codecFailure, ProcessEnd{.signal = 9});
+    EXPECT_FALSE(rig.sizes.count(rig.target(1)));
+    EXPECT_TRUE(rig.sizes.count(u"/m/f01.wav"_s));
+    EXPECT_EQ(rig.run.display().indicators[0], Activity::Idle);
+
+    rig.run.tick(); // the freed slot takes the third file
+    EXPECT_EQ(rig.statuses(), u"eII"_s);
+    rig.finish(2, 2048);
+    rig.run.tick();
+    EXPECT_EQ(rig.frame(), u"Finished 1 of 3: frame bar remaining stop timer"_s);
+    // An aborted job is an "Error" row, so the run's own end test never passes; the abort's does.
+    EXPECT_TRUE(rig.run.abortJob(2));
+    EXPECT_EQ(rig.frame(), u"Finished 1 of 3: frame bar remaining close beep"_s);
+    EXPECT_EQ(rig.statuses(), u"eDe"_s);
+}
+
+TEST(ConversionRun, AbortAfterStopEndsTheRunWhenTheLastRunningJobGoes)
+{
+    Rig rig;
+    rig.begin(4, 2);
+    rig.run.stop();
+    rig.finish(1, 2048);
+    rig.run.tick();
+    EXPECT_EQ(rig.frame(), u"Finished 1 of 4: frame timer"_s);
+    EXPECT_TRUE(rig.run.abortJob(1));
+    EXPECT_EQ(rig.statuses(), u"Debb"_s);
+    EXPECT_EQ(rig.frame(), u"Finished 1 of 4: frame close beep"_s);
+}
+
+// The interface language switched in the middle of a run: the run still knows its running rows,
+// so they complete and the run ends.
+TEST(ConversionRun, LanguageSwitchedDuringARunRelabelsItsRowsAndTheRunStillEnds)
+{
+    Rig rig;
+    UiText shown = text;
+    rig.run.setText(shown);
+    rig.begin(3, 2);
+    rig.finish(1, 2048);
+    rig.run.tick();
+    const UiText before = shown;
+    shown = russianTexts();
+    rig.run.relabel(before);
+    EXPECT_EQ(rig.run.jobs()[0][EncodeJob::Status], shown.statusDone);
+    EXPECT_EQ(rig.run.jobs()[1][EncodeJob::Status], shown.statusInProgress);
+    EXPECT_EQ(rig.run.jobs()[0][EncodeJob::TargetSize], u"2"_s + shown.kbUnit);
+    EXPECT_EQ(rig.label(2), shown.finishedLabel + u"1"_s + shown.ofLabel + u"3"_s);
+    rig.finish(2, 2048);
+    rig.finish(3, 2048);
+    rig.run.tick();
+    EXPECT_EQ(rig.label(2), shown.finishedLabel + u"3"_s + shown.ofLabel + u"3"_s);
+    EXPECT_FALSE(rig.run.display().timerEnabled);
 }

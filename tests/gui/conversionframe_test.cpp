@@ -1,0 +1,437 @@
+#include <gtest/gtest.h>
+
+#include <QAbstractItemModelTester>
+#include <QAction>
+#include <QApplication>
+#include <QDir>
+#include <QFile>
+#include <QLabel>
+#include <QPlainTextEdit>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimer>
+#include <QTreeView>
+
+#include "app/maincontroller.h"
+#include "engine/conversionrun.h"
+#include "gui/guiplatform.h"
+#include "gui/mainwindow.h"
+#include "media/readers.h"
+#include "platform/posix/posixclock.h"
+#include "platform/posix/posixfiles.h"
+#include "platform/posix/posixfolders.h"
+#include "platform/posix/posixinstancelock.h"
+#include "platform/posix/posixprocesses.h"
+#include "support/qtprinters.h"
+
+using namespace kv;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// Every codec entry is this script. It logs its name and arguments, then acts by the source's
+// name: fail*, crash*, empty*, hang*, flood* and slow* misbehave as they say, others write 4 KB.
+// Codecs start with no environment, so the log's path is written into the script.
+const char codecScript[] = R"(#!/bin/sh
+PATH=/usr/bin:/bin
+line=$(basename "$0"); for a in "$@"; do line="$line [$a]"; done
+echo "$line" >> '%1'
+eval "src=\${$(($# - 1))}"; eval "dst=\${$#}"
+case $(basename "$src") in
+fail*) echo "cannot read $src" >&2; exit 1 ;;
+crash*) kill -SEGV $$ ;;
+empty*) : > "$dst"; exit 0 ;;
+hang*) head -c 3000 /dev/zero > "$dst"; exec sleep 600 ;;
+flood*) head -c 3000000 /dev/zero | tr '\000' x >&2; echo; echo "last words" >&2; head -c 4096 /dev/zero > "$dst"; exit 2 ;;
+slow*) sleep 0.6 ;;
+esac
+sleep 0.05
+head -c 4096 /dev/zero > "$dst"
+)";
+
+// Free space that shrinks at every query, so a refreshed panel reads differently.
+struct Folders : PosixFolders
+{
+    std::int64_t clusters = 100000;
+    std::optional<FreeSpace> freeSpace(const QString &) override { return FreeSpace{clusters -= 1000, 8, 512}; }
+};
+
+struct OneDrive : Volumes
+{
+    QString root;
+    std::vector<Volume> mounted() override { return {Volume{root, u"ext4"_s}}; }
+};
+
+struct Session
+{
+    QTemporaryDir dir;
+    QString program, music, log;
+    PosixFiles files;
+    Folders folders;
+    OneDrive drive;
+    GuiMessages messages;
+    GuiBusyCursor busy;
+    PosixProcesses processes;
+    PosixClock clock;
+    int beeps = 0;
+    std::unique_ptr<PosixInstanceLock> lock;
+    std::unique_ptr<MainController> c;
+    std::unique_ptr<MainWindow> window;
+
+    // A program folder with the script as every codec, and a music folder with these files:
+    // WAV names get a real 44100 Hz WAV, other kinds the fixture of their kind.
+    explicit Session(const QStringList &names)
+    {
+        program = dir.path() + u"/prog/"_s;
+        music = dir.path() + u"/music/"_s;
+        log = dir.path() + u"/codec.log"_s;
+        drive.root = dir.path();
+        QDir().mkpath(program + u"codec"_s);
+        QDir().mkpath(music);
+        for (const char *codec : {"lame", "madplay", "mppenc", "mppdec", "oggenc2", "oggdec"}) {
+            const QString entry = program + u"codec/"_s + QLatin1String(codec);
+            write(entry, QString::fromLatin1(codecScript).arg(log).toUtf8());
+            QFile::setPermissions(entry, QFile::permissions(entry) | QFile::ExeOwner);
+        }
+        const std::map<QString, QString> fixtures{{u"wav"_s, u"wav/stereo-16bit-44100.wav"_s},
+                                                  {u"mp3"_s, u"mp3/vbr.mp3"_s},
+                                                  {u"ogg"_s, u"ogg/q-nominal160.ogg"_s},
+                                                  {u"mpc"_s, u"mpc/stereo-44100.mpc"_s}};
+        for (const QString &name : names)
+            QFile::copy(QStringLiteral(KV_TEST_DATA_DIR "/") + fixtures.at(name.right(3).toLower()), music + name);
+    }
+    ~Session()
+    {
+        // No test leaves a codec behind.
+        if (c && c->run())
+            for (int row = 0; row < static_cast<int>(c->run()->jobs().size()); ++row)
+                c->abortJob(row);
+    }
+
+    static void write(const QString &path, const QByteArray &bytes)
+    {
+        QFile f(path);
+        f.open(QIODevice::WriteOnly);
+        f.write(bytes);
+    }
+
+    void start()
+    {
+        lock = std::make_unique<PosixInstanceLock>(program);
+        c = std::make_unique<MainController>(Environment{
+            files, folders, drive, *lock, messages, busy,
+            [this](AudioFormat format, const QString &f, const QString &name) { return readMediaInfo(format, f, name, files); },
+            [] { return 2; }, {}, &processes, &clock, [this] { ++beeps; },
+            RunWakeups{PosixProcesses::exitEventDescriptor(), processes.outputDescriptor(),
+                       [] { PosixProcesses::clearExitEvents(); }, [this] { processes.readOutput(); }}});
+        ASSERT_EQ(c->Main(StartOptions{program, dir.path() + u"/config"_s, true, music, QLocale::c()}), StartEnd::Running);
+        window = std::make_unique<MainWindow>(*c);
+        window->show();
+    }
+
+    template <typename T = QWidget>
+    T *w(const QString &name) const
+    {
+        T *found = window->findChild<T *>(name);
+        EXPECT_NE(found, nullptr) << name.toStdString();
+        return found;
+    }
+    QAction *toolbar(int position) const { return w<QAction>(u"tbMain_%1"_s.arg(position)); }
+    QTreeView *jobs() const { return w<QTreeView>(u"lstCode"_s); }
+    QPushButton *stop() const { return w<QPushButton>(u"cmbEncode_0"_s); }
+    QPushButton *close() const { return w<QPushButton>(u"cmbEncode_1"_s); }
+    bool frameShown() const { return !w(u"frEncode"_s)->isHidden(); }
+    QString finishedLine() const { return w<QLabel>(u"lblEncodeTime_2"_s)->text(); }
+
+    // Job rows as "name status", in list order.
+    QStringList rows() const
+    {
+        QStringList out;
+        const QAbstractItemModel *m = jobs()->model();
+        for (int r = 0; r < m->rowCount(); ++r)
+            out.append(m->index(r, 0).data().toString() + u' ' + m->index(r, 1).data().toString());
+        return out;
+    }
+    QString cell(int row, int column, int role = Qt::DisplayRole) const
+    {
+        return jobs()->model()->index(row, column).data(role).toString();
+    }
+    bool bold(int row) const { return jobs()->model()->index(row, 0).data(Qt::FontRole).value<QFont>().bold(); }
+    bool statusOf(int row, const QString &status) const { return cell(row, 1) == status; }
+
+    void tick(const QString &name)
+    {
+        for (int r = 0; r < static_cast<int>(c->fileList().rows.size()); ++r)
+            if (c->fileList().rows[static_cast<size_t>(r)].info[MediaInfo::Name] == name)
+                c->setRowChecked(r, true);
+    }
+    QStringList logged() const
+    {
+        QFile f(log);
+        if (!f.open(QIODevice::ReadOnly))
+            return {};
+        return QString::fromUtf8(f.readAll()).split(u'\n', Qt::SkipEmptyParts);
+    }
+    // Waits with the event loop running, as the window does.
+    static bool waitFor(const std::function<bool()> &done, int ms = 10000) { return QTest::qWaitFor(done, ms); }
+    bool ended() const { return close()->isEnabled(); }
+    // Every job has ended or was never started, and the run has recorded it.
+    bool settled() const
+    {
+        const QStringList all = rows();
+        return std::none_of(all.begin(), all.end(), [](const QString &r) { return r.endsWith(u' ') || r.endsWith(u"In Progress"_s); });
+    }
+};
+
+} // namespace
+
+TEST(ConversionFrame, EachMakeCommandRunsItsCodecWithItsCommandLine)
+{
+    const struct { std::vector<int> shows; int make; const char *file; const char *target; const char *line; } cases[] = {
+        {{ShowWav}, MakeMp3, "a.wav", "a.mp3", "lame [--preset] [extreme] [--silent] [--priority]"},
+        {{ShowWav}, MakeOgg, "a.wav", "a.ogg", "oggenc2 [--quiet] [--quality] [6]"},
+        {{ShowWav}, MakeMpc, "a.wav", "a.mpc", "mppenc [--overwrite] [--silent] [--insane]"},
+        {{ShowMp3}, MakeWav, "a.mp3", "a.wav", "lame [--decode]"},
+        {{ShowOgg}, MakeWav, "a.ogg", "a.wav", "oggdec"},
+        {{ShowMpc}, MakeWav, "a.mpc", "a.wav", "mppdec"},
+        // The decoder follows the Show filter pressed last.
+        {{ShowMp3, ShowMpc, ShowOgg}, MakeWav, "a.ogg", "a.wav", "oggdec"},
+        // Show Wav disables Make Wav: nothing starts.
+        {{ShowMp3, ShowWav}, MakeWav, "a.wav", nullptr, nullptr},
+    };
+    for (const auto &k : cases) {
+        SCOPED_TRACE(k.line ? k.line : "disabled");
+        Session s({QLatin1String(k.file)});
+        s.start();
+        for (const int show : k.shows)
+            s.toolbar(show)->trigger();
+        s.tick(QLatin1String(k.file));
+        s.toolbar(k.make)->trigger();
+        if (k.target == nullptr) {
+            EXPECT_FALSE(s.frameShown());
+            EXPECT_TRUE(s.logged().isEmpty());
+            continue;
+        }
+        ASSERT_TRUE(s.frameShown());
+        ASSERT_TRUE(s.waitFor([&] { return s.ended(); }));
+        const QString expected = QLatin1String(k.line) + u" ["_s + s.music + QLatin1String(k.file) + u"] ["_s + s.music
+                                 + QLatin1String(k.target) + u']';
+        EXPECT_EQ(s.logged(), QStringList{expected});
+        EXPECT_EQ(s.rows(), QStringList{QLatin1String(k.file) + u" Done"_s});
+        EXPECT_EQ(s.cell(0, EncodeJob::TargetSize), u"4 KB"_s);
+        EXPECT_EQ(s.finishedLine(), u"Finished 1 of 1"_s);
+        EXPECT_EQ(s.beeps, 1);
+        EXPECT_FALSE(s.stop()->isEnabled());
+    }
+}
+
+TEST(ConversionFrame, MakeAllConvertsEveryListedFileOtherwiseOnlyTheTickedOnes)
+{
+    const struct { bool all; QStringList ticked; QStringList jobs; } cases[] = {
+        {false, {u"b.wav"_s}, {u"b.wav"_s}},
+        {false, {u"a.wav"_s, u"c.wav"_s}, {u"a.wav"_s, u"c.wav"_s}},
+        {true, {u"b.wav"_s}, {u"a.wav"_s, u"b.wav"_s, u"c.wav"_s}},
+        {true, {}, {u"a.wav"_s, u"b.wav"_s, u"c.wav"_s}},
+        {false, {}, {}}, // nothing ticked: nothing happens
+    };
+    for (const auto &k : cases) {
+        SCOPED_TRACE(k.jobs.join(u' ').toStdString());
+        Session s({u"a.wav"_s, u"b.wav"_s, u"c.wav"_s});
+        s.start();
+        for (const QString &name : k.ticked)
+            s.tick(name);
+        if (k.all)
+            s.toolbar(MakeAll)->trigger();
+        s.toolbar(MakeMp3)->trigger();
+        EXPECT_EQ(s.frameShown(), !k.jobs.isEmpty());
+        EXPECT_EQ(s.jobs()->model()->rowCount(), k.jobs.size());
+        for (int r = 0; r < k.jobs.size(); ++r)
+            EXPECT_EQ(s.cell(r, 0), k.jobs[r]);
+        if (!k.jobs.isEmpty()) {
+            EXPECT_TRUE(s.waitFor([&] { return s.ended(); }));
+        }
+    }
+}
+
+TEST(ConversionFrame, StopBreaksTheWaitingAtOnceAndTheRunningFinish)
+{
+    Session s({u"slow1.wav"_s, u"slow2.wav"_s, u"slow3.wav"_s, u"slow4.wav"_s, u"slow5.wav"_s});
+    s.start();
+    QAbstractItemModelTester tester(s.jobs()->model(), QAbstractItemModelTester::FailureReportingMode::Fatal);
+    s.toolbar(MakeAll)->trigger();
+    s.toolbar(MakeMp3)->trigger();
+    ASSERT_TRUE(s.waitFor([&] { return s.statusOf(1, u"In Progress"_s); }));
+    // Two slots: two pictures, both running.
+    for (int i = 0; i < 8; ++i)
+        EXPECT_EQ(!s.w(u"imProc_%1"_s.arg(i))->isHidden(), i < 2) << i;
+    EXPECT_EQ(s.w<QLabel>(u"imProc_0"_s)->property("activity").toString(), u"running"_s);
+    s.stop()->click();
+    EXPECT_EQ(s.rows(), (QStringList{u"slow1.wav In Progress"_s, u"slow2.wav In Progress"_s, u"slow3.wav Break"_s,
+                                     u"slow4.wav Break"_s, u"slow5.wav Break"_s}));
+    EXPECT_TRUE(s.bold(2));
+    EXPECT_FALSE(s.bold(0));
+    EXPECT_FALSE(s.stop()->isEnabled());
+    EXPECT_FALSE(s.close()->isEnabled());
+    ASSERT_TRUE(s.waitFor([&] { return s.ended(); }));
+    EXPECT_EQ(s.rows().mid(0, 2), (QStringList{u"slow1.wav Done"_s, u"slow2.wav Done"_s}));
+    EXPECT_EQ(s.finishedLine(), u"Finished 2 of 5"_s);
+    EXPECT_EQ(s.logged().size(), 2);
+    EXPECT_EQ(s.beeps, 1);
+    EXPECT_EQ(s.w<QLabel>(u"imProc_0"_s)->property("activity").toString(), u"idle"_s);
+}
+
+TEST(ConversionFrame, CloseIsRefusedWhileTheFrameShowsAndCloseRefreshesTheFreeSpace)
+{
+    Session s({u"slow1.wav"_s, u"slow2.wav"_s, u"slow3.wav"_s});
+    s.start();
+    s.toolbar(MakeAll)->trigger();
+    s.toolbar(MakeMp3)->trigger();
+    EXPECT_FALSE(s.window->close()); // during the run
+    EXPECT_TRUE(s.window->isVisible());
+    ASSERT_TRUE(s.waitFor([&] { return s.ended(); }));
+    // The last completed row is the current one, in view.
+    EXPECT_EQ(s.jobs()->currentIndex().row(), 2);
+    EXPECT_FALSE(s.window->close()); // after it, until Close
+    // A second Make while the results show starts nothing.
+    s.toolbar(MakeOgg)->trigger();
+    EXPECT_EQ(s.logged().size(), 3);
+
+    const QString freeBefore = s.c->ui().status.panel(2);
+    s.close()->click();
+    EXPECT_NE(s.c->ui().status.panel(2), freeBefore);
+    EXPECT_FALSE(s.frameShown());
+    EXPECT_TRUE(s.window->close());
+}
+
+// Codecs that fail in every way leave the window responsive, the sources as they were, and rows
+// that tell why.
+TEST(ConversionFrame, FailedJobsTellWhyInTheirTooltipAndTheDetailsPane)
+{
+    const QStringList names{u"crash.wav"_s, u"empty.wav"_s, u"fail.wav"_s, u"flood.wav"_s, u"ok.wav"_s};
+    Session s(names);
+    const QByteArray source = [&] {
+        QFile f(s.music + u"fail.wav"_s);
+        f.open(QIODevice::ReadOnly);
+        return f.readAll();
+    }();
+    s.start();
+    s.toolbar(MakeAll)->trigger();
+    s.toolbar(MakeMp3)->trigger();
+    // Error rows keep a run ticking for ever, as they always have; the rows are what counts.
+    ASSERT_TRUE(s.waitFor([&] { return s.settled(); }));
+    EXPECT_EQ(s.rows(), (QStringList{u"crash.wav Error"_s, u"empty.wav Error"_s, u"fail.wav Error"_s,
+                                     u"flood.wav Done"_s, u"ok.wav Done"_s}));
+    const struct { int row; QString contains; bool warning; } tips[] = {
+        {0, u"signal 11"_s, false},
+        {1, u"empty target"_s, false},
+        {2, u"exit status 1\ncannot read "_s + s.music + u"fail.wav"_s, false},
+        {3, u"exit status 2"_s, true},
+        {4, QString(), false},
+    };
+    for (const auto &t : tips) {
+        const QString tip = s.cell(t.row, 0, Qt::ToolTipRole);
+        EXPECT_TRUE(t.contains.isEmpty() ? tip.isEmpty() : tip.contains(t.contains)) << t.row << ' ' << tip.left(200).toStdString();
+        EXPECT_EQ(s.jobs()->model()->index(t.row, 0).data(Qt::DecorationRole).isValid(), t.warning) << t.row;
+    }
+    // Megabytes of error output leave only their end.
+    EXPECT_TRUE(s.cell(3, 0, Qt::ToolTipRole).endsWith(u"last words"_s));
+    for (const QString &line : s.cell(3, 0, Qt::ToolTipRole).split(u'\n'))
+        EXPECT_LE(line.size(), 161);
+
+    auto *pane = s.w<QPlainTextEdit>(u"txtDetails"_s);
+    EXPECT_TRUE(pane->isHidden());
+    s.jobs()->setFocus();
+    s.jobs()->setCurrentIndex(s.jobs()->model()->index(2, 0));
+    QTest::keyClick(s.jobs(), Qt::Key_Return);
+    EXPECT_FALSE(pane->isHidden());
+    EXPECT_EQ(pane->toPlainText(), u"fail.wav: Error\nno target written\nexit status 1\ncannot read "_s + s.music + u"fail.wav"_s);
+    // A row that did not fail closes the pane.
+    s.jobs()->setCurrentIndex(s.jobs()->model()->index(4, 0));
+    QTest::keyClick(s.jobs(), Qt::Key_Return);
+    EXPECT_TRUE(pane->isHidden());
+
+    QFile f(s.music + u"fail.wav"_s);
+    f.open(QIODevice::ReadOnly);
+    EXPECT_EQ(f.readAll(), source);
+}
+
+TEST(ConversionFrame, AbortThisJobKillsAHungCodecAndEndsTheRun)
+{
+    Session s({u"hang.wav"_s, u"ok.wav"_s});
+    s.start();
+    s.toolbar(MakeAll)->trigger();
+    s.toolbar(MakeMp3)->trigger();
+    ASSERT_TRUE(s.waitFor([&] { return s.statusOf(1, u"Done"_s) && QFile::exists(s.music + u"hang.mp3"_s); }));
+    EXPECT_TRUE(s.statusOf(0, u"In Progress"_s));
+    EXPECT_FALSE(s.close()->isEnabled());
+
+    // The running row's context menu offers the abort; a finished row's offers nothing.
+    const auto menuAt = [&](int row) {
+        QStringList offered;
+        QTimer::singleShot(50, [&] {
+            if (QWidget *popup = QApplication::activePopupWidget()) {
+                for (QAction *a : popup->actions())
+                    offered.append(a->text());
+                popup->close();
+            }
+        });
+        const QPoint at = s.jobs()->visualRect(s.jobs()->model()->index(row, 0)).center();
+        Q_EMIT s.jobs()->customContextMenuRequested(at);
+        QTest::qWait(100);
+        return offered;
+    };
+    EXPECT_EQ(menuAt(0), QStringList{u"Abort this job"_s});
+    EXPECT_EQ(menuAt(1), QStringList());
+
+    // Delete on a row that is not running does nothing.
+    s.jobs()->setFocus();
+    s.jobs()->setCurrentIndex(s.jobs()->model()->index(1, 0));
+    QTest::keyClick(s.jobs(), Qt::Key_Delete);
+    EXPECT_TRUE(s.statusOf(0, u"In Progress"_s));
+
+    s.jobs()->setCurrentIndex(s.jobs()->model()->index(0, 0));
+    QTest::keyClick(s.jobs(), Qt::Key_Delete);
+    EXPECT_TRUE(s.statusOf(0, u"Error"_s));
+    EXPECT_TRUE(s.bold(0));
+    EXPECT_TRUE(s.cell(0, 0, Qt::ToolTipRole).startsWith(u"aborted\nsignal 9"_s));
+    EXPECT_FALSE(QFile::exists(s.music + u"hang.mp3"_s));
+    EXPECT_TRUE(QFile::exists(s.music + u"hang.wav"_s));
+    EXPECT_FALSE(s.rows().join(u'|').contains(u"In Progress"_s));
+    EXPECT_TRUE(s.close()->isEnabled());
+    EXPECT_EQ(s.beeps, 1);
+}
+
+TEST(ConversionFrame, AListedFolderRemovedDuringARunGivesErrorRows)
+{
+    Session s({u"slow1.wav"_s, u"slow2.wav"_s, u"slow3.wav"_s, u"slow4.wav"_s});
+    s.start();
+    s.toolbar(MakeAll)->trigger();
+    s.toolbar(MakeMp3)->trigger();
+    ASSERT_TRUE(s.waitFor([&] { return s.statusOf(0, u"In Progress"_s); }));
+    QDir(s.music).removeRecursively();
+    ASSERT_TRUE(s.waitFor([&] { return s.settled(); }));
+    EXPECT_EQ(s.rows(), (QStringList{u"slow1.wav Error"_s, u"slow2.wav Error"_s, u"slow3.wav Error"_s,
+                                     u"slow4.wav Error"_s}));
+    // The window still answers.
+    bool answered = false;
+    QTimer::singleShot(0, [&] { answered = true; });
+    EXPECT_TRUE(s.waitFor([&] { return answered; }, 1000));
+}
+
+// x.wav and x.WAV would both make x.mp3: the later one is left out, and the pane says so.
+TEST(ConversionFrame, SourcesLeftOutForASharedTargetAreShownInThePane)
+{
+    Session s({u"x.wav"_s, u"x.WAV"_s});
+    s.start();
+    s.toolbar(MakeAll)->trigger();
+    s.toolbar(MakeMp3)->trigger();
+    ASSERT_EQ(s.jobs()->model()->rowCount(), 1);
+    auto *pane = s.w<QPlainTextEdit>(u"txtDetails"_s);
+    EXPECT_FALSE(pane->isHidden());
+    const QString kept = s.cell(0, 0);
+    const QString left = kept == u"x.wav"_s ? u"x.WAV"_s : u"x.wav"_s;
+    EXPECT_EQ(pane->toPlainText(), u"%1 left out: its target x.mp3 is made from %2 in this run"_s.arg(left, kept));
+    EXPECT_TRUE(s.waitFor([&] { return s.ended(); }));
+}
