@@ -51,8 +51,8 @@ if [ "$(id -u)" -eq 0 ]; then
 fi
 mkdir -p "$work/home" "$work/Music/Evening Concert"
 music="$work/Music/Evening Concert"
-for spec in "Overture:220:4" "Allegro:330:3" "Adagio:262:5"; do
-    IFS=: read -r name freq secs <<<"$spec"
+for track in "Overture:220:4" "Allegro:330:3" "Adagio:262:5"; do
+    IFS=: read -r name freq secs <<<"$track"
     sox -q -n -r 44100 -c 2 -b 16 "$music/$name.wav" synth "$secs" sine "$freq" vol 0.4
 done
 [ ${#user[@]} -eq 0 ] || chown -R 65534:65534 "$work"

@@ -18,8 +18,8 @@ mkdir -p "$work/prog" "$work/Music/Evening Concert"
 cp "$build/bin/kestrelvane" "$work/prog/"
 cp -r "$build/bin/codec" "$build/bin/help" "$work/prog/"
 i=1
-for spec in "Overture:220:9" "Allegro:330:7" "Adagio:262:12" "Minuet:294:6" "Rondo:392:8" "Finale:440:10"; do
-    IFS=: read -r name freq secs <<<"$spec"
+for track in "Overture:220:9" "Allegro:330:7" "Adagio:262:12" "Minuet:294:6" "Rondo:392:8" "Finale:440:10"; do
+    IFS=: read -r name freq secs <<<"$track"
     sox -q -n -r 44100 -c 2 -b 16 "$work/t.wav" synth "$secs" sine "$freq" sine "$((freq * 3 / 2))" vol 0.4
     lame --quiet -V "$((i % 4 + 1))" "$work/t.wav" "$work/Music/Evening Concert/0$i $name.mp3"
     i=$((i + 1))
