@@ -146,6 +146,9 @@ int main(int argc, char **argv)
 
     window.findChild<QAction *>(QStringLiteral("tbMain_6"))->trigger(); // every row counts
     c.controls().setMp3Mode(1);
+    // The toggle and the mode switch show other controls: their first layout and paint are not
+    // an option change's.
+    settle(&window);
     auto *slider = window.findChild<QSlider *>(QStringLiteral("sliAbr"));
     std::vector<double> changes;
     double first = 0;

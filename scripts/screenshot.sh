@@ -72,7 +72,11 @@ if [ "$language" = en ] && [ "$out" = "$root/docs/screenshot.png" ]; then
 #!/usr/bin/env bash
 set -e
 export LANG=C.UTF-8 LC_ALL=C.UTF-8
-"$work/prog/kestrelvane" "$work/Music/Recordings" &
+music="$work/Music"
+if [ -n "${private[*]}" ] && mount -t tmpfs -o size=48g,mode=755 music /home 2>/dev/null; then
+    mkdir -p /home/user && cp -r "$work/Music" /home/user/Music && music=/home/user/Music
+fi
+"$work/prog/kestrelvane" "\$music/Recordings" &
 pid=\$!
 win=\$(xdotool search --sync --name '^Kestrelvane\$' | head -1)
 xdotool windowmove "\$win" 0 0 windowsize "\$win" $width $height
@@ -81,14 +85,15 @@ xdotool windowactivate --sync "\$win" 2>/dev/null || xdotool windowfocus --sync 
 xdotool key --window "\$win" ctrl+shift+a ctrl+shift+m
 # A target more than there are slots: the first file is done and the next one started.
 slots=\$(nproc); [ "\$slots" -gt 8 ] && slots=8
-until [ "\$(ls "$work/Music/Recordings/" | grep -c '\\.mp3\$')" -gt "\$slots" ]; do sleep 0.2; done
+until [ "\$(ls "\$music/Recordings/" | grep -c '\\.mp3\$')" -gt "\$slots" ]; do sleep 0.2; done
 sleep 0.3
 import -window root -crop ${width}x${height}+0+0 +repage "$out"
 # The window cannot be closed during a run: it and the codecs it started are ended here.
-codecs=\$(pgrep -P "\$pid" || true)
-kill \$pid \$codecs 2>/dev/null || true
+# Each codec runs in a process group of its own, named by its pid.
+for c in \$(pgrep -P "\$pid" || true); do kill -- -"\$c" 2>/dev/null || true; done
+kill \$pid 2>/dev/null || true
 INNER
     chmod +x "$work/convert.sh"
-    xvfb-run -a -s "-screen 0 ${width}x${height}x24" "$work/convert.sh"
+    xvfb-run -a -s "-screen 0 ${width}x${height}x24" "${private[@]}" "$work/convert.sh"
 fi
 echo "$out"
