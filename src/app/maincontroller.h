@@ -142,8 +142,9 @@ public:
     void stopClicked();
     // cmbEncode_1: the free space again, and the frame hidden.
     void closeClicked();
-    // tmrEncode every 100 ms, and at once when a codec ended.
-    void encodeTick();
+    // tmrEncode every 100 ms, and at once when a codec ended (codecEnded: the wake-up, which
+    // refills the slots at once but leaves the drawing to the next timer tick unless the run ended).
+    void encodeTick(bool codecEnded = false);
     // "Abort this job" on row (0-based) of lstCode.
     bool abortJob(int row);
     // Called after anything the conversion frame shows changed.

@@ -97,7 +97,7 @@ ConversionFrame::ConversionFrame(MainController &controller, QWidget *parent) : 
     tmrEncode->setObjectName(QStringLiteral("tmrEncode"));
     tmrEncode->setInterval(100);
     connect(tmrEncode, &QTimer::timeout, this, [this] { m_c.encodeTick(); });
-    watchRunWakeups(this, m_c.wakeups(), [this] { m_c.encodeTick(); });
+    watchRunWakeups(this, m_c.wakeups(), [this] { m_c.encodeTick(true); });
 
     m_c.runChanged = [this] { showRun(); };
     hide();
