@@ -165,25 +165,6 @@ TEST(ConversionRun, FourSlotsRunTenJobsAndEndWithOneBeep)
     EXPECT_TRUE(rig.run.idle());
 }
 
-TEST(ConversionRun, StopBreaksTheWaitingAndLetsTheRunningFinish)
-{
-    Rig rig;
-    rig.begin(10, 4);
-    rig.run.stop();
-    EXPECT_EQ(rig.statuses(), u"IIIIbbbbbb"_s);
-    EXPECT_EQ(rig.run.state().jobCount, 4);
-    EXPECT_EQ(rig.frame(), u"Finished 0 of 10: frame timer"_s);
-
-    for (int row = 1; row <= 3; ++row)
-        rig.finish(row, 2048);
-    rig.run.tick();
-    EXPECT_EQ(rig.frame(), u"Finished 3 of 10: frame timer"_s); // no remaining time: only the running were left
-    rig.finish(4, 2048);
-    rig.run.tick();
-    EXPECT_EQ(rig.frame(), u"Finished 4 of 10: frame close beep"_s);
-    EXPECT_EQ(rig.commandLines.size(), 4u);
-}
-
 // Ctrl-C, a job finishes, Ctrl-C again: only what still runs is killed and loses its target.
 TEST(ConversionRun, HardStopKillsOnlyTheRunningAndKeepsFinishedTargets)
 {
@@ -393,17 +374,29 @@ TEST(ConversionRun, AbortKillsOneRunningJobDeletesItsTargetAndLetsTheRunEnd)
     EXPECT_EQ(rig.statuses(), u"eDe"_s);
 }
 
+// Stop breaks the waiting jobs and lets the running finish; the run ends with the last of them,
+// whether it completes or is aborted.
 TEST(ConversionRun, AbortAfterStopEndsTheRunWhenTheLastRunningJobGoes)
 {
-    Rig rig;
-    rig.begin(4, 2);
-    rig.run.stop();
-    rig.finish(1, 2048);
-    rig.run.tick();
-    EXPECT_EQ(rig.frame(), u"Finished 1 of 4: frame timer"_s);
-    EXPECT_TRUE(rig.run.abortJob(1));
-    EXPECT_EQ(rig.statuses(), u"Debb"_s);
-    EXPECT_EQ(rig.frame(), u"Finished 1 of 4: frame close beep"_s);
+    for (const bool abort : {false, true}) {
+        Rig rig;
+        rig.begin(4, 2);
+        rig.run.stop();
+        EXPECT_EQ(rig.statuses(), u"IIbb"_s);
+        EXPECT_EQ(rig.run.state().jobCount, 2);
+        rig.finish(1, 2048);
+        rig.run.tick();
+        EXPECT_EQ(rig.frame(), u"Finished 1 of 4: frame timer"_s); // no remaining time: only the running were left
+        if (abort) {
+            EXPECT_TRUE(rig.run.abortJob(1));
+        } else {
+            rig.finish(2, 2048);
+            rig.run.tick();
+        }
+        EXPECT_EQ(rig.statuses(), abort ? u"Debb"_s : u"DDbb"_s);
+        EXPECT_EQ(rig.frame(), u"Finished %1 of 4: frame close beep"_s.arg(abort ? 1 : 2));
+        EXPECT_EQ(rig.commandLines.size(), 2u);
+    }
 }
 
 // The interface language switched in the middle of a run: the run still knows its running rows,

@@ -4,12 +4,12 @@
 #include <random>
 
 #include <QFile>
+#include <QtEndian>
 #include <QProcess>
 #include <QTemporaryDir>
 
 #include "common/rounding.h"
 #include "common/texts.h"
-#include "media/headerbytes.h"
 #include "media/readers.h"
 #include "platform/posix/posixfiles.h"
 #include "support/qtprinters.h"
@@ -181,7 +181,6 @@ TEST(Readers, PatchedHeaders)
         {Wav, put(wav(2, 44100), 20, 3, 2), 44, std::nullopt}, // IEEE float
         // The whole 44-byte header must be there: one byte short is no row, however valid its start.
         {Wav, wav(2, 44100).left(43), -1, std::nullopt},
-        {Wav, wav(2, 44100).left(24), -1, std::nullopt},
         {Wav, wav(1, 8000), -1, row({"a", "0", "0:00:00", "128", "8000", "Mono"})},
         // No 1.024 factor: 1024 KB * 8 / 128 = 64 s.
         {Ogg, ogg(128000), 1'048'576, row({"a", "1024", "0:01:04", "~128", "48000", "2"})},
@@ -216,7 +215,6 @@ TEST(Readers, PatchedHeaders)
         {Mpc, "MPCK" + packet("EI", QByteArray(65'532 - 5, '\0')) + streamHeader(441'000), 1024, row({"a", "1"})},
         {Mpc, QByteArrayLiteral("MPCK"), 4096, row({"a", "4"})},
         {Mpc, "MPCK" + packet("RG", QByteArray(10, '\0')), 4096, row({"a", "4"})}, // no stream header
-        {Mpc, mpck(streamHeader(441'000)).replace(5, 1, "h"), 4096, row({"a", "4"})},
         {Mpc, mpck(streamHeader(441'000)).replace(4, 1, "1"), 4096, row({"a", "4"})},
         {Mpc, mpck(streamHeader(441'000)).replace(6, 1, "\x02"), 4096, row({"a", "4"})}, // smaller than key and size
         {Mpc, mpck(streamHeader(441'000)).replace(6, 1, "\x00"), 4096, row({"a", "4"})},
@@ -224,7 +222,6 @@ TEST(Readers, PatchedHeaders)
         {Mpc, mpck(streamHeader(441'000)).replace(6, 1, "\x0C"), 4096, row({"a", "4"})}, // shorter than its fields
         {Mpc, mpck(streamHeader(441'000, 0, 0x00, 0x10, 7)), 4096, row({"a", "4"})},
         {Mpc, mpck(streamHeader(441'000, 0, 0x80)), 4096, row({"a", "4"})}, // rate index 4
-        {Mpc, mpck(streamHeader(441'000, 0, 0xE0)), 4096, row({"a", "4"})}, // rate index 7
         {Mpc, mpck(streamHeader(0)), 4096, row({"a", "4"})},
         {Mpc, mpck(streamHeader(44'100, 44'100)), 4096, row({"a", "4"})},
         {Mpc, mpck(streamHeader(44'100, 44'101)), 4096, row({"a", "4"})},
@@ -295,13 +292,9 @@ TEST(Readers, MusepackRowsAgreeWithTheDecoder)
         ASSERT_TRUE(file.open(QIODevice::ReadOnly));
         const QByteArray wavHeader = file.read(44);
         ASSERT_EQ(wavHeader.mid(36, 4), "data");
-        const auto field = [&](int at, int width) {
-            std::uint32_t v = 0;
-            for (int i = width - 1; i >= 0; --i)
-                v = (v << 8) | static_cast<std::uint8_t>(wavHeader.at(at + i));
-            return v;
-        };
-        const std::uint32_t channels = field(22, 2), rate = field(24, 4), blockAlign = field(32, 2);
+        const auto field = [&](int at) { return qFromLittleEndian<std::uint16_t>(wavHeader.constData() + at); };
+        const std::uint32_t channels = field(22), rate = qFromLittleEndian<std::uint32_t>(wavHeader.constData() + 24),
+                            blockAlign = field(32);
         const double samples = static_cast<double>(file.size() - 44) / blockAlign;
         const auto info = readMediaInfo(Mpc, dataDir("mpc"), QLatin1String(name), files);
         ASSERT_TRUE(info) << name;
@@ -309,14 +302,6 @@ TEST(Readers, MusepackRowsAgreeWithTheDecoder)
         EXPECT_EQ((*info)[MediaInfo::Channel], QString::number(channels)) << name;
         EXPECT_EQ((*info)[MediaInfo::Duration], durationText(static_cast<std::int32_t>(roundHalfEven(samples / rate)))) << name;
     }
-}
-
-// Against the text itself: hexadecimal without a leading zero, a missing second digit read as 0.
-TEST(HeaderBytes, HexTextValueOfEveryByte)
-{
-    for (int b = 0; b < 256; ++b)
-        EXPECT_EQ(hexTextValue(static_cast<std::uint8_t>(b)),
-                  QString::number(b, 16).leftJustified(2, QLatin1Char('0')).toInt(nullptr, 16)) << b;
 }
 
 TEST(Readers, GarbageAndTruncatedFilesNeverCrashOrHang)

@@ -1,8 +1,9 @@
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <cstdlib>
 #include <ctime>
+#include <fstream>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -31,35 +32,26 @@ QByteArray tempPath(const QTemporaryDir &dir)
     return path;
 }
 
-// Through stdio, so that a name with any bytes is reached as it is.
+// Through the C++ streams, so that a name with any bytes is reached as it is.
 void write(const QByteArray &path, const QByteArray &data)
 {
-    FILE *file = std::fopen(path.constData(), "wb");
-    ASSERT_TRUE(file) << path.constData();
-    std::fwrite(data.constData(), 1, static_cast<size_t>(data.size()), file);
-    std::fclose(file);
+    std::ofstream(path.constData(), std::ios::binary) << data.toStdString();
 }
 
 std::string read(const QByteArray &path)
 {
-    QFile f;
-    FILE *file = std::fopen(path.constData(), "rb");
-    if (!file || !f.open(file, QIODevice::ReadOnly, QFileDevice::AutoCloseHandle))
-        return "<missing>";
-    return f.readAll().toStdString();
+    std::ifstream file(path.constData(), std::ios::binary);
+    return file ? std::string(std::istreambuf_iterator<char>(file), {}) : "<missing>";
 }
 
-bool exists(const QByteArray &path)
+// The permission bits, -1 for nothing there.
+int modeOf(const QByteArray &path)
 {
     struct stat st {};
-    return ::lstat(path.constData(), &st) == 0;
+    return ::lstat(path.constData(), &st) == 0 ? int(st.st_mode & 07777) : -1;
 }
 
-mode_t modeOf(const QByteArray &path)
-{
-    struct stat st {};
-    return ::lstat(path.constData(), &st) == 0 ? st.st_mode & 07777 : 0;
-}
+bool exists(const QByteArray &path) { return modeOf(path) >= 0; }
 
 // The record's lines, with the deletion date checked against the time of the move and cut off.
 // The times come from time(), the clock the record is made from, so whole seconds compare.
@@ -119,8 +111,8 @@ TEST(DesktopTrash, HomeTrashTakesTheFileWithItsRecordUnderAFreeName)
         leftForQt.push_back(*moved);
         leftForQt.push_back(info);
     }
-    EXPECT_EQ(modeOf(root + "/data"), 0700u);
-    EXPECT_EQ(modeOf(home), 0700u);
+    EXPECT_EQ(modeOf(root + "/data"), 0700);
+    EXPECT_EQ(modeOf(home), 0700);
 
     // A file left in files/ without its record still holds someone's data: rename() would replace it.
     write(home + "/files/take.wav", "orphan");
@@ -167,7 +159,7 @@ TEST(DesktopTrash, AVolumeTrashIsASharedStickyFolderOrOurOwn)
         const QByteArray expected = c.trash ? top + '/' + c.trash + uid : "<none>";
         EXPECT_EQ(trash.value_or("<none>").toStdString(), expected.toStdString()) << c.what;
         if (c.trash) {
-            EXPECT_EQ(modeOf(expected), 0700u) << c.what;
+            EXPECT_EQ(modeOf(expected), 0700) << c.what;
         }
     }
 }
