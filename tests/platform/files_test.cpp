@@ -5,31 +5,16 @@
 #include <QTemporaryDir>
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include "platform/nativenames.h"
 #include "platform/posix/posixfiles.h"
+#include "support/bytefiles.h"
 #include "support/qtprinters.h"
 #include "support/unprivileged.h"
 
 using namespace kv;
 using namespace Qt::StringLiterals;
-
-namespace {
-
-void write(const QString &path, const QByteArray &data)
-{
-    QFile f(path);
-    ASSERT_TRUE(f.open(QIODevice::WriteOnly));
-    f.write(data);
-}
-
-QByteArray bytes(const QString &path)
-{
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-}
-
-} // namespace
 
 // The home trash comes from XDG_DATA_HOME, else from HOME even when ~/.local/share is missing;
 // a name that is not valid UTF-8 reaches it with its bytes rather than being deleted.
@@ -73,33 +58,34 @@ TEST(PosixFiles, ReplacedTargetsGoToTheTrashNotAway)
 TEST(PosixFiles, DeletionRefusedByTheFolderIsAccessDenied)
 {
     QTemporaryDir dir;
-    const QString folder = dir.filePath(u"ro"_s);
-    ASSERT_TRUE(QDir().mkdir(folder));
-    const QString target = folder + u"/old.mp3"_s;
-    write(target, "old");
-    ::chmod(QFile::encodeName(dir.path()).constData(), 0755);
-    ::chmod(QFile::encodeName(folder).constData(), 0555);
+    const QByteArray folder = bytePath(dir) + "/ro";
+    ASSERT_EQ(::mkdir(folder, 0755), 0);
+    writeFile(folder + "/old.mp3", "old");
+    ::chmod(bytePath(dir), 0755);
+    ::chmod(folder, 0555);
+    const QString target = QFile::decodeName(folder + "/old.mp3");
     for (const bool trash : {false, true}) {
         const int result = asUnprivileged([&] {
             PosixFiles files;
             return static_cast<int>(trash ? files.moveToTrash(target) : files.remove(target));
         });
         EXPECT_EQ(result, static_cast<int>(RemoveResult::AccessDenied)) << trash;
-        EXPECT_EQ(bytes(target), "old") << trash;
+        EXPECT_EQ(readFile(folder + "/old.mp3"), "old") << trash;
     }
-    ::chmod(QFile::encodeName(folder).constData(), 0755);
+    ::chmod(folder, 0755);
 }
 
 TEST(PosixFiles, ExecutableMeansAFileThatMayBeStarted)
 {
     QTemporaryDir dir;
-    write(dir.filePath(u"run"_s), "#!/bin/sh\n");
-    write(dir.filePath(u"plain"_s), "#!/bin/sh\n");
-    ::chmod(QFile::encodeName(dir.filePath(u"run"_s)).constData(), 0755);
-    ::chmod(QFile::encodeName(dir.filePath(u"plain"_s)).constData(), 0644);
-    QFile::link(dir.filePath(u"run"_s), dir.filePath(u"link"_s));
-    QFile::link(dir.filePath(u"none"_s), dir.filePath(u"dangling"_s));
-    QDir().mkdir(dir.filePath(u"folder"_s));
+    const QByteArray root = bytePath(dir) + '/';
+    writeFile(root + "run", "#!/bin/sh\n");
+    writeFile(root + "plain", "#!/bin/sh\n");
+    ::chmod(root + "run", 0755);
+    ::chmod(root + "plain", 0644);
+    ::symlink("run", root + "link");
+    ::symlink("none", root + "dangling");
+    ::mkdir(root + "folder", 0755);
     const struct { const char *name; bool executable; } cases[] = {
         {"run", true}, {"link", true}, {"plain", false}, {"dangling", false}, {"none", false}, {"folder", false},
     };
@@ -113,11 +99,9 @@ TEST(PosixFiles, ExecutableMeansAFileThatMayBeStarted)
 TEST(DescribeUnreadable, AFileWeMayNotReadIsNotMissing)
 {
     QTemporaryDir dir;
-    write(dir.filePath(u"file"_s), "x");
-    ::chmod(QFile::encodeName(dir.path()).constData(), 0755);
-    ::chmod(QFile::encodeName(dir.filePath(u"file"_s)).constData(), 0000);
-    EXPECT_EQ(asUnprivileged([&] {
-                  return describeUnreadable(dir.filePath(u"file"_s)) == u"not readable: Permission denied"_s ? 0 : 1;
-              }),
-              0);
+    const QByteArray file = bytePath(dir) + "/file";
+    writeFile(file, "x");
+    ::chmod(bytePath(dir), 0755);
+    ::chmod(file, 0000);
+    EXPECT_EQ(asUnprivileged([&] { return describeUnreadable(QFile::decodeName(file)) == u"not readable: Permission denied"_s ? 0 : 1; }), 0);
 }

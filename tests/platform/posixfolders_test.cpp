@@ -4,7 +4,6 @@
 #include <QProcess>
 #include <QTemporaryDir>
 
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -12,21 +11,12 @@
 #include "platform/posix/posixfiles.h"
 #include "platform/posix/posixfolders.h"
 #include "platform/posix/posixpaths.h"
+#include "support/bytefiles.h"
 #include "support/qtprinters.h"
 
 using namespace kv;
 
 namespace {
-
-// Names are made with the system calls themselves, byte for byte, so the code under test is
-// not what puts them there.
-void makeFile(const QByteArray &path, const QByteArray &content = "data")
-{
-    const int fd = ::open(path.constData(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-    ASSERT_GE(fd, 0) << path.constData();
-    ASSERT_EQ(::write(fd, content.constData(), static_cast<size_t>(content.size())), content.size());
-    ::close(fd);
-}
 
 // QTemporaryDir cannot remove names that are not UTF-8.
 void removeTree(const QTemporaryDir &dir)
@@ -50,7 +40,7 @@ protected:
 TEST_F(PosixFoldersTest, ListsPlainVisibleFilesAndLinksToThem)
 {
     for (const char *name : {"b.wav", "A.WAV", ".hidden.wav", "notes.txt", "Ca.wav"})
-        makeFile(root() + name);
+        writeFile(root() + name, "data");
     ASSERT_EQ(::mkdir(root() + "folder.wav", 0755), 0);
     ASSERT_EQ(::mkdir(root() + ".git", 0755), 0);
     ASSERT_EQ(::symlink("b.wav", root() + "link.wav"), 0);
@@ -73,7 +63,7 @@ TEST_F(PosixFoldersTest, NamesThatAreNotUtf8ListAndReachTheirFiles)
     ASSERT_EQ(::mkdir(folderBytes, 0755), 0);
     const QByteArray names[] = {"\xCF\xE5\xF1\xED\xFF.wav", "caf\xE9.wav"};
     for (const QByteArray &n : names)
-        makeFile(folderBytes + '/' + n, n);
+        writeFile(folderBytes + '/' + n, n);
 
     const QString folder = nameFromBytes(folderBytes);
     EXPECT_EQ(folders.listFolders(dir.path()), QStringList{nameFromBytes(folderBytes.mid(root().size()))});

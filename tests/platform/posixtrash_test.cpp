@@ -1,9 +1,6 @@
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <ctime>
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <vector>
 
@@ -16,33 +13,13 @@
 #include <unistd.h>
 
 #include "platform/posix/posixtrash.h"
+#include "support/bytefiles.h"
 #include "support/qtprinters.h"
 #include "support/unprivileged.h"
 
 using namespace kv;
 
 namespace {
-
-// Byte paths throughout: the names under test need not be valid UTF-8.
-QByteArray tempPath(const QTemporaryDir &dir)
-{
-    char *real = ::realpath(QFile::encodeName(dir.path()).constData(), nullptr);
-    const QByteArray path(real ? real : "");
-    std::free(real);
-    return path;
-}
-
-// Through the C++ streams, so that a name with any bytes is reached as it is.
-void write(const QByteArray &path, const QByteArray &data)
-{
-    std::ofstream(path.constData(), std::ios::binary) << data.toStdString();
-}
-
-std::string read(const QByteArray &path)
-{
-    std::ifstream file(path.constData(), std::ios::binary);
-    return file ? std::string(std::istreambuf_iterator<char>(file), {}) : "<missing>";
-}
 
 // The permission bits, -1 for nothing there.
 int modeOf(const QByteArray &path)
@@ -57,7 +34,7 @@ bool exists(const QByteArray &path) { return modeOf(path) >= 0; }
 // The times come from time(), the clock the record is made from, so whole seconds compare.
 std::string recordWithoutDate(const QByteArray &infoPath, std::time_t before, std::time_t after)
 {
-    const std::string text = read(infoPath);
+    const std::string text = readFile(infoPath);
     const std::string key = "\nDeletionDate=";
     const size_t at = text.find(key);
     if (at == std::string::npos)
@@ -75,7 +52,7 @@ std::string recordWithoutDate(const QByteArray &infoPath, std::time_t before, st
 TEST(DesktopTrash, HomeTrashTakesTheFileWithItsRecordUnderAFreeName)
 {
     QTemporaryDir dir;
-    const QByteArray root = tempPath(dir);
+    const QByteArray root = bytePath(dir);
     const QByteArray home = root + "/data/Trash"; // missing, parents included
     const QByteArray longName = QByteArray(246, 'x') + ".wav";
     std::vector<QByteArray> leftForQt; // QTemporaryDir cannot remove names that are not UTF-8
@@ -95,7 +72,7 @@ TEST(DesktopTrash, HomeTrashTakesTheFileWithItsRecordUnderAFreeName)
     };
     for (const auto &c : cases) {
         const QByteArray file = root + '/' + c.name;
-        write(file, "content of " + c.trashName);
+        writeFile(file, "content of " + c.trashName);
         const std::time_t before = std::time(nullptr);
         const std::optional<QByteArray> moved = moveToDesktopTrash(file, home);
         const std::time_t after = std::time(nullptr);
@@ -103,7 +80,7 @@ TEST(DesktopTrash, HomeTrashTakesTheFileWithItsRecordUnderAFreeName)
         ASSERT_TRUE(moved.has_value()) << what;
         EXPECT_EQ(moved->toStdString(), (home + "/files/" + c.trashName).toStdString());
         EXPECT_FALSE(exists(file)) << what;
-        EXPECT_EQ(read(*moved), "content of " + what);
+        EXPECT_EQ(readFile(*moved), "content of " + what);
         const QByteArray info = home + "/info/" + c.trashName + ".trashinfo";
         EXPECT_EQ(recordWithoutDate(info, before, after),
                   "[Trash Info]\nPath=" + root.toStdString() + '/' + c.encodedName.toStdString() + '\n')
@@ -115,11 +92,11 @@ TEST(DesktopTrash, HomeTrashTakesTheFileWithItsRecordUnderAFreeName)
     EXPECT_EQ(modeOf(home), 0700);
 
     // A file left in files/ without its record still holds someone's data: rename() would replace it.
-    write(home + "/files/take.wav", "orphan");
-    write(root + "/take.wav", "new");
+    writeFile(home + "/files/take.wav", "orphan");
+    writeFile(root + "/take.wav", "new");
     EXPECT_EQ(moveToDesktopTrash(root + "/take.wav", home).value_or("").toStdString(),
               (home + "/files/take.2.wav").toStdString());
-    EXPECT_EQ(read(home + "/files/take.wav"), "orphan");
+    EXPECT_EQ(readFile(home + "/files/take.wav"), "orphan");
     EXPECT_FALSE(exists(home + "/info/take.wav.trashinfo"));
     for (const QByteArray &path : leftForQt)
         ::unlink(path.constData());
@@ -143,7 +120,7 @@ TEST(DesktopTrash, AVolumeTrashIsASharedStickyFolderOrOurOwn)
     };
     for (const auto &c : cases) {
         QTemporaryDir dir;
-        const QByteArray top = tempPath(dir);
+        const QByteArray top = bytePath(dir);
         if (c.shared) {
             const QByteArray folder = top + (c.sharedByLink ? "/elsewhere" : "/.Trash");
             ::mkdir(folder.constData(), 0700);
@@ -167,16 +144,16 @@ TEST(DesktopTrash, AVolumeTrashIsASharedStickyFolderOrOurOwn)
 TEST(DesktopTrash, AFileOnAnotherDeviceGoesToItsVolumeTrash)
 {
     QTemporaryDir homeDir;
-    const QByteArray home = tempPath(homeDir) + "/Trash";
+    const QByteArray home = bytePath(homeDir) + "/Trash";
     QTemporaryDir dir(QStringLiteral("/dev/shm/kv-trash-XXXXXX"));
     struct stat shm {}, tmp {};
     if (!dir.isValid() || ::stat("/dev/shm", &shm) != 0 || ::stat(QFile::encodeName(homeDir.path()).constData(), &tmp) != 0
         || shm.st_dev == tmp.st_dev)
         GTEST_SKIP() << "/dev/shm is no other device here";
-    const QByteArray folder = tempPath(dir);
+    const QByteArray folder = bytePath(dir);
     const QByteArray top = "/dev/shm";
     const QByteArray relative = folder.mid(top.size() + 1) + "/song.wav";
-    write(folder + "/song.wav", "on tmpfs");
+    writeFile(folder + "/song.wav", "on tmpfs");
     const std::time_t before = std::time(nullptr);
     const std::optional<QByteArray> moved = moveToDesktopTrash(folder + "/song.wav", home);
     const std::time_t after = std::time(nullptr);
@@ -184,7 +161,7 @@ TEST(DesktopTrash, AFileOnAnotherDeviceGoesToItsVolumeTrash)
     const QByteArray uid = QByteArray::number(::getuid());
     const QByteArray trash = moved->left(moved->indexOf("/files/"));
     EXPECT_TRUE(trash == top + "/.Trash-" + uid || trash == top + "/.Trash/" + uid) << trash.constData();
-    EXPECT_EQ(read(*moved), "on tmpfs");
+    EXPECT_EQ(readFile(*moved), "on tmpfs");
     EXPECT_FALSE(exists(home)); // not created for a file it cannot take
     const QByteArray name = moved->mid(moved->lastIndexOf('/') + 1);
     const QByteArray info = trash + "/info/" + name + ".trashinfo";
@@ -201,7 +178,7 @@ TEST(DesktopTrash, AFileOnAnotherDeviceGoesToItsVolumeTrash)
 TEST(DesktopTrash, WhereNoTrashCanTakeTheFileItStays)
 {
     QTemporaryDir dir;
-    const QByteArray root = tempPath(dir);
+    const QByteArray root = bytePath(dir);
     ::chmod(root.constData(), 0755);
     const struct {
         const char *what;
@@ -217,12 +194,12 @@ TEST(DesktopTrash, WhereNoTrashCanTakeTheFileItStays)
         const QByteArray parent = root + "/trash" + QByteArray::number(index++);
         ::mkdir(source.constData(), 0700);
         ::mkdir(parent.constData(), 0700);
-        write(source + "/old.mp3", "old");
+        writeFile(source + "/old.mp3", "old");
         ::chmod(source.constData(), c.sourceFolder);
         ::chmod(parent.constData(), c.trashParent);
         const QByteArray home = parent + "/Trash";
         EXPECT_EQ(asUnprivileged([&] { return moveToDesktopTrash(source + "/old.mp3", home) ? 1 : 0; }), 0) << c.what;
-        EXPECT_EQ(read(source + "/old.mp3"), "old") << c.what;
+        EXPECT_EQ(readFile(source + "/old.mp3"), "old") << c.what;
         // Where the trash could be made, the record was made first and taken back.
         EXPECT_EQ(exists(home + "/info"), c.trashParent == 0777) << c.what;
         EXPECT_TRUE(QDir(QFile::decodeName(home + "/info")).isEmpty()) << c.what;
