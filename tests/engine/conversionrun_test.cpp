@@ -39,22 +39,16 @@ struct Rig : Clock, Files, Processes
                       text};
 
     double secondsSinceMidnight() override { return now; }
-    std::optional<std::int64_t> fileSize(const QString &path) override
-    {
-        return sizes.count(path) ? std::optional(sizes.at(path)) : std::nullopt;
-    }
+    std::optional<std::int64_t> fileSize(const QString &path) override { return sizes.count(path) ? std::optional(sizes.at(path)) : std::nullopt; }
     std::unique_ptr<ByteSource> open(const QString &) override { return nullptr; }
     RemoveResult remove(const QString &path) override
     {
-        if (readOnly.count(path))
-            return RemoveResult::AccessDenied;
-        return sizes.erase(path) ? RemoveResult::Removed : RemoveResult::OtherError;
+        return readOnly.count(path) ? RemoveResult::AccessDenied : sizes.erase(path) ? RemoveResult::Removed : RemoveResult::OtherError;
     }
     RemoveResult moveToTrash(const QString &path) override
     {
-        if (readOnly.count(path))
-            return RemoveResult::AccessDenied;
-        return sizes.erase(path) && trashed.insert(path).second ? RemoveResult::Removed : RemoveResult::OtherError;
+        const RemoveResult result = remove(path);
+        return result == RemoveResult::Removed && !trashed.insert(path).second ? RemoveResult::OtherError : result;
     }
     std::optional<QByteArray> readAll(const QString &) override { return std::nullopt; }
     bool writeAtStart(const QString &, const QByteArray &) override { return false; }
@@ -73,9 +67,7 @@ struct Rig : Clock, Files, Processes
     }
     std::optional<ProcessEnd> endOf(ProcessHandle h) override
     {
-        if (running.count(h))
-            return std::nullopt;
-        return ends.count(h) ? ends.at(h) : ProcessEnd{};
+        return running.count(h) ? std::nullopt : std::optional(ends.count(h) ? ends.at(h) : ProcessEnd{});
     }
     int processorCount() override { return 4; }
 
