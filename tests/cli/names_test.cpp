@@ -3,17 +3,13 @@
 #include <memory>
 #include <vector>
 
-#include <QFile>
-#include <QProcess>
-#include <QTemporaryDir>
-
 #include <fcntl.h>
 #include <spawn.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "clirunner.h"
+#include "clifixtures.h"
 #include "support/qtprinters.h"
 
 using namespace Qt::StringLiterals;
@@ -66,10 +62,9 @@ RawResult runRaw(const QByteArrayList &args)
         argv.push_back(w.data());
     argv.push_back(nullptr);
     QByteArrayList environment{"LC_ALL=C.UTF-8"};
-    for (char **e = environ; *e; ++e) {
+    for (char **e = environ; *e; ++e)
         if (!QByteArray(*e).startsWith("LC_ALL="))
             environment.append(*e);
-    }
     std::vector<char *> envp;
     for (QByteArray &e : environment)
         envp.push_back(e.data());
@@ -87,8 +82,8 @@ RawResult runRaw(const QByteArrayList &args)
     if (rc != 0)
         return r;
     int status = 0;
-    while (::waitpid(pid, &status, 0) < 0) {
-    }
+    while (::waitpid(pid, &status, 0) < 0)
+        ;
     r.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     r.out = readRaw(outPath);
     r.err = readRaw(errPath);
@@ -98,16 +93,11 @@ RawResult runRaw(const QByteArrayList &args)
 QByteArray sineWav()
 {
     QTemporaryDir dir;
-    const QString path = dir.filePath(u"a.wav"_s);
-    EXPECT_EQ(QProcess::execute(u"/usr/bin/sox"_s, {u"-n"_s, u"-r44100"_s, u"-c2"_s, u"-b16"_s, path, u"synth"_s,
-                                                    u"1"_s, u"sine"_s, u"440"_s}),
-              0);
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+    makeWav(dir.filePath(u"a.wav"_s));
+    return bytes(dir.filePath(u"a.wav"_s));
 }
 
-// The second column onwards of each output line from the second up to the first empty one:
-// the listed rows, name first.
+// The output lines from the second up to the first empty one: the listed rows.
 QByteArrayList rows(const QByteArray &out)
 {
     QByteArrayList lines = out.split('\n');
