@@ -3,7 +3,6 @@
 // Files and program copies that several CLI tests set up alike.
 
 #include <optional>
-#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -72,12 +71,6 @@ struct ProgramCopy
     QString path() const { return dir.filePath(QStringLiteral("kestrelvane-cli")); }
     QString codec(const char *name) const { return dir.filePath(QStringLiteral("codec/") + QLatin1String(name)); }
     QString trash() const { return dir.filePath(QStringLiteral("data/Trash/files/")); }
-    QProcessEnvironment environment() const
-    {
-        QProcessEnvironment e = QProcessEnvironment::systemEnvironment();
-        e.insert(QStringLiteral("XDG_DATA_HOME"), dir.filePath(QStringLiteral("data")));
-        return e;
-    }
     // Replaces the MP3 encoder by a shell script (run with no environment: absolute paths only);
     // $t is the target.
     void fakeLame(const QByteArray &script) const
@@ -85,10 +78,13 @@ struct ProgramCopy
         write(codec("lame"), "#!/bin/sh\nfor a do t=$a; done\n" + script);
         QFile::setPermissions(codec("lame"), QFile::ReadOwner | QFile::ExeOwner);
     }
-    void start(QProcess &p, const QStringList &args) const
+    // Starts `convert` with args, or the program given with its arguments.
+    void start(QProcess &p, const QStringList &args, const QString &program = {}) const
     {
-        p.setProcessEnvironment(environment());
-        p.start(path(), QStringList{QStringLiteral("convert")} + args);
+        QProcessEnvironment e = QProcessEnvironment::systemEnvironment();
+        e.insert(QStringLiteral("XDG_DATA_HOME"), dir.filePath(QStringLiteral("data")));
+        p.setProcessEnvironment(e);
+        p.start(program.isEmpty() ? path() : program, program.isEmpty() ? QStringList{QStringLiteral("convert")} + args : args);
         EXPECT_TRUE(p.waitForStarted());
     }
     CliResult convert(const QStringList &args) const

@@ -212,14 +212,11 @@ TEST(Convert, HardStopsKillOnlyWhatStillRuns)
             makeWav(wavs.filePath(u"f%1.wav"_s.arg(i)));
         QFile::remove(pids);
         QProcess p;
-        if (run.signal == 0) {
-            p.setProcessEnvironment(program.environment());
-            p.start(u"/bin/bash"_s, {u"-c"_s, u"\"$0\" convert --to mp3 --jobs 2 \"$1\" 2>&1 >\"$1/report\" | /usr/bin/head -c 1 "
-                                               "> /dev/null; echo ${PIPESTATUS[0]}"_s,
-                                     program.path(), wavs.path()});
-        } else {
+        if (run.signal == 0)
+            program.start(p, {u"-c"_s, u"\"$0\" convert --to mp3 --jobs 2 \"$1\" 2>&1 >\"$1/report\" | /usr/bin/head -c 1 > /dev/null;"
+                                       " echo ${PIPESTATUS[0]}"_s, program.path(), wavs.path()}, u"/bin/bash"_s);
+        else
             program.start(p, {u"--to"_s, u"mp3"_s, u"--jobs"_s, u"2"_s, wavs.path()});
-        }
         const auto pid = static_cast<pid_t>(p.processId());
         ASSERT_EQ(started(2), 2);
         if (run.signal == SIGINT) { // Ctrl-C, f1 finishes, Ctrl-C
