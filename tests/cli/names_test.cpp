@@ -1,41 +1,30 @@
 #include <gtest/gtest.h>
 
 #include <memory>
-#include <vector>
-
-#include <QFile>
-#include <QProcess>
-#include <QTemporaryDir>
 
 #include <fcntl.h>
-#include <spawn.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
-#include "clirunner.h"
+#include "clifixtures.h"
 #include "support/qtprinters.h"
 
 using namespace Qt::StringLiterals;
-
-extern char **environ;
 
 namespace {
 
 struct RawResult
 {
-    QByteArray out;
-    QByteArray err;
+    QByteArray out, err;
     int status = -1;
 };
 
+// Names that are not UTF-8 cannot go through QFile's names: plain descriptors instead.
 QByteArray readRaw(const QByteArray &path)
 {
     QFile f;
     const int fd = ::open(path.constData(), O_RDONLY | O_CLOEXEC);
-    if (fd < 0 || !f.open(fd, QIODevice::ReadOnly, QFileDevice::AutoCloseHandle))
-        return {};
-    return f.readAll();
+    return fd >= 0 && f.open(fd, QIODevice::ReadOnly, QFileDevice::AutoCloseHandle) ? f.readAll() : QByteArray();
 }
 
 void writeRaw(const QByteArray &path, const QByteArray &content)
@@ -46,68 +35,30 @@ void writeRaw(const QByteArray &path, const QByteArray &content)
     ::close(fd);
 }
 
-std::int64_t rawSize(const QByteArray &path)
-{
-    struct stat st {};
-    return ::stat(path.constData(), &st) == 0 ? st.st_size : -1;
-}
-
-// Runs the CLI with arguments passed byte for byte: QProcess would re-encode them as UTF-8,
-// which is exactly what names that are not UTF-8 must survive without.
+// Runs the CLI with arguments passed byte for byte, through a shell script: QProcess would
+// re-encode them as UTF-8, which is exactly what names that are not UTF-8 must survive without.
 RawResult runRaw(const QByteArrayList &args)
 {
-    QTemporaryDir io;
-    const QByteArray outPath = QFile::encodeName(io.filePath(u"out"_s));
-    const QByteArray errPath = QFile::encodeName(io.filePath(u"err"_s));
-    QByteArray program = QFile::encodeName(cliPath());
-    QByteArrayList words = args;
-    std::vector<char *> argv{program.data()};
-    for (QByteArray &w : words)
-        argv.push_back(w.data());
-    argv.push_back(nullptr);
-    QByteArrayList environment{"LC_ALL=C.UTF-8"};
-    for (char **e = environ; *e; ++e) {
-        if (!QByteArray(*e).startsWith("LC_ALL="))
-            environment.append(*e);
-    }
-    std::vector<char *> envp;
-    for (QByteArray &e : environment)
-        envp.push_back(e.data());
-    envp.push_back(nullptr);
-
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
-    posix_spawn_file_actions_addopen(&actions, 1, outPath.constData(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-    posix_spawn_file_actions_addopen(&actions, 2, errPath.constData(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-    pid_t pid = 0;
-    RawResult r;
-    const int rc = ::posix_spawn(&pid, argv[0], &actions, nullptr, argv.data(), envp.data());
-    posix_spawn_file_actions_destroy(&actions);
-    if (rc != 0)
-        return r;
-    int status = 0;
-    while (::waitpid(pid, &status, 0) < 0) {
-    }
-    r.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    r.out = readRaw(outPath);
-    r.err = readRaw(errPath);
-    return r;
+    QTemporaryDir dir;
+    QByteArray script = "LC_ALL=C.UTF-8 exec";
+    for (const QByteArray &arg : QByteArrayList{QFile::encodeName(cliPath())} + args)
+        script += " '" + QByteArray(arg).replace('\'', "'\\''") + '\'';
+    write(dir.filePath(u"run"_s), script + " </dev/null\n");
+    QProcess p;
+    p.start(u"/bin/sh"_s, {dir.filePath(u"run"_s)});
+    if (!p.waitForFinished(60000))
+        p.kill();
+    return {p.readAllStandardOutput(), p.readAllStandardError(), p.exitStatus() == QProcess::NormalExit ? p.exitCode() : -1};
 }
 
 QByteArray sineWav()
 {
     QTemporaryDir dir;
-    const QString path = dir.filePath(u"a.wav"_s);
-    EXPECT_EQ(QProcess::execute(u"/usr/bin/sox"_s, {u"-n"_s, u"-r44100"_s, u"-c2"_s, u"-b16"_s, path, u"synth"_s,
-                                                    u"1"_s, u"sine"_s, u"440"_s}),
-              0);
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+    makeWav(dir.filePath(u"a.wav"_s));
+    return bytes(dir.filePath(u"a.wav"_s));
 }
 
-// The second column onwards of each output line from the second up to the first empty one:
-// the listed rows, name first.
+// The output lines from the second up to the first empty one: the listed rows.
 QByteArrayList rows(const QByteArray &out)
 {
     QByteArrayList lines = out.split('\n');
@@ -145,7 +96,7 @@ TEST(NamesNotUtf8, ListAndConvertBothWaysWithRealCodecs)
     const RawResult encoded = runRaw({"convert", "--to", "mp3", folder});
     EXPECT_EQ(encoded.status, 0) << encoded.out.constData() << encoded.err.constData();
     for (const QByteArray &name : {russian, latin}) {
-        EXPECT_GT(rawSize(folder + '/' + name + ".mp3"), 1000) << name.toHex().constData();
+        EXPECT_GT(readRaw(folder + '/' + name + ".mp3").size(), 1000) << name.toHex().constData();
         ASSERT_EQ(::unlink((folder + '/' + name + ".wav").constData()), 0);
     }
 

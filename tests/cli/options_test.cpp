@@ -1,24 +1,7 @@
 #include <gtest/gtest.h>
 
-#include <QByteArray>
-#include <QFile>
-#include <QTemporaryDir>
-
-#include "clirunner.h"
+#include "clifixtures.h"
 #include "support/qtprinters.h"
-
-namespace {
-
-// A zero record with some bytes set: {offset, value}.
-QByteArray record(std::initializer_list<std::pair<int, int>> bytes)
-{
-    QByteArray r(10310, '\0');
-    for (const auto &[at, value] : bytes)
-        r[at] = static_cast<char>(value);
-    return r;
-}
-
-} // namespace
 
 TEST(OptionsCommand, PrintsEveryEncoder)
 {
@@ -27,26 +10,20 @@ TEST(OptionsCommand, PrintsEveryEncoder)
     // Tabs and backslashes in a command-line text are escaped, so the line keeps three fields.
     const QByteArray oggText("-q 3\t--x=a\\b\r\x01");
     commandLine.replace(4166, oggText.size(), oggText);
-    const char *defaults = "Mp3\t--preset extreme --silent --priority\t234\nOgg\t--quiet --quality 6\t192\n"
-                           "Mpc\t--overwrite --silent --insane\t240\n";
-    // A null record means no file; %1 in the error is the file's path.
+    // %1 in the error is the file's path; a missing or otherwise unread one is in Output.
     const struct { QByteArray bytes; const char *locale; const char *out; const char *err = ""; } cases[] = {
         {record({{2, 2}, {5, 16}, {7, 55}, {9, 1}, {11, 45}}), "de_DE.UTF-8",
          "Mp3\t--preset cbr 8 --silent --priority\t8\nOgg\t--quiet --quality 4.5\t144\nMpc\t--overwrite --silent --quality 4.5\t155\n"},
         {commandLine, "C.UTF-8",
          "Mp3\t-V 2 --silent --priority\t224\nOgg\t--quiet -q 3\\t--x=a\\\\b\\r\\x01\t224\nMpc\t--overwrite --silent --braindead\t270\n"},
-        {QByteArray(10309, '\3'), "C.UTF-8", defaults, "kestrelvane-cli: %1 not read (10309 bytes, not 10310); using the defaults\n"},
-        {QByteArray(), "C.UTF-8", defaults, "kestrelvane-cli: %1 not read (missing); using the defaults\n"},
+        {QByteArray(10309, '\3'), "C.UTF-8",
+         "Mp3\t--preset extreme --silent --priority\t234\nOgg\t--quiet --quality 6\t192\nMpc\t--overwrite --silent --insane\t240\n",
+         "kestrelvane-cli: %1 not read (10309 bytes, not 10310); using the defaults\n"},
     };
     QTemporaryDir dir;
     const QString path = dir.filePath(QStringLiteral("kestrvan.cfg"));
     for (const auto &c : cases) {
-        QFile f(path);
-        if (c.bytes.isNull())
-            f.remove();
-        else
-            ASSERT_TRUE(f.open(QIODevice::WriteOnly | QIODevice::Truncate) && f.write(c.bytes) == c.bytes.size());
-        f.close();
+        write(path, c.bytes);
         const CliResult r = runCli({QStringLiteral("options"), QStringLiteral("--config"), path}, c.locale);
         EXPECT_EQ(r.out, QLatin1String(c.out));
         EXPECT_EQ(r.err, QString::fromUtf8(c.err).replace(QStringLiteral("%1"), path));
@@ -59,11 +36,8 @@ TEST(OptionsCommand, OptionTextsAreTheSameInEveryLocale)
 {
     QTemporaryDir dir;
     const QString path = dir.filePath(QStringLiteral("kestrvan.cfg"));
-    QFile f(path);
-    // MP3 ABR 300, Ogg quality 6.5, Musepack quality 6.5 (mode 1) and -1 for Ogg below.
-    const QByteArray r = record({{2, 1}, {4, 172}, {7, 75}, {9, 1}, {11, 65}});
-    ASSERT_TRUE(f.open(QIODevice::WriteOnly) && f.write(r) == r.size());
-    f.close();
+    // MP3 ABR 300, Ogg quality 6.5, Musepack quality 6.5 (mode 1).
+    write(path, record({{2, 1}, {4, 172}, {7, 75}, {9, 1}, {11, 65}}));
     for (const char *locale : {"C.UTF-8", "en_US.UTF-8", "de_DE.UTF-8", "ru_RU.UTF-8", "sv_SE.UTF-8", "ar_EG.UTF-8"}) {
         const CliResult c = runCli({QStringLiteral("options"), QStringLiteral("--config"), path}, locale);
         EXPECT_EQ(c.out, QStringLiteral("Mp3\t--preset 300 --silent --priority\t300\nOgg\t--quiet --quality 6.5\t208\n"
@@ -74,11 +48,17 @@ TEST(OptionsCommand, OptionTextsAreTheSameInEveryLocale)
     }
 }
 
-TEST(OptionsCommand, UnknownOptionGivesTheUsage)
+TEST(Usage, UnknownOptionGivesTheCommandsUsage)
 {
-    const CliResult r = runCli({QStringLiteral("options"), QStringLiteral("--verbose")});
-    EXPECT_EQ(r.out, QString());
-    EXPECT_EQ(r.err, QStringLiteral("kestrelvane-cli: unknown option \"--verbose\"\n"
-                                    "usage: kestrelvane-cli options [--config FILE]\n"));
-    EXPECT_EQ(r.status, 2);
+    const struct { const char *command, *usage; } cases[] = {
+        {"options", "options [--config FILE]"},
+        {"list", "list [--kind wav|mp3|ogg|mpc] [--lang en|ru] FOLDER"},
+    };
+    for (const auto &c : cases) {
+        const CliResult r = runCli({QLatin1String(c.command), QStringLiteral("--verbose"), QStringLiteral("/")});
+        EXPECT_EQ(r.out, QString());
+        EXPECT_EQ(r.err, QStringLiteral("kestrelvane-cli: unknown option \"--verbose\"\nusage: kestrelvane-cli ")
+                             + QLatin1String(c.usage) + QLatin1Char('\n'));
+        EXPECT_EQ(r.status, 2);
+    }
 }

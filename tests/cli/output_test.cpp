@@ -1,12 +1,8 @@
 #include <gtest/gtest.h>
 
-#include <QFile>
-#include <QProcess>
-#include <QTemporaryDir>
-
 #include <sys/stat.h>
 
-#include "clirunner.h"
+#include "clifixtures.h"
 #include "support/qtprinters.h"
 
 using namespace Qt::StringLiterals;
@@ -33,10 +29,7 @@ TEST(Output, ConfigurationThatIsNotAFileSaysWhatItIs)
 {
     QTemporaryDir dir;
     ASSERT_EQ(::mkfifo(QFile::encodeName(dir.filePath(u"fifo"_s)).constData(), 0600), 0);
-    QFile small(dir.filePath(u"small.cfg"_s));
-    ASSERT_TRUE(small.open(QIODevice::WriteOnly));
-    small.write("0123456789");
-    small.close();
+    write(dir.filePath(u"small.cfg"_s), "0123456789");
     const struct { QString path; const char *why; } cases[] = {
         {dir.path(), "a folder"},
         {dir.filePath(u"fifo"_s), "a FIFO"},

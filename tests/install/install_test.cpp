@@ -15,8 +15,7 @@ namespace {
 
 struct Finished
 {
-    QString out;
-    QString err;
+    QString out, err;
     int status = -1;
 };
 
@@ -25,17 +24,13 @@ Finished run(const QString &program, const QStringList &args, const QProcessEnvi
     QProcess p;
     p.setProcessEnvironment(env);
     p.start(program, args);
-    Finished r;
     if (!p.waitForFinished(120000)) {
         p.kill();
         p.waitForFinished();
-        r.err = QStringLiteral("timed out");
-        return r;
+        return {QString(), QStringLiteral("timed out")};
     }
-    r.out = QString::fromUtf8(p.readAllStandardOutput());
-    r.err = QString::fromUtf8(p.readAllStandardError());
-    r.status = p.exitStatus() == QProcess::NormalExit ? p.exitCode() : -1;
-    return r;
+    return {QString::fromUtf8(p.readAllStandardOutput()), QString::fromUtf8(p.readAllStandardError()),
+            p.exitStatus() == QProcess::NormalExit ? p.exitCode() : -1};
 }
 
 QByteArray contents(const QString &path)
@@ -57,11 +52,7 @@ protected:
         if (!s_installed)
             std::fprintf(stderr, "%s%s", qPrintable(r.out), qPrintable(r.err));
     }
-    static void TearDownTestSuite()
-    {
-        delete s_prefix;
-        s_prefix = nullptr;
-    }
+    static void TearDownTestSuite() { delete s_prefix; }
     void SetUp() override { ASSERT_TRUE(s_installed) << "cmake --install failed"; }
 
     static QString path(const QString &relative) { return s_prefix->path() + QLatin1Char('/') + relative; }
@@ -82,8 +73,8 @@ TEST_F(Install, PutsEveryPartWhereTheProgramAndTheDesktopLookForIt)
         {"share/icons/hicolor/scalable/apps/kestrelvane.svg", false},
 #endif
         // The program refuses to start unless all six can be run.
-        {"bin/codec/lame", true},    {"bin/codec/madplay", true}, {"bin/codec/mppenc", true},
-        {"bin/codec/mppdec", true},  {"bin/codec/oggenc2", true}, {"bin/codec/oggdec", true},
+        {"bin/codec/lame", true},   {"bin/codec/madplay", true}, {"bin/codec/mppenc", true},
+        {"bin/codec/mppdec", true}, {"bin/codec/oggenc2", true}, {"bin/codec/oggdec", true},
         {"share/man/man1/kestrelvane-cli.1", false},
     };
     for (const auto &part : parts) {
@@ -94,10 +85,9 @@ TEST_F(Install, PutsEveryPartWhereTheProgramAndTheDesktopLookForIt)
 
 #ifdef KV_WITH_WINDOW
     // Every picture and page the help document refers to came along with it.
-    const QString document = QString::fromUtf8(contents(path(QStringLiteral("bin/help/rus/index.htm"))));
     const QRegularExpression reference(QStringLiteral(R"re((?:src|href)="([^"#:]+)")re"));
     int references = 0;
-    for (const QRegularExpressionMatch &m : reference.globalMatch(document)) {
+    for (const QRegularExpressionMatch &m : reference.globalMatch(QString::fromUtf8(contents(path(QStringLiteral("bin/help/rus/index.htm")))))) {
         EXPECT_TRUE(QFileInfo(path(QStringLiteral("bin/help/rus/") + m.captured(1))).size() > 0) << qPrintable(m.captured(1));
         ++references;
     }
@@ -134,7 +124,7 @@ TEST_F(Install, ReadOnlyProgramFolderTakesTheSettingsFromTheUsersFolder)
     const QString configFolder = home.filePath(QStringLiteral("config/kestrelvane"));
     ASSERT_TRUE(QDir().mkpath(configFolder));
     QByteArray record(10310, '\0');
-    record[7] = static_cast<char>(55); // Ogg quality 4.5
+    record[7] = 55; // Ogg quality 4.5
     QFile config(configFolder + QStringLiteral("/kestrvan.cfg"));
     ASSERT_TRUE(config.open(QIODevice::WriteOnly) && config.write(record) == record.size());
     config.close();
