@@ -1,13 +1,9 @@
 #include <gtest/gtest.h>
 
 #include <QAbstractItemModelTester>
-#include <QAction>
 #include <QApplication>
-#include <QDir>
-#include <QFile>
 #include <QLabel>
 #include <QPlainTextEdit>
-#include <QProgressBar>
 #include <QPushButton>
 #include <QTemporaryDir>
 #include <QTest>
@@ -25,8 +21,10 @@
 #include "platform/posix/posixinstancelock.h"
 #include "platform/posix/posixprocesses.h"
 #include "support/qtprinters.h"
+#include "windowrig.h"
 
 using namespace kv;
+using namespace kv::test;
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -58,12 +56,6 @@ struct Folders : PosixFolders
     std::optional<FreeSpace> freeSpace(const QString &) override { return FreeSpace{clusters -= 1000, 8, 512}; }
 };
 
-struct OneDrive : Volumes
-{
-    QString root;
-    std::vector<Volume> mounted() override { return {Volume{root, u"ext4"_s}}; }
-};
-
 struct Session
 {
     QTemporaryDir dir;
@@ -88,13 +80,8 @@ struct Session
         music = dir.path() + u"/music/"_s;
         log = dir.path() + u"/codec.log"_s;
         drive.root = dir.path();
-        QDir().mkpath(program + u"codec"_s);
         QDir().mkpath(music);
-        for (const char *codec : {"lame", "madplay", "mppenc", "mppdec", "oggenc2", "oggdec"}) {
-            const QString entry = program + u"codec/"_s + QLatin1String(codec);
-            write(entry, QString::fromLatin1(codecScript).arg(log).toUtf8());
-            QFile::setPermissions(entry, QFile::permissions(entry) | QFile::ExeOwner);
-        }
+        installCodecs(program, QString::fromLatin1(codecScript).arg(log).toUtf8());
         const std::map<QString, QString> fixtures{{u"wav"_s, u"wav/stereo-16bit-44100.wav"_s},
                                                   {u"mp3"_s, u"mp3/vbr.mp3"_s},
                                                   {u"ogg"_s, u"ogg/q-nominal160.ogg"_s},
@@ -108,13 +95,6 @@ struct Session
         if (c && c->run())
             for (int row = 0; row < static_cast<int>(c->run()->jobs().size()); ++row)
                 c->abortJob(row);
-    }
-
-    static void write(const QString &path, const QByteArray &bytes)
-    {
-        QFile f(path);
-        f.open(QIODevice::WriteOnly);
-        f.write(bytes);
     }
 
     void start()
@@ -132,13 +112,14 @@ struct Session
     }
 
     template <typename T = QWidget>
-    T *w(const QString &name) const
+    T *w(const QString &name) const { return child<T>(*window, name); }
+    QAction *toolbar(int position) const { return kv::test::toolbar(*window, position); }
+    // Make All, then a Make command: every listed file becomes a job.
+    void makeAll(int make) const
     {
-        T *found = window->findChild<T *>(name);
-        EXPECT_NE(found, nullptr) << name.toStdString();
-        return found;
+        toolbar(MakeAll)->trigger();
+        toolbar(make)->trigger();
     }
-    QAction *toolbar(int position) const { return w<QAction>(u"tbMain_%1"_s.arg(position)); }
     QTreeView *jobs() const { return w<QTreeView>(u"lstCode"_s); }
     QPushButton *stop() const { return w<QPushButton>(u"cmbEncode_0"_s); }
     QPushButton *close() const { return w<QPushButton>(u"cmbEncode_1"_s); }
@@ -160,6 +141,12 @@ struct Session
     }
     bool bold(int row) const { return jobs()->model()->index(row, 0).data(Qt::FontRole).value<QFont>().bold(); }
     bool statusOf(int row, const QString &status) const { return cell(row, 1) == status; }
+    void press(int row, Qt::Key key) const
+    {
+        jobs()->setFocus();
+        jobs()->setCurrentIndex(jobs()->model()->index(row, 0));
+        QTest::keyClick(jobs(), key);
+    }
 
     void tick(const QString &name)
     {
@@ -167,13 +154,7 @@ struct Session
             if (c->fileList().rows[static_cast<size_t>(r)].info[MediaInfo::Name] == name)
                 c->setRowChecked(r, true);
     }
-    QStringList logged() const
-    {
-        QFile f(log);
-        if (!f.open(QIODevice::ReadOnly))
-            return {};
-        return QString::fromUtf8(f.readAll()).split(u'\n', Qt::SkipEmptyParts);
-    }
+    QStringList logged() const { return QString::fromUtf8(readAll(log)).split(u'\n', Qt::SkipEmptyParts); }
     // Waits with the event loop running, as the window does.
     static bool waitFor(const std::function<bool()> &done, int ms = 10000) { return QTest::qWaitFor(done, ms); }
     bool ended() const { return close()->isEnabled(); }
@@ -260,16 +241,14 @@ TEST(ConversionFrame, StopBreaksTheWaitingAtOnceAndTheRunningFinish)
     Session s({u"slow1.wav"_s, u"slow2.wav"_s, u"slow3.wav"_s, u"slow4.wav"_s, u"slow5.wav"_s});
     s.start();
     QAbstractItemModelTester tester(s.jobs()->model(), QAbstractItemModelTester::FailureReportingMode::Fatal);
-    s.toolbar(MakeAll)->trigger();
-    s.toolbar(MakeMp3)->trigger();
+    s.makeAll(MakeMp3);
     ASSERT_TRUE(s.waitFor([&] { return s.statusOf(1, u"In Progress"_s); }));
     // Two slots: two pictures, both running.
     for (int i = 0; i < 8; ++i)
         EXPECT_EQ(!s.w(u"imProc_%1"_s.arg(i))->isHidden(), i < 2) << i;
     EXPECT_EQ(s.w<QLabel>(u"imProc_0"_s)->property("activity").toString(), u"running"_s);
     s.stop()->click();
-    EXPECT_EQ(s.rows(), (QStringList{u"slow1.wav In Progress"_s, u"slow2.wav In Progress"_s, u"slow3.wav Break"_s,
-                                     u"slow4.wav Break"_s, u"slow5.wav Break"_s}));
+    EXPECT_EQ(s.rows().join(u'|'), u"slow1.wav In Progress|slow2.wav In Progress|slow3.wav Break|slow4.wav Break|slow5.wav Break"_s);
     EXPECT_TRUE(s.bold(2));
     EXPECT_FALSE(s.bold(0));
     EXPECT_FALSE(s.stop()->isEnabled());
@@ -286,8 +265,7 @@ TEST(ConversionFrame, CloseIsRefusedWhileTheFrameShowsAndCloseRefreshesTheFreeSp
 {
     Session s({u"slow1.wav"_s, u"slow2.wav"_s, u"slow3.wav"_s});
     s.start();
-    s.toolbar(MakeAll)->trigger();
-    s.toolbar(MakeMp3)->trigger();
+    s.makeAll(MakeMp3);
     EXPECT_FALSE(s.window->close()); // during the run
     EXPECT_TRUE(s.window->isVisible());
     ASSERT_TRUE(s.waitFor([&] { return s.ended(); }));
@@ -311,18 +289,12 @@ TEST(ConversionFrame, FailedJobsTellWhyInTheirTooltipAndTheDetailsPane)
 {
     const QStringList names{u"crash.wav"_s, u"empty.wav"_s, u"fail.wav"_s, u"flood.wav"_s, u"ok.wav"_s};
     Session s(names);
-    const QByteArray source = [&] {
-        QFile f(s.music + u"fail.wav"_s);
-        f.open(QIODevice::ReadOnly);
-        return f.readAll();
-    }();
+    const QByteArray source = readAll(s.music + u"fail.wav"_s);
     s.start();
-    s.toolbar(MakeAll)->trigger();
-    s.toolbar(MakeMp3)->trigger();
+    s.makeAll(MakeMp3);
     // Error rows keep a run ticking for ever, as they always have; the rows are what counts.
     ASSERT_TRUE(s.waitFor([&] { return s.settled(); }));
-    EXPECT_EQ(s.rows(), (QStringList{u"crash.wav Error"_s, u"empty.wav Error"_s, u"fail.wav Error"_s,
-                                     u"flood.wav Done"_s, u"ok.wav Done"_s}));
+    EXPECT_EQ(s.rows().join(u'|'), u"crash.wav Error|empty.wav Error|fail.wav Error|flood.wav Done|ok.wav Done"_s);
     const struct { int row; QString contains; bool warning; } tips[] = {
         {0, u"signal 11"_s, false},
         {1, u"empty target"_s, false},
@@ -342,27 +314,20 @@ TEST(ConversionFrame, FailedJobsTellWhyInTheirTooltipAndTheDetailsPane)
 
     auto *pane = s.w<QPlainTextEdit>(u"txtDetails"_s);
     EXPECT_TRUE(pane->isHidden());
-    s.jobs()->setFocus();
-    s.jobs()->setCurrentIndex(s.jobs()->model()->index(2, 0));
-    QTest::keyClick(s.jobs(), Qt::Key_Return);
+    s.press(2, Qt::Key_Return);
     EXPECT_FALSE(pane->isHidden());
     EXPECT_EQ(pane->toPlainText(), u"fail.wav: Error\nno target written\nexit status 1\ncannot read "_s + s.music + u"fail.wav"_s);
     // A row that did not fail closes the pane.
-    s.jobs()->setCurrentIndex(s.jobs()->model()->index(4, 0));
-    QTest::keyClick(s.jobs(), Qt::Key_Return);
+    s.press(4, Qt::Key_Return);
     EXPECT_TRUE(pane->isHidden());
-
-    QFile f(s.music + u"fail.wav"_s);
-    f.open(QIODevice::ReadOnly);
-    EXPECT_EQ(f.readAll(), source);
+    EXPECT_EQ(readAll(s.music + u"fail.wav"_s), source);
 }
 
 TEST(ConversionFrame, AbortThisJobKillsAHungCodecAndEndsTheRun)
 {
     Session s({u"hang.wav"_s, u"ok.wav"_s});
     s.start();
-    s.toolbar(MakeAll)->trigger();
-    s.toolbar(MakeMp3)->trigger();
+    s.makeAll(MakeMp3);
     ASSERT_TRUE(s.waitFor([&] { return s.statusOf(1, u"Done"_s) && QFile::exists(s.music + u"hang.mp3"_s); }));
     EXPECT_TRUE(s.statusOf(0, u"In Progress"_s));
     EXPECT_FALSE(s.close()->isEnabled());
@@ -386,13 +351,10 @@ TEST(ConversionFrame, AbortThisJobKillsAHungCodecAndEndsTheRun)
     EXPECT_EQ(menuAt(1), QStringList());
 
     // Delete on a row that is not running does nothing.
-    s.jobs()->setFocus();
-    s.jobs()->setCurrentIndex(s.jobs()->model()->index(1, 0));
-    QTest::keyClick(s.jobs(), Qt::Key_Delete);
+    s.press(1, Qt::Key_Delete);
     EXPECT_TRUE(s.statusOf(0, u"In Progress"_s));
 
-    s.jobs()->setCurrentIndex(s.jobs()->model()->index(0, 0));
-    QTest::keyClick(s.jobs(), Qt::Key_Delete);
+    s.press(0, Qt::Key_Delete);
     EXPECT_TRUE(s.statusOf(0, u"Error"_s));
     EXPECT_TRUE(s.bold(0));
     EXPECT_TRUE(s.cell(0, 0, Qt::ToolTipRole).startsWith(u"aborted\nsignal 9"_s));
@@ -407,13 +369,11 @@ TEST(ConversionFrame, AListedFolderRemovedDuringARunGivesErrorRows)
 {
     Session s({u"slow1.wav"_s, u"slow2.wav"_s, u"slow3.wav"_s, u"slow4.wav"_s});
     s.start();
-    s.toolbar(MakeAll)->trigger();
-    s.toolbar(MakeMp3)->trigger();
+    s.makeAll(MakeMp3);
     ASSERT_TRUE(s.waitFor([&] { return s.statusOf(0, u"In Progress"_s); }));
     QDir(s.music).removeRecursively();
     ASSERT_TRUE(s.waitFor([&] { return s.settled(); }));
-    EXPECT_EQ(s.rows(), (QStringList{u"slow1.wav Error"_s, u"slow2.wav Error"_s, u"slow3.wav Error"_s,
-                                     u"slow4.wav Error"_s}));
+    EXPECT_EQ(s.rows().join(u'|'), u"slow1.wav Error|slow2.wav Error|slow3.wav Error|slow4.wav Error"_s);
     // The window still answers.
     bool answered = false;
     QTimer::singleShot(0, [&] { answered = true; });
@@ -425,8 +385,7 @@ TEST(ConversionFrame, SourcesLeftOutForASharedTargetAreShownInThePane)
 {
     Session s({u"x.wav"_s, u"x.WAV"_s});
     s.start();
-    s.toolbar(MakeAll)->trigger();
-    s.toolbar(MakeMp3)->trigger();
+    s.makeAll(MakeMp3);
     ASSERT_EQ(s.jobs()->model()->rowCount(), 1);
     auto *pane = s.w<QPlainTextEdit>(u"txtDetails"_s);
     EXPECT_FALSE(pane->isHidden());
