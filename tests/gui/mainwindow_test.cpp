@@ -17,22 +17,15 @@
 #include <QPushButton>
 #include <QSlider>
 #include <QTabBar>
-#include <QTemporaryDir>
 #include <QTest>
 #include <QToolBar>
 #include <QToolButton>
 #include <QTreeView>
 #include <QUrl>
 
-#include "app/maincontroller.h"
 #include "gui/foldertreemodel.h"
-#include "gui/guiplatform.h"
-#include "gui/mainwindow.h"
-#include "media/readers.h"
 #include "platform/nativenames.h"
-#include "platform/posix/posixfiles.h"
 #include "platform/posix/posixfolders.h"
-#include "platform/posix/posixinstancelock.h"
 #include "settings/configrecord.h"
 #include "support/qtprinters.h"
 #include "windowrig.h"
@@ -70,25 +63,15 @@ struct Folders : PosixFolders
 };
 
 // A program folder with its codec entries and a music tree beside it, on one "drive".
-struct Session
+struct Session : WindowRig
 {
-    QTemporaryDir dir;
-    QString program, music;
-    PosixFiles files;
+    QString music = dir.path() + u"/music"_s;
     Folders folders;
-    OneDrive drive;
     Recorder messages;
     QStringList opened; // documents handed to the desktop
-    GuiBusyCursor busy;
-    std::unique_ptr<PosixInstanceLock> lock;
-    std::unique_ptr<MainController> controller;
-    std::unique_ptr<MainWindow> window;
 
     Session()
     {
-        program = dir.path() + u"/prog/"_s;
-        music = dir.path() + u"/music"_s;
-        drive.root = dir.path();
         installCodecs(program, "#!/bin/sh\n");
         for (const char *f : {"rock/old", "jazz", ".hidden", "empty"})
             QDir().mkpath(at(f));
@@ -104,27 +87,19 @@ struct Session
     }
     QString at(const char *below) const { return music + u'/' + QString::fromUtf8(below); }
 
-    StartEnd start(const QString &folder = {})
+    // The window and controller go before the parts they use.
+    ~Session()
     {
         window.reset();
         controller.reset();
-        lock = std::make_unique<PosixInstanceLock>(program);
-        controller = std::make_unique<MainController>(Environment{
-            files, folders, drive, *lock, messages, busy,
-            [this](AudioFormat format, const QString &f, const QString &name) { return readMediaInfo(format, f, name, files); },
-            [] { return 2; }, [this](const QString &document) { opened.append(document); }});
-            const StartEnd end = controller->Main(StartOptions{program, dir.path() + u"/config"_s, true, folder, QLocale::c()});
-        if (end == StartEnd::Running) {
-            window = std::make_unique<MainWindow>(*controller);
-            window->placeWindow();
-            window->show();
-        }
-        return end;
+    }
+    StartEnd start(const QString &folder = {})
+    {
+        Environment environment = WindowRig::environment(folders, messages);
+        environment.openDocument = [this](const QString &document) { opened.append(document); };
+        return open(environment, folder);
     }
 
-    template <typename T = QWidget>
-    T *w(const char *name) const { return child<T>(*window, QLatin1String(name)); }
-    QAction *toolbar(int position) const { return kv::test::toolbar(*window, position); }
     QString label(const char *name) const { return w<QLabel>(name)->text(); }
     QTreeView *tree() const { return w<QTreeView>("tvMain"); }
     QAbstractItemModel *list() const { return w<QTreeView>("lstMain")->model(); }

@@ -7,8 +7,14 @@
 #include <QAction>
 #include <QDir>
 #include <QFile>
-#include <QWidget>
+#include <QTemporaryDir>
 
+#include "app/maincontroller.h"
+#include "gui/guiplatform.h"
+#include "gui/mainwindow.h"
+#include "media/readers.h"
+#include "platform/posix/posixfiles.h"
+#include "platform/posix/posixinstancelock.h"
 #include "platform/volumes.h"
 
 namespace kv::test {
@@ -51,17 +57,56 @@ struct OneDrive : Volumes
     }
 };
 
-template <typename T = QWidget>
-T *child(const QWidget &window, const QString &name)
+// A program folder beside a music folder, on a drive of one temporary folder, and the window
+// of a controller started there.
+struct WindowRig
 {
-    T *found = window.findChild<T *>(name);
-    EXPECT_NE(found, nullptr) << name.toStdString();
-    return found;
-}
+    QTemporaryDir dir;
+    const QString program = dir.path() + QStringLiteral("/prog/");
+    PosixFiles files;
+    OneDrive drive;
+    GuiBusyCursor busy;
+    std::unique_ptr<PosixInstanceLock> lock;
+    std::unique_ptr<MainController> controller;
+    std::unique_ptr<MainWindow> window;
 
-inline QAction *toolbar(const QWidget &window, int position)
-{
-    return child<QAction>(window, QStringLiteral("tbMain_%1").arg(position));
-}
+    WindowRig() { drive.root = dir.path(); }
+
+    // What every start needs; a test adds the rest before open().
+    Environment environment(Folders &folders, Messages &messages)
+    {
+        window.reset();
+        controller.reset();
+        lock = std::make_unique<PosixInstanceLock>(program);
+        return Environment{files, folders, drive, *lock, messages, busy,
+                           [this](AudioFormat format, const QString &f, const QString &name) {
+                               return readMediaInfo(format, f, name, files);
+                           },
+                           [] { return 2; }, {}};
+    }
+    StartEnd open(const Environment &environment, const QString &folder)
+    {
+        controller = std::make_unique<MainController>(environment);
+        const StartEnd end =
+            controller->Main(StartOptions{program, dir.path() + QStringLiteral("/config"), true, folder, QLocale::c()});
+        if (end == StartEnd::Running) {
+            window = std::make_unique<MainWindow>(*controller);
+            window->placeWindow();
+            window->show();
+        }
+        return end;
+    }
+
+    template <typename T = QWidget>
+    T *w(const QString &name) const
+    {
+        T *found = window->findChild<T *>(name);
+        EXPECT_NE(found, nullptr) << name.toStdString();
+        return found;
+    }
+    template <typename T = QWidget>
+    T *w(const char *name) const { return w<T>(QLatin1String(name)); }
+    QAction *toolbar(int position) const { return w<QAction>(QStringLiteral("tbMain_%1").arg(position)); }
+};
 
 } // namespace kv::test
