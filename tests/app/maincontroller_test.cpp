@@ -10,6 +10,7 @@
 #include "support/qtprinters.h"
 
 using namespace kv;
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -18,8 +19,8 @@ struct FakeFiles : Files
     std::map<QString, QByteArray> content;
     std::optional<std::int64_t> fileSize(const QString &path) override
     {
-        auto it = content.find(path);
-        return it == content.end() ? std::nullopt : std::optional<std::int64_t>(it->second.size());
+        const auto bytes = readAll(path);
+        return bytes ? std::optional<std::int64_t>(bytes->size()) : std::nullopt;
     }
     std::unique_ptr<ByteSource> open(const QString &) override { return nullptr; }
     RemoveResult remove(const QString &path) override { return content.erase(path) ? RemoveResult::Removed : RemoveResult::OtherError; }
@@ -31,36 +32,33 @@ struct FakeFiles : Files
     bool writeAtStart(const QString &path, const QByteArray &bytes) override
     {
         QByteArray &f = content[path];
-        f.replace(0, std::min(f.size(), bytes.size()), bytes);
-        if (f.size() < bytes.size())
-            f = bytes;
+        f = bytes + f.mid(bytes.size());
         return true;
     }
 };
 
 struct FakeVolumes : Volumes
 {
-    std::vector<Volume> list{{QStringLiteral("/"), QStringLiteral("ext4")}, {QStringLiteral("/media/cd"), QStringLiteral("iso9660")}};
+    std::vector<Volume> list{{u"/"_s, u"ext4"_s}, {u"/media/cd"_s, u"iso9660"_s}};
     std::vector<Volume> mounted() override { return list; }
 };
 
-struct FakeLock : InstanceLock
+struct FreeLock : InstanceLock
 {
-    bool free = true;
-    bool tryLock() override { return free; }
+    bool tryLock() override { return true; }
 };
 
 struct Recorder : Messages, BusyCursor
 {
     QStringList shown;
     int depth = 0, busyCalls = 0;
-    void information(const QString &t) override { shown.append(QStringLiteral("i ") + t); }
-    void critical(const QString &t) override { shown.append(QStringLiteral("c ") + t); }
+    void information(const QString &t) override { shown.append(u"i "_s + t); }
+    void critical(const QString &t) override { shown.append(u"c "_s + t); }
     void begin() override { ++depth; ++busyCalls; }
     void end() override { --depth; }
 };
 
-const QString program = QStringLiteral("/opt/kv/");
+const QString program = u"/opt/kv/"_s;
 const char *const codecNames[] = {"lame", "madplay", "mppenc", "mppdec", "oggenc2", "oggdec"};
 
 // One machine: a program folder with its codecs, a music tree, and a window's controller on it.
@@ -69,29 +67,27 @@ struct Machine
     FakeFiles files;
     FakeFolders folders;
     FakeVolumes volumes;
-    FakeLock lock;
+    FreeLock lock;
     Recorder rec;
     QStringList opened;
 
     Machine()
     {
         for (const char *c : codecNames)
-            files.content[program + QStringLiteral("codec/") + QLatin1String(c)] = "x";
-        folders.add(QStringLiteral("/opt/kv/codec"));
-        folders.add(QStringLiteral("/music/rock"), {QStringLiteral("a.wav"), QStringLiteral("b.wav"), QStringLiteral("c.mp3")});
+            files.content[program + u"codec/"_s + QLatin1String(c)] = "x";
+        folders.add(u"/opt/kv/codec"_s);
+        folders.add(u"/music/rock"_s, {u"a.wav"_s, u"b.wav"_s, u"c.mp3"_s});
     }
 
-    std::unique_ptr<MainController> start(StartEnd expected = StartEnd::Running, const QString &folder = {})
+    std::unique_ptr<MainController> start(const QString &folder = {})
     {
         auto c = std::make_unique<MainController>(Environment{
             files, folders, volumes, lock, rec, rec,
             [](AudioFormat, const QString &, const QString &name) {
-                return std::optional(MediaInfo{{name, QStringLiteral("10240"), QStringLiteral("0:01:00"),
-                                                QStringLiteral("1411"), QStringLiteral("44100"), QStringLiteral("Stereo")}});
+                return std::optional(MediaInfo{{name, u"10240"_s, u"0:01:00"_s, u"1411"_s, u"44100"_s, u"Stereo"_s}});
             },
             [] { return 2; }, [this](const QString &doc) { opened.append(doc); }});
-        StartOptions options{QStringLiteral("/opt/kv"), QStringLiteral("/home/ann/.config/kv"), true, folder, QLocale::c()};
-        EXPECT_EQ(c->Main(options), expected);
+        EXPECT_EQ(c->Main(StartOptions{u"/opt/kv"_s, u"/home/ann/.config/kv"_s, true, folder, QLocale::c()}), StartEnd::Running);
         return c;
     }
 };
@@ -102,20 +98,12 @@ TEST(MainStartup, WithoutConfigurationOpensTheProgramsDriveAndFillsThePanels)
 {
     Machine m;
     auto c = m.start();
-    EXPECT_EQ(c->tree().root()->text, QStringLiteral("/"));
-    EXPECT_EQ(c->fileList().currentFolder, QStringLiteral("/"));
+    EXPECT_EQ(c->tree().root()->text, u"/"_s);
+    EXPECT_EQ(c->fileList().currentFolder, u"/"_s);
     EXPECT_EQ(c->ui().status.panels,
-              (std::array<QString, 8>{QStringLiteral("CPU: 2  "), QStringLiteral("Free Disk Space: 1024 MB  "),
-                                      QStringLiteral("Files: 0  "), QStringLiteral("Size: 0 MB  "),
-                                      QStringLiteral("Duration: 0:00:00  "), QStringLiteral("Average bitrate: 0 kbps  "),
-                                      QStringLiteral("English"), QStringLiteral("Help")}));
-    EXPECT_EQ(c->configPath(), QStringLiteral("/opt/kv/kestrvan.cfg"));
-
-    // The FOLDER argument opens that folder, listing it.
-    auto d = Machine().start(StartEnd::Running, QStringLiteral("/music/rock"));
-    EXPECT_EQ(d->fileList().rows.size(), 2U);
-    EXPECT_EQ(d->labels()[SelectionLabels::Count], QStringLiteral("0"));
-    EXPECT_EQ(d->tree().selected()->text, QStringLiteral("rock"));
+              (std::array<QString, 8>{u"CPU: 2  "_s, u"Free Disk Space: 1024 MB  "_s, u"Files: 0  "_s, u"Size: 0 MB  "_s,
+                                      u"Duration: 0:00:00  "_s, u"Average bitrate: 0 kbps  "_s, u"English"_s, u"Help"_s}));
+    EXPECT_EQ(c->configPath(), u"/opt/kv/kestrvan.cfg"_s);
 }
 
 TEST(MainStartup, ConfigurationLocation)
@@ -126,47 +114,44 @@ TEST(MainStartup, ConfigurationLocation)
         {false, false, "/home/ann/.config/kv/kestrvan.cfg"},
     };
     for (const auto &c : cases)
-        EXPECT_EQ(configFileLocation(program, QStringLiteral("/home/ann/.config/kv"), c.there, c.writable),
-                  QLatin1String(c.expected));
+        EXPECT_EQ(configFileLocation(program, u"/home/ann/.config/kv"_s, c.there, c.writable), QLatin1String(c.expected));
 }
 
 TEST(MainWindowState, SavedAtCloseAndRestoredWithTheLanguageSwitchedFromTheStatusBar)
 {
     Machine m;
     {
-        auto c = m.start(StartEnd::Running, QStringLiteral("/music/rock"));
+        auto c = m.start(u"/music/rock"_s);
         c->statusPanelClick(7); // English -> Russian, from the status bar
-        EXPECT_EQ(c->ui().status.panel(7), QStringLiteral("Русский"));
-        EXPECT_EQ(c->ui().status.panel(3), QStringLiteral("Файлов: 2  "));
+        EXPECT_EQ(c->ui().status.panel(7), u"Русский"_s);
+        EXPECT_EQ(c->ui().status.panel(3), u"Файлов: 2  "_s);
         c->controls().setOggQuality(45);
         c->controls().setSelectedTab(3);
         c->setWindowPlace(10, 20, 900, 700, WindowState::Normal);
         EXPECT_FALSE(c->closeRequested(true)); // the conversion frame shows: nothing written
-        EXPECT_FALSE(m.files.content.count(QStringLiteral("/opt/kv/kestrvan.cfg")));
+        EXPECT_FALSE(m.files.content.count(u"/opt/kv/kestrvan.cfg"_s));
         EXPECT_TRUE(c->closeRequested(false));
     }
-    ASSERT_EQ(m.files.content[QStringLiteral("/opt/kv/kestrvan.cfg")].size(), ConfigRecord::kSize);
+    ASSERT_EQ(m.files.content[u"/opt/kv/kestrvan.cfg"_s].size(), ConfigRecord::kSize);
     auto c = m.start();
-    EXPECT_EQ(c->ui().status.panel(7), QStringLiteral("Русский"));
-    EXPECT_EQ(c->ui().status.panel(1), QStringLiteral("Процессоров: 2  "));
-    EXPECT_EQ(c->labels().lblInfo[0], QStringLiteral("Выделено файлов:"));
+    EXPECT_EQ(c->ui().status.panel(7), u"Русский"_s);
+    EXPECT_EQ(c->ui().status.panel(1), u"Процессоров: 2  "_s);
+    EXPECT_EQ(c->labels().lblInfo[0], u"Выделено файлов:"_s);
     EXPECT_EQ(c->controls().settings().ogg.qualityTenths, 45);
     EXPECT_EQ(c->controls().selectedTab(), 3);
     EXPECT_EQ(c->controls().windowWidth(), 900 * 15);
-    EXPECT_EQ(c->fileList().currentFolder, QStringLiteral("/music/rock/"));
-
-    // Switched back twice gives every text back.
-    c->statusPanelClick(7);
-    c->statusPanelClick(7);
-    EXPECT_EQ(c->ui().status.panel(3), QStringLiteral("Файлов: 2  "));
+    EXPECT_EQ(c->fileList().currentFolder, u"/music/rock/"_s);
     c->statusPanelClick(8);
-    EXPECT_EQ(m.opened, QStringList{QStringLiteral("/opt/kv/help/rus/index.htm")});
+    EXPECT_EQ(m.opened, QStringList{u"/opt/kv/help/rus/index.htm"_s});
 }
 
-TEST(MainCommands, ShowCommandsMakeAllChecksAndTheDriveList)
+TEST(MainCommands, FolderArgumentShowCommandsMakeAllChecksAndTheDriveList)
 {
     Machine m;
-    auto c = m.start(StartEnd::Running, QStringLiteral("/music/rock"));
+    auto c = m.start(u"/music/rock"_s);
+    EXPECT_EQ(c->tree().selected()->text, u"rock"_s);
+    EXPECT_EQ(c->fileList().rows.size(), 2U);
+    EXPECT_EQ(c->labels()[SelectionLabels::Count], u"0"_s);
     int rowChanges = 0;
     c->rowsChanged = [&] { ++rowChanges; };
 
@@ -185,19 +170,19 @@ TEST(MainCommands, ShowCommandsMakeAllChecksAndTheDriveList)
     EXPECT_EQ(rowChanges, 3);
 
     c->setRowChecked(1, true);
-    EXPECT_EQ(c->labels()[SelectionLabels::Count], QStringLiteral("1"));
-    EXPECT_EQ(c->labels()[SelectionLabels::Size], QStringLiteral("10 MB"));
+    EXPECT_EQ(c->labels()[SelectionLabels::Count], u"1"_s);
+    EXPECT_EQ(c->labels()[SelectionLabels::Size], u"10 MB"_s);
     c->toolbarClick(MakeAll);
-    EXPECT_EQ(c->labels()[SelectionLabels::Count], QStringLiteral("2"));
+    EXPECT_EQ(c->labels()[SelectionLabels::Count], u"2"_s);
     c->controls().setMp3Mode(3); // command line: 224 kbps
-    EXPECT_EQ(c->labels()[SelectionLabels::Mp3Forecast], QStringLiteral("3.2 MB"));
+    EXPECT_EQ(c->labels()[SelectionLabels::Mp3Forecast], u"3.2 MB"_s);
 
     // The CD has no medium: the message, then the program's own drive again; the list stays.
     c->driveChanged(1);
-    EXPECT_EQ(m.rec.shown, QStringList{QStringLiteral("i Drive is not ready, change another drive")});
+    EXPECT_EQ(m.rec.shown, QStringList{u"i Drive is not ready, change another drive"_s});
     EXPECT_EQ(c->currentDrive(), 0);
-    EXPECT_EQ(c->fileList().currentFolder, QStringLiteral("/music/rock/"));
-    EXPECT_EQ(c->fileList().path, QStringLiteral("/"));
+    EXPECT_EQ(c->fileList().currentFolder, u"/music/rock/"_s);
+    EXPECT_EQ(c->fileList().path, u"/"_s);
     EXPECT_EQ(m.rec.depth, 0);
     EXPECT_GT(m.rec.busyCalls, 0);
 }

@@ -24,10 +24,7 @@ struct BoxWatcher
     BoxWatcher()
     {
         QObject::connect(&timer, &QTimer::timeout, [this] {
-            for (QWidget *w : QApplication::topLevelWidgets()) {
-                auto *box = qobject_cast<QMessageBox *>(w);
-                if (box == nullptr || !box->isVisible())
-                    continue;
+            if (auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget())) {
                 icon = box->icon();
                 text = box->text();
                 pointer = QApplication::overrideCursor() != nullptr ? QApplication::overrideCursor()->shape() : Qt::ArrowCursor;

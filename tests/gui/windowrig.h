@@ -1,0 +1,112 @@
+#pragma once
+
+// What the window's tests share: a program folder of codec entries, a drive list of one
+// temporary folder, and the window's controls found by their object names.
+#include <gtest/gtest.h>
+
+#include <QAction>
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+
+#include "app/maincontroller.h"
+#include "gui/guiplatform.h"
+#include "gui/mainwindow.h"
+#include "media/readers.h"
+#include "platform/posix/posixfiles.h"
+#include "platform/posix/posixinstancelock.h"
+#include "platform/volumes.h"
+
+namespace kv::test {
+
+inline void write(const QString &path, const QByteArray &bytes)
+{
+    QFile f(path);
+    f.open(QIODevice::WriteOnly);
+    f.write(bytes);
+}
+
+inline QByteArray readAll(const QString &path)
+{
+    QFile f(path);
+    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+}
+
+// Every codec entry of the program folder is this script, executable.
+inline void installCodecs(const QString &program, const QByteArray &script)
+{
+    QDir().mkpath(program + QStringLiteral("codec"));
+    for (const char *codec : {"lame", "madplay", "mppenc", "mppdec", "oggenc2", "oggdec"}) {
+        const QString entry = program + QStringLiteral("codec/") + QLatin1String(codec);
+        write(entry, script);
+        QFile::setPermissions(entry, QFile::permissions(entry) | QFile::ExeOwner);
+    }
+}
+
+// The temporary folder alone, plus drives plugged in during a test: the tree never wanders
+// over the machine.
+struct OneDrive : Volumes
+{
+    QString root;
+    std::vector<Volume> plugged;
+    std::vector<Volume> mounted() override
+    {
+        std::vector<Volume> all{Volume{root, QStringLiteral("ext4")}};
+        all.insert(all.end(), plugged.begin(), plugged.end());
+        return all;
+    }
+};
+
+// A program folder beside a music folder, on a drive of one temporary folder, and the window
+// of a controller started there.
+struct WindowRig
+{
+    QTemporaryDir dir;
+    const QString program = dir.path() + QStringLiteral("/prog/");
+    PosixFiles files;
+    OneDrive drive;
+    GuiBusyCursor busy;
+    std::unique_ptr<PosixInstanceLock> lock;
+    std::unique_ptr<MainController> controller;
+    std::unique_ptr<MainWindow> window;
+
+    WindowRig() { drive.root = dir.path(); }
+
+    // What every start needs; a test adds the rest before open().
+    Environment environment(Folders &folders, Messages &messages)
+    {
+        window.reset();
+        controller.reset();
+        lock = std::make_unique<PosixInstanceLock>(program);
+        return Environment{files, folders, drive, *lock, messages, busy,
+                           [this](AudioFormat format, const QString &f, const QString &name) {
+                               return readMediaInfo(format, f, name, files);
+                           },
+                           [] { return 2; }, {}};
+    }
+    StartEnd open(const Environment &environment, const QString &folder)
+    {
+        controller = std::make_unique<MainController>(environment);
+        const StartEnd end =
+            controller->Main(StartOptions{program, dir.path() + QStringLiteral("/config"), true, folder, QLocale::c()});
+        if (end == StartEnd::Running) {
+            window = std::make_unique<MainWindow>(*controller);
+            window->placeWindow();
+            window->show();
+        }
+        return end;
+    }
+
+    template <typename T = QWidget>
+    T *w(const QString &name) const
+    {
+        T *found = window->findChild<T *>(name);
+        EXPECT_NE(found, nullptr) << name.toStdString();
+        return found;
+    }
+    template <typename T = QWidget>
+    T *w(const char *name) const { return w<T>(QLatin1String(name)); }
+    QAction *toolbar(int position) const { return w<QAction>(QStringLiteral("tbMain_%1").arg(position)); }
+};
+
+} // namespace kv::test
