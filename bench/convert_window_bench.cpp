@@ -30,19 +30,12 @@
 #include "platform/posix/posixinstancelock.h"
 #include "platform/posix/posixprocesses.h"
 
+#include "benchfakes.h"
+
 namespace {
 
-struct OneDrive : kv::Volumes
-{
-    QString root;
-    std::vector<kv::Volume> mounted() override { return {kv::Volume{root, QStringLiteral("ext4")}}; }
-};
-
-struct Quiet : kv::Messages
-{
-    void information(const QString &t) override { std::fprintf(stderr, "message: %s\n", qPrintable(t)); }
-    void critical(const QString &t) override { std::fprintf(stderr, "message: %s\n", qPrintable(t)); }
-};
+using kv::bench::OneDrive;
+using kv::bench::Quiet;
 
 double threadCpuSeconds()
 {

@@ -26,22 +26,15 @@
 #include "platform/posix/posixinstancelock.h"
 #include "platform/posix/posixprocesses.h"
 
+#include "benchfakes.h"
+
 #include <ctime>
 #include <unistd.h>
 
 namespace {
 
-struct OneDrive : kv::Volumes
-{
-    QString root;
-    std::vector<kv::Volume> mounted() override { return {kv::Volume{root, QStringLiteral("ext4")}}; }
-};
-
-struct Quiet : kv::Messages
-{
-    void information(const QString &t) override { std::fprintf(stderr, "message: %s\n", qPrintable(t)); }
-    void critical(const QString &t) override { std::fprintf(stderr, "message: %s\n", qPrintable(t)); }
-};
+using kv::bench::OneDrive;
+using kv::bench::Quiet;
 
 // Seconds since this process started, from the kernel's start time (10 ms resolution).
 double sinceProcessStart()
