@@ -36,7 +36,11 @@ if unshare -m --propagation private true 2>/dev/null; then
 elif unshare -rm --propagation private true 2>/dev/null; then
     private=(unshare -rm --propagation private)
 fi
-cat >"$work/session.sh" <<INNER
+# Runs the window on the folder FOLDER (below the music) under Xvfb and then the script BODY,
+# which sees $win, $pid and $music.
+shoot() {
+    local folder=$1 body=$2
+    cat >"$work/session.sh" <<INNER
 #!/usr/bin/env bash
 set -e
 export LANG=C.UTF-8 LC_ALL=C.UTF-8
@@ -44,20 +48,26 @@ music="$work/Music"
 if [ -n "${private[*]}" ] && mount -t tmpfs -o size=48g,mode=755 music /home 2>/dev/null; then
     mkdir -p /home/user && cp -r "$work/Music" /home/user/Music && music=/home/user/Music
 fi
-"$work/prog/kestrelvane" "\$music/Evening Concert" &
+"$work/prog/kestrelvane" "\$music/$folder" &
 pid=\$!
 win=\$(xdotool search --sync --name '^Kestrelvane\$' | head -1)
 xdotool windowmove "\$win" 0 0 windowsize "\$win" $width $height
 sleep 1
 xdotool windowactivate --sync "\$win" 2>/dev/null || xdotool windowfocus --sync "\$win"
+$body
+INNER
+    chmod +x "$work/session.sh"
+    xvfb-run -a -s "-screen 0 ${width}x${height}x24" "${private[@]}" "$work/session.sh"
+}
+
+shoot "Evening Concert" "$(cat <<BODY
 xdotool key --window "\$win" ctrl+2 ctrl+shift+a
 [ "$language" = ru ] && sleep 0.5 && xdotool mousemove --window "\$win" $((width - 75)) $((height - 10)) click 1
 sleep 1
 import -window root -crop ${width}x${height}+0+0 +repage "$out"
 kill \$pid
-INNER
-chmod +x "$work/session.sh"
-xvfb-run -a -s "-screen 0 ${width}x${height}x24" "${private[@]}" "$work/session.sh"
+BODY
+)"
 if [ "$language" = en ] && [ "$out" = "$root/docs/screenshot.png" ]; then
     cp "$out" "$root/help/rus/screenshot.png"
     echo "$out"
@@ -68,20 +78,7 @@ if [ "$language" = en ] && [ "$out" = "$root/docs/screenshot.png" ]; then
     for i in $(seq -w 1 12); do
         sox -q -n -r 44100 -c 2 -b 16 "$work/Music/Recordings/Take $i.wav" synth 90 pinknoise vol 0.3
     done
-    cat >"$work/convert.sh" <<INNER
-#!/usr/bin/env bash
-set -e
-export LANG=C.UTF-8 LC_ALL=C.UTF-8
-music="$work/Music"
-if [ -n "${private[*]}" ] && mount -t tmpfs -o size=48g,mode=755 music /home 2>/dev/null; then
-    mkdir -p /home/user && cp -r "$work/Music" /home/user/Music && music=/home/user/Music
-fi
-"$work/prog/kestrelvane" "\$music/Recordings" &
-pid=\$!
-win=\$(xdotool search --sync --name '^Kestrelvane\$' | head -1)
-xdotool windowmove "\$win" 0 0 windowsize "\$win" $width $height
-sleep 1
-xdotool windowactivate --sync "\$win" 2>/dev/null || xdotool windowfocus --sync "\$win"
+    shoot Recordings "$(cat <<BODY
 xdotool key --window "\$win" ctrl+shift+a ctrl+shift+m
 # A target more than there are slots: the first file is done and the next one started.
 slots=\$(nproc); [ "\$slots" -gt 8 ] && slots=8
@@ -92,8 +89,7 @@ import -window root -crop ${width}x${height}+0+0 +repage "$out"
 # Each codec runs in a process group of its own, named by its pid.
 for c in \$(pgrep -P "\$pid" || true); do kill -- -"\$c" 2>/dev/null || true; done
 kill \$pid 2>/dev/null || true
-INNER
-    chmod +x "$work/convert.sh"
-    xvfb-run -a -s "-screen 0 ${width}x${height}x24" "${private[@]}" "$work/convert.sh"
+BODY
+)"
 fi
 echo "$out"
