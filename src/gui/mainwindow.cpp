@@ -122,7 +122,7 @@ MainWindow::MainWindow(MainController &controller, QWidget *parent) : QMainWindo
     lstMain->header()->setStretchLastSection(false);
     lstMain->header()->setSectionResizeMode(0, QHeaderView::Stretch);
     for (int c = 1; c < MediaInfo::ColumnCount; ++c)
-        lstMain->header()->setSectionResizeMode(c, QHeaderView::ResizeToContents);
+        lstMain->header()->setSectionResizeMode(c, QHeaderView::Interactive);
     rightLayout->addWidget(lstMain, 1);
 
     // The conversion frame, shown by the Make commands; the player's room below it.
@@ -149,7 +149,10 @@ MainWindow::MainWindow(MainController &controller, QWidget *parent) : QMainWindo
     setTabOrder();
 
     m_c.rowsAboutToChange = [this] { m_listModel->beginRefill(); };
-    m_c.rowsChanged = [this] { m_listModel->endRefill(); };
+    m_c.rowsChanged = [this] {
+        m_listModel->endRefill();
+        fitFileColumns();
+    };
     m_c.changed = [this] { showState(); };
 
     // The tree was built before the window; the view follows it from here on.
@@ -547,6 +550,25 @@ void MainWindow::showState()
     }
 }
 
+void MainWindow::fitFileColumns()
+{
+    // The number columns take the width of their caption or longest text, once per listing:
+    // sizing them to their contents at every layout change measured all ten thousand rows each
+    // time an option control was shown or hidden.
+    const QFontMetrics metrics = lstMain->fontMetrics();
+    const auto &rows = m_c.fileList().rows;
+    for (int c = 1; c < MediaInfo::ColumnCount; ++c) {
+        QString longest;
+        for (const FileRow &row : rows) {
+            if (row.info[c].size() > longest.size())
+                longest = row.info[c];
+        }
+        const QString caption = m_listModel->headerData(c, Qt::Horizontal, Qt::DisplayRole).toString();
+        const int width = std::max(metrics.horizontalAdvance(longest), lstMain->header()->fontMetrics().horizontalAdvance(caption));
+        lstMain->header()->resizeSection(c, width + 3 * metrics.averageCharWidth());
+    }
+}
+
 void MainWindow::applyTexts()
 {
     const UiText &t = m_c.text();
@@ -571,6 +593,7 @@ void MainWindow::applyTexts()
     for (const auto &[caption, control] : m_captions)
         caption->setText(controlCaption(control->objectName(), language));
     m_listModel->languageChanged();
+    fitFileColumns();
 
     // What a screen reader says, in the same language; the shortcut goes into the tool tip.
     for (QWidget *w : findChildren<QWidget *>()) {

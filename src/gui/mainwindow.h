@@ -57,6 +57,7 @@ private:
     void showSettings();
     void showDrives();
     void applyTexts();
+    void fitFileColumns();
     void fitToolbar();
 
     void treeExpanded(const QModelIndex &index);
