@@ -355,15 +355,9 @@ bool ConversionRun::abortJob(int row)
             if (m_context.processes.hasEnded(slot.handle))
                 return;
             EncodeJob &job = m_jobs.at(static_cast<size_t>(row));
-            m_context.processes.kill(slot.handle);
-            m_context.files.remove(
-                jobPaths(m_context.list.currentFolder, job[EncodeJob::Name], m_context.parameters.targetExtension).target);
-            job[EncodeJob::Status] = m_text->statusError;
-            job.bold = true;
+            killJob(slot, i, job, m_text->statusError);
             job.reason = QStringLiteral("aborted");
             job.codecFailure = m_context.processes.endOf(slot.handle);
-            job[EncodeJob::Time] = durationText(elapsedSeconds(nowSeconds(), slot.start));
-            m_display.indicators.at(static_cast<size_t>(i)) = Activity::Idle;
             m_display.selectedRow = row;
             aborted = true;
             // The run's own end tests count only "Done" rows and run only at a completion; an
@@ -392,14 +386,19 @@ void ConversionRun::abortRunning()
             guarded([&] { complete(slot, i); });
             continue;
         }
-        m_context.processes.kill(slot.handle);
-        m_context.files.remove(
-            jobPaths(m_context.list.currentFolder, job[EncodeJob::Name], m_context.parameters.targetExtension).target);
-        job[EncodeJob::Status] = m_text->statusKilled;
-        job[EncodeJob::Time] = durationText(elapsedSeconds(nowSeconds(), slot.start));
-        job.bold = true;
-        m_display.indicators.at(static_cast<size_t>(i)) = Activity::Idle;
+        killJob(slot, i, job, m_text->statusKilled);
     }
+}
+
+void ConversionRun::killJob(SlotState &slot, int slotIndex, EncodeJob &job, const QString &status)
+{
+    m_context.processes.kill(slot.handle);
+    m_context.files.remove(
+        jobPaths(m_context.list.currentFolder, job[EncodeJob::Name], m_context.parameters.targetExtension).target);
+    job[EncodeJob::Status] = status;
+    job[EncodeJob::Time] = durationText(elapsedSeconds(nowSeconds(), slot.start));
+    job.bold = true;
+    m_display.indicators.at(static_cast<size_t>(slotIndex)) = Activity::Idle;
 }
 
 } // namespace kv

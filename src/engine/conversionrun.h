@@ -129,6 +129,8 @@ private:
     void runSlot(int slot);
     void complete(SlotState &slot, int slotIndex);
     void launchNext(SlotState &slot);
+    // Kills the slot's codec, deletes the target it was writing and ends its job with status.
+    void killJob(SlotState &slot, int slotIndex, EncodeJob &job, const QString &status);
     void endOfRun();
     int countStatus(const QString &status) const;
     double nowSeconds();
