@@ -111,9 +111,8 @@ Volume volumeContaining(const QString &path, const std::vector<Volume> &volumes)
         return {};
     const Volume *best = nullptr;
     for (const Volume &v : volumes) {
-        const bool contains = v.mountPoint == QLatin1String("/") ? path.startsWith(QLatin1Char('/'))
-                                                                  : isUnder(path, v.mountPoint)
-                                                                        || path == v.mountPoint + QLatin1Char('/');
+        const bool contains =
+            v.mountPoint == QLatin1String("/") ? path.startsWith(QLatin1Char('/')) : isUnder(path, v.mountPoint);
         if (contains && (best == nullptr || v.mountPoint.size() > best->mountPoint.size()))
             best = &v;
     }
