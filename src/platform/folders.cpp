@@ -8,7 +8,7 @@ std::optional<FolderListing> Folders::listFolder(const QString &folder)
     if (!folders)
         return std::nullopt;
     FolderListing listing{std::move(*folders), 0};
-    for (const char *pattern : {"*.mpc", "*.mp3", "*.ogg", "*.wav"}) {
+    for (const char *pattern : kAudioPatterns) {
         const std::optional<QStringList> files = listFiles(folder, QLatin1String(pattern));
         if (files && !files->isEmpty())
             ++listing.audioKinds;

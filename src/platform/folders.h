@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <optional>
 
@@ -8,7 +9,7 @@
 
 namespace kv {
 
-// Free space of a file system as the design counts it: clusters and their size.
+// Free space of a file system, counted as clusters and their size.
 struct FreeSpace
 {
     std::int64_t freeClusters = 0;
@@ -16,8 +17,11 @@ struct FreeSpace
     std::int64_t bytesPerSector = 0;
 };
 
+// The patterns of the four audio kinds the folder tree counts.
+inline constexpr std::array<const char *, 4> kAudioPatterns = {"*.mpc", "*.mp3", "*.ogg", "*.wav"};
+
 // What the folder tree needs of one folder: its sub-folders (sorted like listFolders) and how
-// many of the four audio kinds ("*.mpc", "*.mp3", "*.ogg", "*.wav") it holds files of, 0 to 4.
+// many of the four audio kinds (kAudioPatterns) it holds files of, 0 to 4.
 struct FolderListing
 {
     QStringList folders;

@@ -1,6 +1,7 @@
 #include "platform/posix/posixfolders.h"
 
 #include <algorithm>
+#include <array>
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -63,15 +64,19 @@ std::optional<QStringList> listEntries(const QString &folder, EntryKind wanted, 
     return names;
 }
 
+// "*.wav" matches every name ending in ".wav", ".WAV", ".Wav"... but not ".wav" itself.
+template <typename Pattern> // QStringView or QLatin1StringView
+bool matches(const QString &name, Pattern pattern)
+{
+    const Pattern suffix = pattern.startsWith(QLatin1Char('*')) ? pattern.mid(1) : pattern;
+    return name.size() > suffix.size() && name.endsWith(suffix, Qt::CaseInsensitive);
+}
+
 } // namespace
 
 std::optional<QStringList> PosixFolders::listFiles(const QString &folder, const QString &pattern)
 {
-    // "*.wav" lists every name ending in ".wav", ".WAV", ".Wav"...
-    const QString suffix = pattern.startsWith(QLatin1Char('*')) ? pattern.mid(1) : pattern;
-    return listEntries(folder, EntryKind::File, [&](const QString &name) {
-        return name.size() > suffix.size() && name.endsWith(suffix, Qt::CaseInsensitive);
-    });
+    return listEntries(folder, EntryKind::File, [&](const QString &name) { return matches(name, QStringView(pattern)); });
 }
 
 std::optional<QStringList> PosixFolders::listFolders(const QString &folder)
@@ -91,18 +96,14 @@ std::optional<FolderListing> PosixFolders::listFolder(const QString &folder)
 {
     // One pass over the folder: a tree of a thousand sub-folders is read a thousand times, not
     // five thousand.
-    static const QString kinds[] = {QStringLiteral(".mpc"), QStringLiteral(".mp3"), QStringLiteral(".ogg"),
-                                    QStringLiteral(".wav")};
-    bool seen[4] = {false, false, false, false};
+    std::array<bool, kAudioPatterns.size()> seen{};
     FolderListing listing;
     const bool read = forEachEntry(folder, [&](const QString &name, EntryKind kind) {
         if (kind == EntryKind::Folder) {
             listing.folders.append(name);
         } else if (kind == EntryKind::File) {
-            for (int k = 0; k < 4; ++k) {
-                if (!seen[k] && name.size() > 4 && name.endsWith(kinds[k], Qt::CaseInsensitive))
-                    seen[k] = true;
-            }
+            for (size_t k = 0; k < seen.size(); ++k)
+                seen[k] = seen[k] || matches(name, QLatin1StringView(kAudioPatterns[k]));
         }
     });
     if (!read)
