@@ -2,7 +2,6 @@
 // with the job list printed at the end.
 
 #include <csignal>
-#include <cstring>
 
 #include <QCoreApplication>
 #include <QEventLoop>

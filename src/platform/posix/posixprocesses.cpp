@@ -5,8 +5,6 @@
 #include <cstring>
 #include <vector>
 
-#include <QFile>
-
 #include <fcntl.h>
 #include <spawn.h>
 #include <sys/epoll.h>
