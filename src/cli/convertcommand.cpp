@@ -181,8 +181,7 @@ QString failureReport(const ConversionRun &run)
             continue;
         report += QLatin1Char('\n') + escapedText(job[EncodeJob::Name]) + QLatin1Char('\t') + job[EncodeJob::Status]
                   + QLatin1Char('\t') + processEndText(*job.codecFailure) + QLatin1Char('\n');
-        const QString errors = QString::fromUtf8(job.codecFailure->errorTail).trimmed();
-        for (const QString &line : errors.split(QLatin1Char('\n'), Qt::SkipEmptyParts))
+        for (const QString &line : errorOutputText(*job.codecFailure).split(QLatin1Char('\n'), Qt::SkipEmptyParts))
             report += QStringLiteral("    ") + escapedText(line.trimmed()) + QLatin1Char('\n');
     }
     return report;

@@ -12,6 +12,11 @@ QString processEndText(const ProcessEnd &end)
            + QString::fromLocal8Bit(::strsignal(end.signal)) + QLatin1Char(')');
 }
 
+QString errorOutputText(const ProcessEnd &end)
+{
+    return QString::fromUtf8(end.errorTail).trimmed();
+}
+
 QString jobFailureText(const EncodeJob &job)
 {
     QStringList lines;
@@ -20,8 +25,7 @@ QString jobFailureText(const EncodeJob &job)
     if (job.codecFailure) {
         if (job.codecFailure->failed())
             lines.append(processEndText(*job.codecFailure));
-        // Codecs write their own language; a byte that is not UTF-8 shows as a replacement mark.
-        const QString errors = QString::fromUtf8(job.codecFailure->errorTail).trimmed();
+        const QString errors = errorOutputText(*job.codecFailure);
         if (!errors.isEmpty())
             lines.append(errors);
     }
