@@ -82,13 +82,11 @@ RemoveResult PosixFiles::remove(const QString &path)
 
 RemoveResult PosixFiles::moveToTrash(const QString &path)
 {
-    const QByteArray native = bytesFromName(path);
-    // A folder that refuses the deletion refuses the move as well; its deletion error says why.
-    if (::access(bytesFromName(QFileInfo(path).absolutePath()).constData(), W_OK) != 0)
-        return remove(path);
-    if (moveToDesktopTrash(native, homeTrashFolder()))
+    // A folder that refuses the deletion refuses the move as well, and its deletion error says
+    // why; elsewhere the file is deleted only where its volume has no trash we may use.
+    if (::access(bytesFromName(QFileInfo(path).absolutePath()).constData(), W_OK) == 0
+        && moveToDesktopTrash(bytesFromName(path), homeTrashFolder()))
         return RemoveResult::Removed;
-    // That volume has no trash we may use.
     return remove(path);
 }
 
