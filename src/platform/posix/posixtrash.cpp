@@ -32,6 +32,13 @@ QByteArray parentOf(const QByteArray &path)
     return slash < 0 ? QByteArray(".") : slash == 0 ? QByteArray("/") : path.left(slash);
 }
 
+// A private folder, or one that is already there.
+bool makeFolder(const QByteArray &path)
+{
+    struct stat st {};
+    return ::mkdir(path.constData(), 0700) == 0 || (errno == EEXIST && ::stat(path.constData(), &st) == 0 && S_ISDIR(st.st_mode));
+}
+
 // Base directories are private to their user, parents included, as freedesktop.org asks.
 bool makeFolders(const QByteArray &path)
 {
@@ -40,9 +47,7 @@ bool makeFolders(const QByteArray &path)
         return S_ISDIR(st.st_mode);
     if (errno != ENOENT || path == "/")
         return false;
-    if (!makeFolders(parentOf(path)))
-        return false;
-    return ::mkdir(path.constData(), 0700) == 0 || (errno == EEXIST && ::stat(path.constData(), &st) == 0 && S_ISDIR(st.st_mode));
+    return makeFolders(parentOf(path)) && makeFolder(path);
 }
 
 // A folder of ours, never a link: on a shared volume another user could have put one there.
@@ -121,12 +126,8 @@ std::optional<QByteArray> moveInto(const QByteArray &trash, const QByteArray &fi
 {
     const QByteArray files = joined(trash, "files");
     const QByteArray info = joined(trash, "info");
-    for (const QByteArray &folder : {files, info}) {
-        struct stat st {};
-        if (::mkdir(folder.constData(), 0700) != 0
-            && !(errno == EEXIST && ::stat(folder.constData(), &st) == 0 && S_ISDIR(st.st_mode)))
-            return std::nullopt;
-    }
+    if (!makeFolder(files) || !makeFolder(info))
+        return std::nullopt;
     // Every byte but the unreserved ones and "/" is escaped, which any reader decodes.
     const QByteArray record = "[Trash Info]\nPath=" + recordedPath.toPercentEncoding("/") + "\nDeletionDate="
                               + deletionDate() + '\n';
