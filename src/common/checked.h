@@ -10,7 +10,7 @@
 namespace kv {
 
 // An integer of a fixed width whose every store is range-checked: a value that does not fit is
-// a Failure, as the design's 16-bit counters and 8-bit record fields demand.
+// a Failure, as the window's 16-bit counters and 8-bit record fields demand.
 template <typename T>
 class Checked
 {
