@@ -47,6 +47,20 @@ int validSequence(QByteArrayView bytes, qsizetype i, char32_t &codePoint)
     return length;
 }
 
+// Calls escape(i) at each escape of name; a surrogate pair is one character, even when its low
+// half looks like an escape.
+template <typename Escape>
+void forEachEscape(const QString &name, Escape escape)
+{
+    for (qsizetype i = 0; i < name.size(); ++i) {
+        const QChar c = name.at(i);
+        if (c.isHighSurrogate() && i + 1 < name.size() && name.at(i + 1).isLowSurrogate())
+            ++i;
+        else if (isEscape(c))
+            escape(i);
+    }
+}
+
 } // namespace
 
 QString nameFromBytes(QByteArrayView bytes)
@@ -81,18 +95,11 @@ QByteArray bytesFromName(const QString &name)
         if (end > runStart)
             bytes += QStringView(name).mid(runStart, end - runStart).toUtf8();
     };
-    for (qsizetype i = 0; i < name.size(); ++i) {
-        const QChar c = name.at(i);
-        if (c.isHighSurrogate() && i + 1 < name.size() && name.at(i + 1).isLowSurrogate()) {
-            ++i; // a pair is one character, even when its low half looks like an escape
-            continue;
-        }
-        if (isEscape(c)) {
-            flush(i);
-            bytes += static_cast<char>(c.unicode() - kEscapeBase);
-            runStart = i + 1;
-        }
-    }
+    forEachEscape(name, [&](qsizetype i) {
+        flush(i);
+        bytes += static_cast<char>(name.at(i).unicode() - kEscapeBase);
+        runStart = i + 1;
+    });
     flush(name.size());
     return bytes;
 }
@@ -100,13 +107,7 @@ QByteArray bytesFromName(const QString &name)
 QString shownName(const QString &name)
 {
     QString shown = name;
-    for (qsizetype i = 0; i < shown.size(); ++i) {
-        const QChar c = shown.at(i);
-        if (c.isHighSurrogate() && i + 1 < shown.size() && shown.at(i + 1).isLowSurrogate())
-            ++i;
-        else if (isEscape(c))
-            shown[i] = QChar(QChar::ReplacementCharacter);
-    }
+    forEachEscape(name, [&](qsizetype i) { shown[i] = QChar(QChar::ReplacementCharacter); });
     return shown;
 }
 
