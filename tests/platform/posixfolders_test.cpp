@@ -39,20 +39,29 @@ protected:
 
 TEST_F(PosixFoldersTest, ListsPlainVisibleFilesAndLinksToThem)
 {
-    for (const char *name : {"b.wav", "A.WAV", ".hidden.wav", "notes.txt", "Ca.wav"})
+    for (const char *name : {"b.wav", "A.WAV", ".hidden.wav", "notes.txt", "Ca.wav", "Song.MP3", ".x.ogg"})
         writeFile(root() + name, "data");
     ASSERT_EQ(::mkdir(root() + "folder.wav", 0755), 0);
     ASSERT_EQ(::mkdir(root() + ".git", 0755), 0);
+    ASSERT_EQ(::mkdir(root() + "album.ogg", 0755), 0);
     ASSERT_EQ(::symlink("b.wav", root() + "link.wav"), 0);
     ASSERT_EQ(::symlink("missing.wav", root() + "dangling.wav"), 0);
     ASSERT_EQ(::symlink("folder.wav", root() + "folderlink.wav"), 0);
+    ASSERT_EQ(::symlink("missing.mpc", root() + "dangling.mpc"), 0);
 
     EXPECT_EQ(folders.listFiles(dir.path(), QStringLiteral("*.wav")),
               (QStringList{QStringLiteral("A.WAV"), QStringLiteral("b.wav"), QStringLiteral("Ca.wav"),
                            QStringLiteral("link.wav")}));
     EXPECT_EQ(folders.listFolders(dir.path()),
-              (QStringList{QStringLiteral("folder.wav"), QStringLiteral("folderlink.wav")}));
+              (QStringList{QStringLiteral("album.ogg"), QStringLiteral("folder.wav"), QStringLiteral("folderlink.wav")}));
     EXPECT_EQ(folders.listFiles(dir.filePath(QStringLiteral("missing")), QStringLiteral("*.wav")), std::nullopt);
+    // The tree's one-pass listing keeps the same rules: WAV and MP3 here, no Ogg folder or hidden
+    // file, no dangling Musepack.
+    const std::optional<FolderListing> listing = folders.listFolder(dir.path());
+    ASSERT_TRUE(listing);
+    EXPECT_EQ(listing->folders, folders.listFolders(dir.path()).value());
+    EXPECT_EQ(listing->audioKinds, 2);
+    EXPECT_FALSE(folders.listFolder(dir.filePath(QStringLiteral("missing"))));
 }
 
 // Windows-1251 and Latin-1 names list, and the listed name reaches the same file again, also
