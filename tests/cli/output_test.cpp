@@ -29,13 +29,11 @@ TEST(Output, ConfigurationThatIsNotAFileSaysWhatItIs)
 {
     QTemporaryDir dir;
     ASSERT_EQ(::mkfifo(QFile::encodeName(dir.filePath(u"fifo"_s)).constData(), 0600), 0);
-    write(dir.filePath(u"small.cfg"_s), "0123456789");
     const struct { QString path; const char *why; } cases[] = {
         {dir.path(), "a folder"},
         {dir.filePath(u"fifo"_s), "a FIFO"},
         {u"/dev/zero"_s, "a device"},
         {dir.filePath(u"none.cfg"_s), "missing"},
-        {dir.filePath(u"small.cfg"_s), "10 bytes, not 10310"},
     };
     for (const auto &c : cases) {
         const CliResult r = runCli({u"options"_s, u"--config"_s, c.path}, "C.UTF-8", 10000);
