@@ -23,8 +23,8 @@ InterfaceTexts startedWindow()
 QStringList allTexts(const UiText &t)
 {
     QStringList all{t.statusInProgress, t.statusDone, t.statusBreak, t.statusReadOnly, t.statusError,
-                    t.finishedLabel, t.ofLabel, t.cpuLabel, t.freeLabel, t.filesLabel, t.sizeLabel, t.mbUnit,
-                    t.durationLabel, t.bitrateLabel, t.kbUnit, t.kbpsUnit, t.driveNotReady, t.alreadyStarted,
+                    t.statusKilled, t.finishedLabel, t.ofLabel, t.cpuLabel, t.freeLabel, t.filesLabel, t.sizeLabel,
+                    t.mbUnit, t.durationLabel, t.bitrateLabel, t.kbUnit, t.kbpsUnit, t.driveNotReady, t.alreadyStarted,
                     t.readOnlyTarget, t.readOnlyConfig, t.stopButton, t.closeButton};
     all += QStringList(t.mp3Modes.begin(), t.mp3Modes.end());
     all += QStringList(t.oggModes.begin(), t.oggModes.end());
@@ -50,7 +50,7 @@ QStringList texts(std::initializer_list<const char *> utf8)
 // The language table, blanks included, written out once more so that a text changed in the
 // code shows here.
 const QStringList kEnglish = texts({
-    "In Progress", "Done", "Break", "Read only", "Error", "Finished ", " of ", "CPU: ", "Free Disk Space: ",
+    "In Progress", "Done", "Break", "Read only", "Error", "Killed", "Finished ", " of ", "CPU: ", "Free Disk Space: ",
     "Files: ", "Size: ", " MB", "Duration: ", "Average bitrate: ", " KB", " kbps  ",
     "Drive is not ready, change another drive", "Program is already started",
     " is Read only. Please delete file manualy", "Config file is Read only. Changes not written.",
@@ -69,7 +69,7 @@ const QStringList kEnglish = texts({
 });
 
 const QStringList kRussian = texts({
-    "Кодируется", "Готово", "Прервано", "Только чтение", "Ошибка", "Выполнено ", " из ", "Процессоров: ",
+    "Кодируется", "Готово", "Прервано", "Только чтение", "Ошибка", "Остановлено", "Выполнено ", " из ", "Процессоров: ",
     "Свободно: ", "Файлов: ", "Размер: ", " МБ", "Время: ", "Поток: ", " КБ", " Кб/с  ",
     "Диск недоступен, выберите другой диск", "Приложение уже запущено",
     " доступен Только для чтения. Удалите файл вручную.",
