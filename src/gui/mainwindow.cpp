@@ -405,28 +405,22 @@ void MainWindow::connectSettings()
     SettingsControls &s = m_c.controls();
     // Each change goes to the settings, which run the statistics; the window then shows the
     // settings again (mode controls, slider labels).
-    auto onIndex = [this](QComboBox *combo, auto setter) {
-        connect(combo, &QComboBox::activated, this, [this, setter](int index) {
-            guarded([&] { setter(index); });
-            showSettings();
-        });
-    };
-    onIndex(cmbMode, [&s](int i) { s.setMp3Mode(i); });
-    onIndex(cmbPreset, [&s](int i) { s.setMp3Preset(i); });
-    onIndex(cmbCbr, [&s](int i) { s.setMp3Cbr(i); });
-    onIndex(cmbModeOgg, [&s](int i) { s.setOggMode(i); });
-    onIndex(cmbModeMpc, [&s](int i) { s.setMpcMode(i); });
-    onIndex(cmbPresetMpc, [&s](int i) { s.setMpcPreset(i); });
-    auto onValue = [this](QSlider *slider, auto setter) {
-        connect(slider, &QSlider::valueChanged, this, [this, setter](int value) {
+    auto onChange = [this](auto *control, auto signal, auto setter) {
+        connect(control, signal, this, [this, setter](int value) {
             guarded([&] { setter(value); });
             showSettings();
         });
     };
-    onValue(sliAbr, [&s](int v) { s.setMp3Abr(v); });
-    onValue(sliPresetOgg, [&s](int v) { s.setOggQuality(v); });
-    onValue(sliAbrOgg, [&s](int v) { s.setOggAbr(v); });
-    onValue(sliMpc, [&s](int v) { s.setMpcQuality(v); });
+    onChange(cmbMode, &QComboBox::activated, [&s](int i) { s.setMp3Mode(i); });
+    onChange(cmbPreset, &QComboBox::activated, [&s](int i) { s.setMp3Preset(i); });
+    onChange(cmbCbr, &QComboBox::activated, [&s](int i) { s.setMp3Cbr(i); });
+    onChange(cmbModeOgg, &QComboBox::activated, [&s](int i) { s.setOggMode(i); });
+    onChange(cmbModeMpc, &QComboBox::activated, [&s](int i) { s.setMpcMode(i); });
+    onChange(cmbPresetMpc, &QComboBox::activated, [&s](int i) { s.setMpcPreset(i); });
+    onChange(sliAbr, &QSlider::valueChanged, [&s](int v) { s.setMp3Abr(v); });
+    onChange(sliPresetOgg, &QSlider::valueChanged, [&s](int v) { s.setOggQuality(v); });
+    onChange(sliAbrOgg, &QSlider::valueChanged, [&s](int v) { s.setOggAbr(v); });
+    onChange(sliMpc, &QSlider::valueChanged, [&s](int v) { s.setMpcQuality(v); });
     // Typing changes nothing else; the text is read when a job is made.
     connect(txtCmd, &QLineEdit::textEdited, this, [&s](const QString &t) { s.setMp3CommandLine(t); });
     connect(txtCmdOgg, &QLineEdit::textEdited, this, [&s](const QString &t) { s.setOggCommandLine(t); });
