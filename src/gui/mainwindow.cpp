@@ -188,7 +188,7 @@ MainWindow::~MainWindow()
 
 void MainWindow::buildToolbar()
 {
-    auto *bar = named(new QToolBar, QStringLiteral("tbMain"));
+    auto *bar = m_toolbar = named(new QToolBar, QStringLiteral("tbMain"));
     bar->setMovable(false);
     bar->setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
     bar->setIconSize(QSize(32, 32));
@@ -624,10 +624,10 @@ void MainWindow::fitToolbar()
             if (twoLines)
                 caption.replace(caption.indexOf(QLatin1Char(' ')), 1, QLatin1Char('\n'));
             a->setIconText(caption);
-            if (QWidget *button = findChild<QToolBar *>(QStringLiteral("tbMain"))->widgetForAction(a))
+            if (QWidget *button = m_toolbar->widgetForAction(a))
                 button->setAccessibleName(a->text());
         }
-        if (findChild<QToolBar *>(QStringLiteral("tbMain"))->sizeHint().width() <= width())
+        if (m_toolbar->sizeHint().width() <= width())
             break;
     }
 }

@@ -15,6 +15,7 @@ class QLineEdit;
 class QPushButton;
 class QSlider;
 class QTabBar;
+class QToolBar;
 class QToolButton;
 class QTreeView;
 
@@ -75,6 +76,7 @@ private:
     DriveList *drvMain = nullptr;
     QTreeView *tvMain = nullptr;
     QTreeView *lstMain = nullptr;
+    QToolBar *m_toolbar = nullptr;
     std::array<QAction *, 12> tbMain{}; // by position 1 to 11; 5 and 7 are separators
     ConversionFrame *m_conversion = nullptr;
     QGroupBox *frEncode = nullptr;
