@@ -221,9 +221,6 @@ void MainController::toolbarClick(int position)
             const int shown = position - ShowWav;
             for (int i = 0; i < 4; ++i)
                 m_showPressed[static_cast<size_t>(i)] = i == shown;
-            // Wav files are encoded, the other three decoded.
-            const bool wav = position == ShowWav;
-            m_makeEnabled = {wav, wav, wav, !wav};
             m_list.pattern = patterns[shown];
             scan();
             break;

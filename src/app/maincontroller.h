@@ -165,7 +165,12 @@ public:
     bool makeAll() const { return m_makeAll; }
     // Pressed state of Show Wav, Mp3, Ogg, Mpc; enabled state of Make Mp3, Ogg, Mpc, Wav.
     const std::array<bool, 4> &showPressed() const { return m_showPressed; }
-    const std::array<bool, 4> &makeEnabled() const { return m_makeEnabled; }
+    // Wav files are encoded, the other three decoded.
+    std::array<bool, 4> makeEnabled() const
+    {
+        const bool wav = m_showPressed[0];
+        return {wav, wav, wav, !wav};
+    }
     int processorCount() const { return m_processors; }
     const QString &programFolder() const { return m_programFolder; }
     const QString &configPath() const { return m_configPath; }
@@ -192,7 +197,6 @@ private:
     Volume m_drive;
     bool m_makeAll = false;
     std::array<bool, 4> m_showPressed = {true, false, false, false};
-    std::array<bool, 4> m_makeEnabled = {true, true, true, false};
     int m_processors = 1;
     QString m_programFolder;
     QString m_configPath;
