@@ -226,17 +226,15 @@ void MainController::toolbarClick(int position)
             break;
         }
         case MakeMp3:
-            make(MakeCommand::Mp3);
-            break;
         case MakeOgg:
-            make(MakeCommand::Ogg);
-            break;
         case MakeMpc:
-            make(MakeCommand::Mpc);
+        case MakeWav: {
+            // The toolbar's Make positions are in the commands' order.
+            static constexpr MakeCommand commands[] = {MakeCommand::Mp3, MakeCommand::Ogg, MakeCommand::Mpc,
+                                                       MakeCommand::Wav};
+            make(commands[position - MakeMp3]);
             break;
-        case MakeWav:
-            make(MakeCommand::Wav);
-            break;
+        }
         default:
             break;
         }
