@@ -86,8 +86,7 @@ StartEnd MainController::Main(const StartOptions &options)
         applySelectionCaptions(m_labels, m_ui.text);
         ResetToDefaults(m_controls);
 
-        m_userConfigFolder = options.userConfigFolder;
-        m_configPath = configFileLocation(m_programFolder, m_userConfigFolder,
+        m_configPath = configFileLocation(m_programFolder, options.userConfigFolder,
                                           m_env.files.fileSize(configFilePath(m_programFolder)).has_value(),
                                           options.programFolderWritable);
         m_drives = m_env.volumes.mounted();

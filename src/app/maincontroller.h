@@ -151,7 +151,6 @@ public:
     std::function<void()> runChanged;
     // nullptr when conversions cannot run (no processes given).
     const ConversionRun *run() const { return m_run.get(); }
-    const RunParameters &runParameters() const { return m_parameters; }
     const RunWakeups &wakeups() const { return m_env.wakeups; }
 
     const InterfaceTexts &ui() const { return m_ui; }
@@ -172,11 +171,9 @@ public:
         return {wav, wav, wav, !wav};
     }
     int processorCount() const { return m_processors; }
-    const QString &programFolder() const { return m_programFolder; }
     const QString &configPath() const { return m_configPath; }
     // The configuration file was read at start (it had one record's length).
     bool configRead() const { return m_configRead; }
-    const QLocale &locale() const { return m_locale; }
 
 private:
     class Busy;
@@ -201,7 +198,6 @@ private:
     QString m_programFolder;
     QString m_configPath;
     bool m_configRead = false;
-    QString m_userConfigFolder;
     RunParameters m_parameters;
     OptionTextBuilder m_optionText;
     std::unique_ptr<ConversionRun> m_run;
