@@ -1,8 +1,6 @@
 #include "gui/mainwindow.h"
 
-#include <QAccessible>
 #include <QAction>
-#include <QActionGroup>
 #include <QApplication>
 #include <QCloseEvent>
 #include <QResizeEvent>
