@@ -12,6 +12,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QScopedValueRollback>
 #include <QScreen>
 #include <QSlider>
 #include <QSplitter>
@@ -153,8 +154,8 @@ MainWindow::MainWindow(MainController &controller, QWidget *parent) : QMainWindo
     };
     m_c.changed = [this] { showState(); };
 
-    // The tree was built before the window; the view follows it from here on.
-    m_treeSync = true;
+    // The tree was built before the window; the view follows it from here on. Its signals are
+    // connected only afterwards, so showing the tree as it stands hands nothing back.
     tvMain->setModel(m_treeModel);
     // Deep or long folder names scroll sideways instead of being cut short.
     tvMain->header()->setStretchLastSection(false);
@@ -165,7 +166,6 @@ MainWindow::MainWindow(MainController &controller, QWidget *parent) : QMainWindo
     }
     tvMain->setCurrentIndex(m_treeModel->indexOf(m_c.tree().selected()));
     tvMain->scrollTo(tvMain->currentIndex());
-    m_treeSync = false;
     connect(tvMain, &QTreeView::expanded, this, &MainWindow::treeExpanded);
     connect(tvMain, &QTreeView::collapsed, this, &MainWindow::treeCollapsed);
     connect(tvMain, &QTreeView::clicked, this, &MainWindow::treeClicked);
@@ -239,16 +239,12 @@ QWidget *MainWindow::buildBrowser()
     tvMain->setMinimumWidth(180);
     m_treeModel = new FolderTreeModel(m_c.tree(), this);
     m_treeModel->expandRequested = [this](const QModelIndex &index, bool on) {
-        const bool was = m_treeSync;
-        m_treeSync = true;
+        const QScopedValueRollback sync(m_treeSync, true);
         tvMain->setExpanded(index, on);
-        m_treeSync = was;
     };
     m_treeModel->selectRequested = [this](const QModelIndex &index) {
-        const bool was = m_treeSync;
-        m_treeSync = true;
+        const QScopedValueRollback sync(m_treeSync, true);
         tvMain->setCurrentIndex(index);
-        m_treeSync = was;
     };
     layout->addWidget(tvMain, 1);
     return left;
