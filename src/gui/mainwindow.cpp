@@ -166,11 +166,13 @@ MainWindow::MainWindow(MainController &controller, QWidget *parent) : QMainWindo
     }
     tvMain->setCurrentIndex(m_treeModel->indexOf(m_c.tree().selected()));
     tvMain->scrollTo(tvMain->currentIndex());
-    connect(tvMain, &QTreeView::expanded, this, &MainWindow::treeExpanded);
-    connect(tvMain, &QTreeView::collapsed, this, &MainWindow::treeCollapsed);
-    connect(tvMain, &QTreeView::clicked, this, &MainWindow::treeClicked);
-    connect(tvMain->selectionModel(), &QItemSelectionModel::currentChanged, this,
-            [this](const QModelIndex &current) { treeClicked(current); });
+    const auto expand = [this](const QModelIndex &i) { forwardTreeEvent(i, &MainController::treeExpand); };
+    const auto collapse = [this](const QModelIndex &i) { forwardTreeEvent(i, &MainController::treeCollapse); };
+    const auto click = [this](const QModelIndex &i) { forwardTreeEvent(i, &MainController::treeClick); };
+    connect(tvMain, &QTreeView::expanded, this, expand);
+    connect(tvMain, &QTreeView::collapsed, this, collapse);
+    connect(tvMain, &QTreeView::clicked, this, click);
+    connect(tvMain->selectionModel(), &QItemSelectionModel::currentChanged, this, click);
 
     showDrives();
     showSettings();
@@ -632,25 +634,10 @@ void MainWindow::resizeEvent(QResizeEvent *event)
     fitToolbar();
 }
 
-void MainWindow::treeExpanded(const QModelIndex &index)
+void MainWindow::forwardTreeEvent(const QModelIndex &index, void (MainController::*event)(TreeNode &))
 {
-    if (m_treeSync || !index.isValid())
-        return;
-    m_c.treeExpand(*FolderTreeModel::nodeOf(index));
-}
-
-void MainWindow::treeCollapsed(const QModelIndex &index)
-{
-    if (m_treeSync || !index.isValid())
-        return;
-    m_c.treeCollapse(*FolderTreeModel::nodeOf(index));
-}
-
-void MainWindow::treeClicked(const QModelIndex &index)
-{
-    if (m_treeSync || !index.isValid())
-        return;
-    m_c.treeClick(*FolderTreeModel::nodeOf(index));
+    if (!m_treeSync && index.isValid())
+        (m_c.*event)(*FolderTreeModel::nodeOf(index));
 }
 
 void MainWindow::placeWindow()

@@ -26,6 +26,7 @@ class MainController;
 class FileListModel;
 class FolderTreeModel;
 class DriveList;
+struct TreeNode;
 
 // frmMain: the window over the controller. It only lays out, forwards events and shows what the
 // controller holds; every rule lives in the controller and the core below it.
@@ -61,9 +62,9 @@ private:
     void fitFileColumns();
     void fitToolbar();
 
-    void treeExpanded(const QModelIndex &index);
-    void treeCollapsed(const QModelIndex &index);
-    void treeClicked(const QModelIndex &index);
+    // A user's expand, collapse or click on the tree, to the controller; not the view following
+    // the tree's own changes.
+    void forwardTreeEvent(const QModelIndex &index, void (MainController::*event)(TreeNode &));
 
     MainController &m_c;
     FileListModel *m_listModel = nullptr;
