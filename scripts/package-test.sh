@@ -13,13 +13,9 @@ sudo=()
 [ "$(id -u)" -ne 0 ] && sudo=(sudo)
 fail() { echo "package-test: $*" >&2; exit 1; }
 
-"$root/scripts/deps.sh"
-launcher=()
-command -v ccache >/dev/null && launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
 # The executables, codec/ and help/ go to /usr/lib/kestrelvane; /usr/bin gets links to the two.
-cmake -S "$root" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DKV_BUILD_TESTS=OFF \
-    -DCMAKE_INSTALL_PREFIX=/usr -DKV_PROGRAM_DIR=lib/kestrelvane "${launcher[@]}" >/dev/null
-cmake --build "$build" -j 2
+KV_BUILD_DIR=$build "$root/scripts/build.sh" -DKV_BUILD_TESTS=OFF -DCMAKE_INSTALL_PREFIX=/usr \
+    -DKV_PROGRAM_DIR=lib/kestrelvane
 rm -f "$build"/kestrelvane_*.deb
 (cd "$build" && cpack -G DEB >/dev/null)
 deb=$(ls "$build"/kestrelvane_*.deb)

@@ -86,8 +86,7 @@ StartEnd MainController::Main(const StartOptions &options)
         applySelectionCaptions(m_labels, m_ui.text);
         ResetToDefaults(m_controls);
 
-        m_userConfigFolder = options.userConfigFolder;
-        m_configPath = configFileLocation(m_programFolder, m_userConfigFolder,
+        m_configPath = configFileLocation(m_programFolder, options.userConfigFolder,
                                           m_env.files.fileSize(configFilePath(m_programFolder)).has_value(),
                                           options.programFolderWritable);
         m_drives = m_env.volumes.mounted();
@@ -221,25 +220,20 @@ void MainController::toolbarClick(int position)
             const int shown = position - ShowWav;
             for (int i = 0; i < 4; ++i)
                 m_showPressed[static_cast<size_t>(i)] = i == shown;
-            // Wav files are encoded, the other three decoded.
-            const bool wav = position == ShowWav;
-            m_makeEnabled = {wav, wav, wav, !wav};
             m_list.pattern = patterns[shown];
             scan();
             break;
         }
         case MakeMp3:
-            make(MakeCommand::Mp3);
-            break;
         case MakeOgg:
-            make(MakeCommand::Ogg);
-            break;
         case MakeMpc:
-            make(MakeCommand::Mpc);
+        case MakeWav: {
+            // The toolbar's Make positions are in the commands' order.
+            static constexpr MakeCommand commands[] = {MakeCommand::Mp3, MakeCommand::Ogg, MakeCommand::Mpc,
+                                                       MakeCommand::Wav};
+            make(commands[position - MakeMp3]);
             break;
-        case MakeWav:
-            make(MakeCommand::Wav);
-            break;
+        }
         default:
             break;
         }

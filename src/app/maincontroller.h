@@ -151,7 +151,6 @@ public:
     std::function<void()> runChanged;
     // nullptr when conversions cannot run (no processes given).
     const ConversionRun *run() const { return m_run.get(); }
-    const RunParameters &runParameters() const { return m_parameters; }
     const RunWakeups &wakeups() const { return m_env.wakeups; }
 
     const InterfaceTexts &ui() const { return m_ui; }
@@ -165,13 +164,16 @@ public:
     bool makeAll() const { return m_makeAll; }
     // Pressed state of Show Wav, Mp3, Ogg, Mpc; enabled state of Make Mp3, Ogg, Mpc, Wav.
     const std::array<bool, 4> &showPressed() const { return m_showPressed; }
-    const std::array<bool, 4> &makeEnabled() const { return m_makeEnabled; }
+    // Wav files are encoded, the other three decoded.
+    std::array<bool, 4> makeEnabled() const
+    {
+        const bool wav = m_showPressed[0];
+        return {wav, wav, wav, !wav};
+    }
     int processorCount() const { return m_processors; }
-    const QString &programFolder() const { return m_programFolder; }
     const QString &configPath() const { return m_configPath; }
     // The configuration file was read at start (it had one record's length).
     bool configRead() const { return m_configRead; }
-    const QLocale &locale() const { return m_locale; }
 
 private:
     class Busy;
@@ -192,12 +194,10 @@ private:
     Volume m_drive;
     bool m_makeAll = false;
     std::array<bool, 4> m_showPressed = {true, false, false, false};
-    std::array<bool, 4> m_makeEnabled = {true, true, true, false};
     int m_processors = 1;
     QString m_programFolder;
     QString m_configPath;
     bool m_configRead = false;
-    QString m_userConfigFolder;
     RunParameters m_parameters;
     OptionTextBuilder m_optionText;
     std::unique_ptr<ConversionRun> m_run;

@@ -54,8 +54,10 @@ BuildEnd FolderTree::BuildTree(const Volume &drive)
 {
     BuildEnd end = BuildEnd::Stopped;
     guarded([&] {
-        // A drive that cannot be listed is reported before anything of the old tree goes.
-        if (!m_folders.listFolder(normalised(drive.mountPoint))) {
+        // A drive that cannot be listed is reported before anything of the old tree goes; the
+        // listing that tells so fills the root.
+        std::optional<FolderListing> listing = m_folders.listFolder(normalised(drive.mountPoint));
+        if (!listing) {
             end = BuildEnd::DriveNotReady;
             return;
         }
@@ -66,7 +68,7 @@ BuildEnd FolderTree::BuildTree(const Volume &drive)
         // A placeholder gives the root its expand button until the root is listed.
         m_root->children.push_back(newNode(m_root.get(), QStringLiteral("tree"), QStringLiteral("Hello")));
         observer().resetDone();
-        Expand(*m_root);
+        expandWith(*m_root, std::move(listing));
         end = BuildEnd::Built;
     });
     return end;
@@ -89,12 +91,18 @@ void FolderTree::removeChildren(TreeNode &node)
 
 bool FolderTree::Expand(TreeNode &node)
 {
+    return expandWith(node, std::nullopt);
+}
+
+bool FolderTree::expandWith(TreeNode &node, std::optional<FolderListing> listing)
+{
     return guarded([&] {
         removeChildren(node);
         node.expanded = true;
         observer().expandedChanged(node);
         const QString p = normalised(fullPath(node));
-        std::optional<FolderListing> listing = m_folders.listFolder(p);
+        if (!listing)
+            listing = m_folders.listFolder(p);
         if (!listing)
             throw Failure("folder not listed");
         // The folder counter is 16-bit: more than 32,767 sub-folders end the expansion here.

@@ -3,10 +3,12 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include <QString>
 
+#include "platform/folders.h"
 #include "platform/volumes.h"
 
 namespace kv {
@@ -96,6 +98,8 @@ public:
 
 private:
     void removeChildren(TreeNode &node);
+    // Expand with the node's listing when the caller has already read it.
+    bool expandWith(TreeNode &node, std::optional<FolderListing> listing);
     void select(TreeNode *node);
     std::unique_ptr<TreeNode> newNode(TreeNode *parent, QString key, QString text);
 

@@ -17,7 +17,7 @@ JobListModel::JobListModel(MainController &controller, QObject *parent)
 
 int JobListModel::rowCount(const QModelIndex &parent) const
 {
-    return parent.isValid() ? 0 : m_rows;
+    return parent.isValid() ? 0 : static_cast<int>(m_shown.size());
 }
 
 int JobListModel::columnCount(const QModelIndex &parent) const
@@ -30,15 +30,13 @@ void JobListModel::refresh()
     const ConversionRun *run = m_controller.run();
     static const std::vector<EncodeJob> none;
     const std::vector<EncodeJob> &jobs = run == nullptr ? none : run->jobs();
-    const int rows = static_cast<int>(jobs.size());
-    if (rows != m_rows) {
+    if (jobs.size() != m_shown.size()) {
         beginResetModel();
-        m_rows = rows;
         m_shown = jobs;
         endResetModel();
         return;
     }
-    for (int r = 0; r < rows; ++r) {
+    for (int r = 0; r < static_cast<int>(jobs.size()); ++r) {
         const auto i = static_cast<size_t>(r);
         if (jobs[i] == m_shown[i])
             continue;

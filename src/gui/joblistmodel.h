@@ -34,7 +34,6 @@ public:
 
 private:
     MainController &m_controller;
-    int m_rows = 0;
     std::vector<EncodeJob> m_shown;
 };
 

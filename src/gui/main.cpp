@@ -100,7 +100,6 @@ int main(int argc, char **argv)
         if (kv::pathKind(given) == kv::PathKind::Other)
             options.folder = given.left(std::max<qsizetype>(given.lastIndexOf(QLatin1Char('/')), 1));
     }
-    options.locale = QLocale::system();
 
     switch (controller.Main(options)) {
     case kv::StartEnd::Running:

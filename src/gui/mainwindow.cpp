@@ -1,8 +1,6 @@
 #include "gui/mainwindow.h"
 
-#include <QAccessible>
 #include <QAction>
-#include <QActionGroup>
 #include <QApplication>
 #include <QCloseEvent>
 #include <QResizeEvent>
@@ -14,6 +12,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QScopedValueRollback>
 #include <QScreen>
 #include <QSlider>
 #include <QSplitter>
@@ -155,8 +154,8 @@ MainWindow::MainWindow(MainController &controller, QWidget *parent) : QMainWindo
     };
     m_c.changed = [this] { showState(); };
 
-    // The tree was built before the window; the view follows it from here on.
-    m_treeSync = true;
+    // The tree was built before the window; the view follows it from here on. Its signals are
+    // connected only afterwards, so showing the tree as it stands hands nothing back.
     tvMain->setModel(m_treeModel);
     // Deep or long folder names scroll sideways instead of being cut short.
     tvMain->header()->setStretchLastSection(false);
@@ -167,12 +166,13 @@ MainWindow::MainWindow(MainController &controller, QWidget *parent) : QMainWindo
     }
     tvMain->setCurrentIndex(m_treeModel->indexOf(m_c.tree().selected()));
     tvMain->scrollTo(tvMain->currentIndex());
-    m_treeSync = false;
-    connect(tvMain, &QTreeView::expanded, this, &MainWindow::treeExpanded);
-    connect(tvMain, &QTreeView::collapsed, this, &MainWindow::treeCollapsed);
-    connect(tvMain, &QTreeView::clicked, this, &MainWindow::treeClicked);
-    connect(tvMain->selectionModel(), &QItemSelectionModel::currentChanged, this,
-            [this](const QModelIndex &current) { treeClicked(current); });
+    const auto expand = [this](const QModelIndex &i) { forwardTreeEvent(i, &MainController::treeExpand); };
+    const auto collapse = [this](const QModelIndex &i) { forwardTreeEvent(i, &MainController::treeCollapse); };
+    const auto click = [this](const QModelIndex &i) { forwardTreeEvent(i, &MainController::treeClick); };
+    connect(tvMain, &QTreeView::expanded, this, expand);
+    connect(tvMain, &QTreeView::collapsed, this, collapse);
+    connect(tvMain, &QTreeView::clicked, this, click);
+    connect(tvMain->selectionModel(), &QItemSelectionModel::currentChanged, this, click);
 
     showDrives();
     showSettings();
@@ -188,7 +188,7 @@ MainWindow::~MainWindow()
 
 void MainWindow::buildToolbar()
 {
-    auto *bar = named(new QToolBar, QStringLiteral("tbMain"));
+    auto *bar = m_toolbar = named(new QToolBar, QStringLiteral("tbMain"));
     bar->setMovable(false);
     bar->setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
     bar->setIconSize(QSize(32, 32));
@@ -241,16 +241,12 @@ QWidget *MainWindow::buildBrowser()
     tvMain->setMinimumWidth(180);
     m_treeModel = new FolderTreeModel(m_c.tree(), this);
     m_treeModel->expandRequested = [this](const QModelIndex &index, bool on) {
-        const bool was = m_treeSync;
-        m_treeSync = true;
+        const QScopedValueRollback sync(m_treeSync, true);
         tvMain->setExpanded(index, on);
-        m_treeSync = was;
     };
     m_treeModel->selectRequested = [this](const QModelIndex &index) {
-        const bool was = m_treeSync;
-        m_treeSync = true;
+        const QScopedValueRollback sync(m_treeSync, true);
         tvMain->setCurrentIndex(index);
-        m_treeSync = was;
     };
     layout->addWidget(tvMain, 1);
     return left;
@@ -405,28 +401,22 @@ void MainWindow::connectSettings()
     SettingsControls &s = m_c.controls();
     // Each change goes to the settings, which run the statistics; the window then shows the
     // settings again (mode controls, slider labels).
-    auto onIndex = [this](QComboBox *combo, auto setter) {
-        connect(combo, &QComboBox::activated, this, [this, setter](int index) {
-            guarded([&] { setter(index); });
-            showSettings();
-        });
-    };
-    onIndex(cmbMode, [&s](int i) { s.setMp3Mode(i); });
-    onIndex(cmbPreset, [&s](int i) { s.setMp3Preset(i); });
-    onIndex(cmbCbr, [&s](int i) { s.setMp3Cbr(i); });
-    onIndex(cmbModeOgg, [&s](int i) { s.setOggMode(i); });
-    onIndex(cmbModeMpc, [&s](int i) { s.setMpcMode(i); });
-    onIndex(cmbPresetMpc, [&s](int i) { s.setMpcPreset(i); });
-    auto onValue = [this](QSlider *slider, auto setter) {
-        connect(slider, &QSlider::valueChanged, this, [this, setter](int value) {
+    auto onChange = [this](auto *control, auto signal, auto setter) {
+        connect(control, signal, this, [this, setter](int value) {
             guarded([&] { setter(value); });
             showSettings();
         });
     };
-    onValue(sliAbr, [&s](int v) { s.setMp3Abr(v); });
-    onValue(sliPresetOgg, [&s](int v) { s.setOggQuality(v); });
-    onValue(sliAbrOgg, [&s](int v) { s.setOggAbr(v); });
-    onValue(sliMpc, [&s](int v) { s.setMpcQuality(v); });
+    onChange(cmbMode, &QComboBox::activated, [&s](int i) { s.setMp3Mode(i); });
+    onChange(cmbPreset, &QComboBox::activated, [&s](int i) { s.setMp3Preset(i); });
+    onChange(cmbCbr, &QComboBox::activated, [&s](int i) { s.setMp3Cbr(i); });
+    onChange(cmbModeOgg, &QComboBox::activated, [&s](int i) { s.setOggMode(i); });
+    onChange(cmbModeMpc, &QComboBox::activated, [&s](int i) { s.setMpcMode(i); });
+    onChange(cmbPresetMpc, &QComboBox::activated, [&s](int i) { s.setMpcPreset(i); });
+    onChange(sliAbr, &QSlider::valueChanged, [&s](int v) { s.setMp3Abr(v); });
+    onChange(sliPresetOgg, &QSlider::valueChanged, [&s](int v) { s.setOggQuality(v); });
+    onChange(sliAbrOgg, &QSlider::valueChanged, [&s](int v) { s.setOggAbr(v); });
+    onChange(sliMpc, &QSlider::valueChanged, [&s](int v) { s.setMpcQuality(v); });
     // Typing changes nothing else; the text is read when a job is made.
     connect(txtCmd, &QLineEdit::textEdited, this, [&s](const QString &t) { s.setMp3CommandLine(t); });
     connect(txtCmdOgg, &QLineEdit::textEdited, this, [&s](const QString &t) { s.setOggCommandLine(t); });
@@ -630,10 +620,10 @@ void MainWindow::fitToolbar()
             if (twoLines)
                 caption.replace(caption.indexOf(QLatin1Char(' ')), 1, QLatin1Char('\n'));
             a->setIconText(caption);
-            if (QWidget *button = findChild<QToolBar *>(QStringLiteral("tbMain"))->widgetForAction(a))
+            if (QWidget *button = m_toolbar->widgetForAction(a))
                 button->setAccessibleName(a->text());
         }
-        if (findChild<QToolBar *>(QStringLiteral("tbMain"))->sizeHint().width() <= width())
+        if (m_toolbar->sizeHint().width() <= width())
             break;
     }
 }
@@ -644,25 +634,10 @@ void MainWindow::resizeEvent(QResizeEvent *event)
     fitToolbar();
 }
 
-void MainWindow::treeExpanded(const QModelIndex &index)
+void MainWindow::forwardTreeEvent(const QModelIndex &index, void (MainController::*event)(TreeNode &))
 {
-    if (m_treeSync || !index.isValid())
-        return;
-    m_c.treeExpand(*FolderTreeModel::nodeOf(index));
-}
-
-void MainWindow::treeCollapsed(const QModelIndex &index)
-{
-    if (m_treeSync || !index.isValid())
-        return;
-    m_c.treeCollapse(*FolderTreeModel::nodeOf(index));
-}
-
-void MainWindow::treeClicked(const QModelIndex &index)
-{
-    if (m_treeSync || !index.isValid())
-        return;
-    m_c.treeClick(*FolderTreeModel::nodeOf(index));
+    if (!m_treeSync && index.isValid())
+        (m_c.*event)(*FolderTreeModel::nodeOf(index));
 }
 
 void MainWindow::placeWindow()

@@ -15,6 +15,7 @@ class QLineEdit;
 class QPushButton;
 class QSlider;
 class QTabBar;
+class QToolBar;
 class QToolButton;
 class QTreeView;
 
@@ -25,6 +26,7 @@ class MainController;
 class FileListModel;
 class FolderTreeModel;
 class DriveList;
+struct TreeNode;
 
 // frmMain: the window over the controller. It only lays out, forwards events and shows what the
 // controller holds; every rule lives in the controller and the core below it.
@@ -60,9 +62,9 @@ private:
     void fitFileColumns();
     void fitToolbar();
 
-    void treeExpanded(const QModelIndex &index);
-    void treeCollapsed(const QModelIndex &index);
-    void treeClicked(const QModelIndex &index);
+    // A user's expand, collapse or click on the tree, to the controller; not the view following
+    // the tree's own changes.
+    void forwardTreeEvent(const QModelIndex &index, void (MainController::*event)(TreeNode &));
 
     MainController &m_c;
     FileListModel *m_listModel = nullptr;
@@ -75,6 +77,7 @@ private:
     DriveList *drvMain = nullptr;
     QTreeView *tvMain = nullptr;
     QTreeView *lstMain = nullptr;
+    QToolBar *m_toolbar = nullptr;
     std::array<QAction *, 12> tbMain{}; // by position 1 to 11; 5 and 7 are separators
     ConversionFrame *m_conversion = nullptr;
     QGroupBox *frEncode = nullptr;

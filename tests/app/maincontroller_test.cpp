@@ -145,35 +145,13 @@ TEST(MainWindowState, SavedAtCloseAndRestoredWithTheLanguageSwitchedFromTheStatu
     EXPECT_EQ(m.opened, QStringList{u"/opt/kv/help/rus/index.htm"_s});
 }
 
-TEST(MainCommands, FolderArgumentShowCommandsMakeAllChecksAndTheDriveList)
+TEST(MainCommands, FolderArgumentOptionChangeAndTheDriveList)
 {
     Machine m;
     auto c = m.start(u"/music/rock"_s);
     EXPECT_EQ(c->tree().selected()->text, u"rock"_s);
     EXPECT_EQ(c->fileList().rows.size(), 2U);
-    EXPECT_EQ(c->labels()[SelectionLabels::Count], u"0"_s);
-    int rowChanges = 0;
-    c->rowsChanged = [&] { ++rowChanges; };
-
-    const struct { int position; std::array<bool, 4> make; const char *pattern; size_t rows; } shows[] = {
-        {ShowMp3, {false, false, false, true}, "*.mp3", 1},
-        {ShowOgg, {false, false, false, true}, "*.ogg", 0},
-        {ShowWav, {true, true, true, false}, "*.wav", 2},
-    };
-    for (const auto &s : shows) {
-        c->toolbarClick(s.position);
-        EXPECT_EQ(c->makeEnabled(), s.make) << s.pattern;
-        EXPECT_EQ(c->fileList().pattern, QLatin1String(s.pattern));
-        EXPECT_EQ(c->fileList().rows.size(), s.rows) << s.pattern;
-        EXPECT_TRUE(c->showPressed()[static_cast<size_t>(s.position - ShowWav)]);
-    }
-    EXPECT_EQ(rowChanges, 3);
-
-    c->setRowChecked(1, true);
-    EXPECT_EQ(c->labels()[SelectionLabels::Count], u"1"_s);
-    EXPECT_EQ(c->labels()[SelectionLabels::Size], u"10 MB"_s);
     c->toolbarClick(MakeAll);
-    EXPECT_EQ(c->labels()[SelectionLabels::Count], u"2"_s);
     c->controls().setMp3Mode(3); // command line: 224 kbps
     EXPECT_EQ(c->labels()[SelectionLabels::Mp3Forecast], u"3.2 MB"_s);
 

@@ -3,7 +3,6 @@
 #include <map>
 #include <set>
 
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -27,6 +26,7 @@
 #include "platform/nativenames.h"
 #include "platform/posix/posixfolders.h"
 #include "settings/configrecord.h"
+#include "support/bytefiles.h"
 #include "support/qtprinters.h"
 #include "windowrig.h"
 
@@ -364,15 +364,6 @@ std::map<QString, QString> snapshot(const QString &root)
     return files;
 }
 
-// Writes a file under a name given as bytes, which QFile would take as UTF-8.
-void writeNative(const QByteArray &path, const QByteArray &bytes)
-{
-    const int fd = ::open(path.constData(), O_CREAT | O_WRONLY | O_TRUNC, 0644);
-    ASSERT_GE(fd, 0) << path.constData();
-    ASSERT_EQ(::write(fd, bytes.constData(), static_cast<size_t>(bytes.size())), bytes.size());
-    ::close(fd);
-}
-
 } // namespace
 
 TEST(WindowFaults, NamesNotUtf8CrowdedFoldersAndNothingWrittenButTheConfiguration)
@@ -387,11 +378,11 @@ TEST(WindowFaults, NamesNotUtf8CrowdedFoldersAndNothingWrittenButTheConfiguratio
         ::unlink((QByteArray(folder) + "/\xCF\xE8\xF0.wav").constData());
         ::rmdir(folder);
     });
-    writeNative(latin + "/\xCF\xE8\xF0.wav", readAll(QStringLiteral(KV_TEST_DATA_DIR "/wav/stereo-16bit-44100.wav")));
+    writeFile(latin + "/\xCF\xE8\xF0.wav", readAll(QStringLiteral(KV_TEST_DATA_DIR "/wav/stereo-16bit-44100.wav")));
     const QString crowded = s.at("crowded");
     QDir().mkpath(crowded);
     for (int i = 0; i < 100000; ++i)
-        writeNative(QFile::encodeName(crowded) + u"/%1.%2"_s.arg(i).arg(QLatin1String(i < 40000 ? "wav" : "txt")).toUtf8(), {});
+        writeFile(QFile::encodeName(crowded) + u"/%1.%2"_s.arg(i).arg(QLatin1String(i < 40000 ? "wav" : "txt")).toUtf8(), {});
 
     const auto before = snapshot(s.dir.path());
     ASSERT_EQ(s.start(s.at("rock")), StartEnd::Running);
