@@ -23,7 +23,6 @@
 #include "app/maincontroller.h"
 #include "gui/guiplatform.h"
 #include "gui/mainwindow.h"
-#include "media/readers.h"
 #include "platform/posix/posixclock.h"
 #include "platform/posix/posixfiles.h"
 #include "platform/posix/posixfolders.h"
@@ -109,10 +108,9 @@ int main(int argc, char **argv)
     kv::GuiBusyCursor busy;
     kv::MainController c(kv::Environment{
         files, folders, drive, lock, messages, busy,
-        [&files](kv::AudioFormat f, const QString &d, const QString &n) { return kv::readMediaInfo(f, d, n, files); },
+        kv::headerReaders(files),
         [slots] { return slots; }, {}, &processes, &clock, [] {},
-        kv::RunWakeups{kv::PosixProcesses::exitEventDescriptor(), processes.outputDescriptor(),
-                       [] { kv::PosixProcesses::clearExitEvents(); }, [&processes] { processes.readOutput(); }}});
+        processes.wakeups()});
     kv::StartOptions options{program, program + QStringLiteral("config"), true, folder, QLocale::system()};
     if (c.Main(options) != kv::StartEnd::Running)
         return 1;

@@ -20,7 +20,6 @@
 #include "gui/foldertreemodel.h"
 #include "gui/guiplatform.h"
 #include "gui/mainwindow.h"
-#include "media/readers.h"
 #include "platform/posix/posixfiles.h"
 #include "platform/posix/posixfolders.h"
 #include "platform/posix/posixinstancelock.h"
@@ -97,7 +96,7 @@ int main(int argc, char **argv)
     kv::GuiBusyCursor busy;
     kv::MainController c(kv::Environment{
         files, folders, drive, lock, messages, busy,
-        [&files](kv::AudioFormat f, const QString &d, const QString &n) { return kv::readMediaInfo(f, d, n, files); },
+        kv::headerReaders(files),
         [&processes] { return processes.processorCount(); }, {}});
     kv::StartOptions options{work + QStringLiteral("/prog/"), work + QStringLiteral("/config"), true,
                              work + QStringLiteral("/mp3"), QLocale::system()};

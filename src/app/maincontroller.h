@@ -12,6 +12,7 @@
 #include "browser/foldertree.h"
 #include "browser/selectionstats.h"
 #include "engine/runparameters.h"
+#include "platform/processes.h"
 #include "platform/volumes.h"
 #include "settings/configrecord.h"
 #include "settings/settingscontrols.h"
@@ -42,16 +43,6 @@ public:
     virtual ~BusyCursor() = default;
     virtual void begin() = 0;
     virtual void end() = 0;
-};
-
-// How the event loop learns that a conversion has news: descriptors that become readable when a
-// codec ended (exits) or wrote on its standard error (output); -1 when there is none to watch.
-struct RunWakeups
-{
-    int exits = -1;
-    int output = -1;
-    std::function<void()> clearExits; // before the tick an exit wakes, so no exit is missed
-    std::function<void()> readOutput;
 };
 
 // What the window's commands reach of the machine.

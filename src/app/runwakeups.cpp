@@ -2,7 +2,7 @@
 
 #include <QSocketNotifier>
 
-#include "app/maincontroller.h"
+#include "platform/processes.h"
 
 namespace kv {
 

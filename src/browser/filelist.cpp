@@ -3,12 +3,20 @@
 #include "browser/columnvalues.h"
 #include "browser/freespace.h"
 #include "common/checked.h"
+#include "media/readers.h"
 #include "common/failure.h"
 #include "common/texts.h"
 #include "platform/folders.h"
 #include "ui/interfacetexts.h"
 
 namespace kv {
+
+RowReader headerReaders(Files &files)
+{
+    return [&files](AudioFormat format, const QString &folder, const QString &name) {
+        return readMediaInfo(format, folder, name, files);
+    };
+}
 
 namespace {
 

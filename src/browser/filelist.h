@@ -37,6 +37,10 @@ struct FileListState
 // Reads one file's row: (format, folder with trailing "/", file name) -> row or none.
 using RowReader = std::function<std::optional<MediaInfo>(AudioFormat, const QString &, const QString &)>;
 
+class Files;
+// The header readers over files, the reader every program and benchmark lists with.
+RowReader headerReaders(Files &files);
+
 // Everything ScanFolder reads and writes, passed in so tests can fake each piece.
 struct ScanContext
 {

@@ -10,7 +10,6 @@
 #include <QTimer>
 
 #include "app/codecset.h"
-#include "app/maincontroller.h"
 #include "app/runwakeups.h"
 #include "browser/filelist.h"
 #include "cli/arguments.h"
@@ -19,7 +18,6 @@
 #include "engine/conversionrun.h"
 #include "engine/jobfailure.h"
 #include "engine/runparameters.h"
-#include "media/readers.h"
 #include "platform/posix/posixclock.h"
 #include "platform/posix/posixfiles.h"
 #include "platform/posix/posixfolders.h"
@@ -221,9 +219,7 @@ int runConvert(const QStringList &args)
     list.path = *folder;
     list.pattern = patternOf(shown);
     ScanContext scan{list, status, text, locale, folders,
-                     [&files](AudioFormat format, const QString &folder, const QString &name) {
-                         return readMediaInfo(format, folder, name, files);
-                     },
+                     headerReaders(files),
                      {}, {}, {}};
     if (ScanFolder(scan) == ScanEnd::NotListed) {
         err(QStringLiteral("kestrelvane-cli: ") + escapedText(request.folder) + QStringLiteral(": cannot read folder\n"));
@@ -289,9 +285,7 @@ int runConvert(const QStringList &args)
     QTimer timer;
     timer.setInterval(100);
     QObject::connect(&timer, &QTimer::timeout, &loop, work);
-    watchRunWakeups(&loop, RunWakeups{PosixProcesses::exitEventDescriptor(), processes.outputDescriptor(),
-                                      [] { PosixProcesses::clearExitEvents(); }, [&] { processes.readOutput(); }},
-                    work);
+    watchRunWakeups(&loop, processes.wakeups(), work);
     // The first Ctrl-C lets the running jobs finish; a second one, or a request to end (SIGTERM,
     // SIGHUP) or a closed output pipe, kills the running codecs at once.
     QSocketNotifier interrupted(InterruptWatcher::install(), QSocketNotifier::Read);

@@ -8,7 +8,6 @@
 #include "cli/arguments.h"
 #include "cli/clitext.h"
 #include "cli/command.h"
-#include "media/readers.h"
 #include "platform/posix/posixfiles.h"
 #include "platform/posix/posixfolders.h"
 #include "settings/configfile.h"
@@ -92,9 +91,7 @@ int runList(const QStringList &args)
     bool statsReached = false;
 
     ScanContext context{list, status, text, locale, folders,
-                        [&files](AudioFormat format, const QString &folder, const QString &name) {
-                            return readMediaInfo(format, folder, name, files);
-                        },
+                        headerReaders(files),
                         {},
                         [&] {
                             // Settings are read only when the scan gets this far; a malformed row

@@ -4,7 +4,6 @@
 #include <cstring>
 
 #include <QCoreApplication>
-#include <QFileInfo>
 #include <QStandardPaths>
 
 #include "cli/clitext.h"
@@ -77,7 +76,7 @@ QString configFile()
     const QString folder = programFolder();
     PosixFiles files;
     return configFileLocation(folder, QStandardPaths::writableLocation(QStandardPaths::AppConfigLocation),
-                              files.fileSize(configFilePath(folder)).has_value(), QFileInfo(folder).isWritable());
+                              files.fileSize(configFilePath(folder)).has_value(), isWritableFolder(folder));
 }
 
 int usageError(const Command &command, const QString &problem)

@@ -5,13 +5,11 @@
 
 #include <QApplication>
 #include <QCommandLineParser>
-#include <QFileInfo>
 #include <QStandardPaths>
 
 #include "app/maincontroller.h"
 #include "gui/guiplatform.h"
 #include "gui/mainwindow.h"
-#include "media/readers.h"
 #include "platform/posix/posixclock.h"
 #include "platform/posix/posixfiles.h"
 #include "platform/nativenames.h"
@@ -80,19 +78,16 @@ int main(int argc, char **argv)
     kv::GuiBusyCursor busy;
     kv::MainController controller(kv::Environment{
         files, folders, volumes, lock, messages, busy,
-        [&files](kv::AudioFormat format, const QString &folder, const QString &name) {
-            return kv::readMediaInfo(format, folder, name, files);
-        },
+        kv::headerReaders(files),
         [&processes] { return processes.processorCount(); },
         [](const QString &document) { kv::openDocument(document); },
         &processes, &clock, [] { QApplication::beep(); },
-        kv::RunWakeups{kv::PosixProcesses::exitEventDescriptor(), processes.outputDescriptor(),
-                       [] { kv::PosixProcesses::clearExitEvents(); }, [&processes] { processes.readOutput(); }}});
+        processes.wakeups()});
 
     kv::StartOptions options;
     options.programFolder = programFolder;
     options.userConfigFolder = QStandardPaths::writableLocation(QStandardPaths::AppConfigLocation);
-    options.programFolderWritable = QFileInfo(programFolder).isWritable();
+    options.programFolderWritable = kv::isWritableFolder(programFolder);
     if (!parser.positionalArguments().isEmpty()) {
         // A file given (a desktop's %f can be one) opens the folder that holds it.
         const QString given = kv::absolutePath(parser.positionalArguments().first());

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 
 #include <QByteArray>
@@ -48,6 +49,16 @@ public:
     virtual std::optional<ProcessEnd> endOf(ProcessHandle handle) = 0;
     // Number of processors, 1 to 8.
     virtual int processorCount() = 0;
+};
+
+// How an event loop learns that children have news: descriptors that become readable when a
+// child ended (exits) or wrote on its standard error (output); -1 when there is none to watch.
+struct RunWakeups
+{
+    int exits = -1;
+    int output = -1;
+    std::function<void()> clearExits; // before the tick an exit wakes, so no exit is missed
+    std::function<void()> readOutput;
 };
 
 // Splits a command line into arguments by the codecs' original platform's rules: blanks and tabs

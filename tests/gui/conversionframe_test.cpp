@@ -87,8 +87,7 @@ struct Session : WindowRig
         environment.processes = &processes;
         environment.clock = &clock;
         environment.beep = [this] { ++beeps; };
-        environment.wakeups = RunWakeups{PosixProcesses::exitEventDescriptor(), processes.outputDescriptor(),
-                                         [] { PosixProcesses::clearExitEvents(); }, [this] { processes.readOutput(); }};
+        environment.wakeups = processes.wakeups();
         ASSERT_EQ(open(environment, music), StartEnd::Running);
     }
 

@@ -12,7 +12,6 @@
 #include "app/maincontroller.h"
 #include "gui/guiplatform.h"
 #include "gui/mainwindow.h"
-#include "media/readers.h"
 #include "platform/posix/posixfiles.h"
 #include "platform/posix/posixinstancelock.h"
 #include "platform/volumes.h"
@@ -79,9 +78,7 @@ struct WindowRig
         controller.reset();
         lock = std::make_unique<PosixInstanceLock>(program);
         return Environment{files, folders, drive, *lock, messages, busy,
-                           [this](AudioFormat format, const QString &f, const QString &name) {
-                               return readMediaInfo(format, f, name, files);
-                           },
+                           headerReaders(files),
                            [] { return 2; }, {}};
     }
     StartEnd open(const Environment &environment, const QString &folder)

@@ -22,6 +22,11 @@ PathKind pathKind(const QString &path)
     return S_ISDIR(st.st_mode) ? PathKind::Folder : PathKind::Other;
 }
 
+bool isWritableFolder(const QString &folder)
+{
+    return ::access(bytesFromName(folder).constData(), W_OK) == 0;
+}
+
 QString absolutePath(const QString &path)
 {
     if (path.startsWith(QLatin1Char('/')))

@@ -13,6 +13,9 @@ PathKind pathKind(const QString &path);
 // a trip through the locale's codec, so undecodable bytes in either part survive.
 QString absolutePath(const QString &path);
 
+// Whether this user may create files in folder; the path goes to the system byte for byte.
+bool isWritableFolder(const QString &folder);
+
 // Folder of the running executable, ending in "/"; empty when the system does not tell.
 QString executableFolder();
 

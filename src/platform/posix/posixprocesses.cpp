@@ -305,6 +305,11 @@ int PosixProcesses::exitEventDescriptor()
     return g_exitPipe.readEnd;
 }
 
+RunWakeups PosixProcesses::wakeups()
+{
+    return RunWakeups{exitEventDescriptor(), outputDescriptor(), [] { clearExitEvents(); }, [this] { readOutput(); }};
+}
+
 void PosixProcesses::clearExitEvents()
 {
     if (g_exitPipe.readEnd >= 0)

@@ -38,6 +38,8 @@ public:
     static int exitEventDescriptor();
     // Empties that descriptor; call before the tick work it triggers, so no exit is missed.
     static void clearExitEvents();
+    // The three above together, for the event loop that runs a conversion.
+    RunWakeups wakeups();
 
 private:
     struct Child
