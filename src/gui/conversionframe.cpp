@@ -115,10 +115,6 @@ void ConversionFrame::applyTexts()
     cmbEncode[1]->setText(t.closeButton);
     const bool russian = currentLanguage(m_c.ui()) == Language::Russian;
     actAbortJob->setText(abortJobText(russian));
-    // What a screen reader calls the parts that have no caption of their own.
-    lstCode->setAccessibleName(russian ? QStringLiteral("Задания") : QStringLiteral("Jobs"));
-    pbEncode->setAccessibleName(russian ? QStringLiteral("Ход работы") : QStringLiteral("Progress"));
-    txtDetails->setAccessibleName(russian ? QStringLiteral("Почему задание не удалось") : QStringLiteral("Why the job failed"));
     m_model->languageChanged();
     // The labels keep their width as their numbers change, so a tick redraws them alone instead
     // of laying out the frame again.

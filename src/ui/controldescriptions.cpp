@@ -42,6 +42,15 @@ constexpr Entry entries[] = {
     {"cmdDefault", "", "Restores the default encoder options", "", "Возвращает исходные параметры сжатия"},
     {"frInfo", "Statistics", "Selected files and the forecast size after conversion", "Статистика",
      "Выбранные файлы и прогноз размера после преобразования"},
+    {"frEncode", "Conversion", "The files being converted, the progress of the run and one picture per codec",
+     "Преобразование", "Преобразуемые файлы, ход работы и по значку на каждый кодек"},
+    {"lstCode", "Jobs", "One row per file of the run: its status, sizes and time; Enter tells why a job failed",
+     "Задания", "По строке на файл: статус, размеры и время; Enter объясняет, почему задание не удалось"},
+    {"pbEncode", "Progress", "Seconds of the run against its estimated length", "Ход работы",
+     "Прошедшее время против ожидаемой длительности"},
+    {"txtDetails", "Why the job failed", "How the codec ended and the end of its error output",
+     "Почему задание не удалось", "Как завершился кодек и конец его сообщений об ошибках"},
+    {"frPlayer", "Player", "Plays the listed files", "Проигрыватель", "Проигрывает файлы списка"},
     {"stbMain", "Status", "Processors, free space and totals of the listed folder", "Состояние",
      "Процессоры, свободное место и итоги показанной папки"},
     {"stbMain_7", "", "Switches the interface language", "", "Переключает язык интерфейса"},
@@ -99,6 +108,14 @@ QString controlCaption(const QString &objectName, Language language)
 
 ControlDescription describeControl(const QString &objectName, Language language)
 {
+    // The slot pictures are one array: each is named by its number, from 1.
+    static const QString slotPrefix = QStringLiteral("imProc_");
+    if (objectName.startsWith(slotPrefix)) {
+        const QString n = QString::number(objectName.mid(slotPrefix.size()).toInt() + 1);
+        return language == Language::Russian
+                   ? ControlDescription{QStringLiteral("Кодек ") + n, QStringLiteral("Зелёный, пока кодек работает; серый, пока ждёт")}
+                   : ControlDescription{QStringLiteral("Codec ") + n, QStringLiteral("Green while its codec runs, grey while idle")};
+    }
     for (const Entry &e : entries) {
         if (objectName != QLatin1String(e.objectName))
             continue;
