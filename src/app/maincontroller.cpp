@@ -10,6 +10,7 @@
 #include "platform/files.h"
 #include "platform/folders.h"
 #include "platform/instancelock.h"
+#include "player/player.h"
 #include "settings/configfile.h"
 
 namespace kv {
@@ -41,7 +42,13 @@ MainController::MainController(Environment environment)
     wireControls();
 }
 
-MainController::~MainController() = default;
+MainController::~MainController()
+{
+    // No sound outlives the program, however it ends.
+    playerView = {};
+    if (m_player)
+        m_player->PlayStop();
+}
 
 void MainController::wireControls()
 {
@@ -109,15 +116,31 @@ StartEnd MainController::Main(const StartOptions &options)
         m_ui.status.panel(1) = m_ui.text.cpuLabel + QString::number(m_processors) + QStringLiteral("  ");
         ShowFreeDiskSpace(m_list.currentFolder.isEmpty() ? startFolder : m_list.currentFolder, m_env.folders,
                           m_ui.status, m_ui.text, m_locale);
-        if (m_env.processes != nullptr && m_env.clock != nullptr)
+        if (m_env.processes != nullptr && m_env.clock != nullptr) {
+            m_player = std::make_unique<Player>(PlayerContext{
+                *m_env.processes, *m_env.clock, m_list, m_programFolder,
+                [this] { return playerView.firstSelectedRow ? playerView.firstSelectedRow() : -1; },
+                [this](int row) {
+                    if (playerView.rowChanged)
+                        playerView.rowChanged(row);
+                },
+                [this](int row) {
+                    if (playerView.selectRow)
+                        playerView.selectRow(row);
+                },
+                [this](int row) {
+                    if (playerView.scrollTo)
+                        playerView.scrollTo(row);
+                }});
             m_run = std::make_unique<ConversionRun>(
                 ConversionContext{*m_env.clock, *m_env.processes, m_env.files, m_parameters, m_list, m_programFolder,
                                   [this] {
                                       if (m_env.beep)
                                           m_env.beep();
                                   },
-                                  {}}, // no player yet
+                                  [this] { stopPlayer(); }},
                 m_ui.text);
+        }
         end = StartEnd::Running;
     });
     notify(changed);
@@ -189,9 +212,12 @@ void MainController::scan()
 {
     notify(rowsAboutToChange);
     ScanContext context{m_list, m_ui.status, m_ui.text, m_locale, m_env.folders, m_env.readRow,
-                        {}, // no player yet
+                        [this] { stopPlayer(); },
                         [this] { refreshStats(); },
-                        {}};
+                        [this] {
+                            if (m_player)
+                                m_player->rewind();
+                        }};
     ScanFolder(context);
     notify(rowsChanged);
 }
@@ -294,6 +320,7 @@ bool MainController::closeRequested(bool conversionFrameVisible)
 {
     if (conversionFrameVisible || (m_run && m_run->display().frameVisible))
         return false;
+    stopPlayer();
     m_controls.setStartFolder(m_list.path);
     // The user's configuration folder may not exist yet; the program folder always does.
     const QString folder = QFileInfo(m_configPath).absolutePath();
@@ -306,6 +333,37 @@ bool MainController::closeRequested(bool conversionFrameVisible)
 } // namespace kv
 
 namespace kv {
+
+// ---- The player ----
+
+const PlayerDisplay *MainController::playerDisplay() const
+{
+    return m_player ? &m_player->display() : nullptr;
+}
+
+void MainController::stopPlayer()
+{
+    if (!m_player)
+        return;
+    m_player->PlayStop();
+    notify(playerView.changed);
+}
+
+void MainController::playerClick(int button)
+{
+    if (!m_player)
+        return;
+    m_player->click(button);
+    notify(playerView.changed);
+}
+
+void MainController::playerTick()
+{
+    if (!m_player || !m_player->display().timerEnabled)
+        return;
+    m_player->tick();
+    notify(playerView.changed);
+}
 
 // ---- The conversion frame ----
 
@@ -353,6 +411,9 @@ void MainController::encodeTick(bool codecEnded)
 {
     if (m_env.wakeups.clearExits)
         m_env.wakeups.clearExits();
+    // A decoder that ended is seen at once too, so the next row follows without a timer's wait.
+    if (codecEnded)
+        playerTick();
     if (!m_run || !m_run->display().timerEnabled)
         return;
     m_run->tick();

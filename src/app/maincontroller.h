@@ -25,7 +25,9 @@ class ConversionRun;
 class Files;
 class Folders;
 class InstanceLock;
+class Player;
 class Processes;
+struct PlayerDisplay;
 
 // The message boxes of the window, so start-up and the tree can be run without a display.
 class Messages
@@ -71,6 +73,17 @@ struct StartOptions
     bool programFolderWritable = true;
     QString folder;            // the FOLDER argument: opened instead of the remembered folder
     QLocale locale = QLocale::system();
+};
+
+// What the player moves in the window: the selection and scroll position of the file list, and
+// a row's bold font. Rows are 0-based.
+struct PlayerView
+{
+    std::function<int()> firstSelectedRow; // -1 when none
+    std::function<void(int row)> rowChanged;
+    std::function<void(int row)> selectRow;
+    std::function<void(int row)> scrollTo;
+    std::function<void()> changed; // after anything the player frame shows changed
 };
 
 enum class StartEnd { Running, AlreadyRunning, CodecsMissing, Failed };
@@ -138,6 +151,15 @@ public:
     void encodeTick(bool codecEnded = false);
     // "Abort this job" on row (0-based) of lstCode.
     bool abortJob(int row);
+    // The player frame: imPlay's click by button index, and tmrPlay.
+    void playerClick(int button);
+    void playerTick();
+    // What the player moves in the window; set by the window.
+    PlayerView playerView;
+    // nullptr when nothing can play (no processes given).
+    const PlayerDisplay *playerDisplay() const;
+    const Player *player() const { return m_player.get(); }
+
     // Called after anything the conversion frame shows changed.
     std::function<void()> runChanged;
     // nullptr when conversions cannot run (no processes given).
@@ -172,6 +194,7 @@ private:
     void changeDrive(const Volume &drive, bool fallback);
     void notify(const std::function<void()> &hook) const;
     void make(MakeCommand command);
+    void stopPlayer();
 
     Environment m_env;
     QLocale m_locale;
@@ -192,6 +215,7 @@ private:
     RunParameters m_parameters;
     OptionTextBuilder m_optionText;
     std::unique_ptr<ConversionRun> m_run;
+    std::unique_ptr<Player> m_player;
 };
 
 // The fixed English message of a second start, the same in both languages.

@@ -1,0 +1,314 @@
+#include <gtest/gtest.h>
+
+#include <map>
+#include <set>
+
+#include "browser/filelist.h"
+#include "platform/clock.h"
+#include "player/player.h"
+#include "player/playercommand.h"
+#include "support/qtprinters.h"
+
+using namespace kv;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// A player over a list in /m/ whose clock and processes are the rig's own. A started process
+// runs until the test ends it or the player kills it.
+struct Rig : Clock, Processes
+{
+    double now = 36000;
+    FileListState list{.pattern = u"*.mp3"_s, .currentFolder = u"/m/"_s};
+    std::vector<std::pair<QString, ChildEnvironment>> started;
+    std::set<ProcessHandle> running;
+    std::vector<ProcessHandle> killed;
+    bool failStarts = false;
+    int selected = -1;
+    std::vector<int> selections, scrolls;
+    Player player{PlayerContext{*this, *this, list, u"/opt/kv/"_s, [this] { return selected; }, {},
+                                [this](int r) { selections.push_back(r); }, [this](int r) { scrolls.push_back(r); }}};
+
+    explicit Rig(const QString &pattern, std::initializer_list<const char *> durations = {"0:00:03", "0:00:05", "0:00:02"})
+    {
+        list.pattern = pattern;
+        int i = 0;
+        for (const char *d : durations) {
+            FileRow row;
+            row.info[MediaInfo::Name] = u"%1.%2"_s.arg(QChar(u'a' + i++)).arg(pattern.mid(2));
+            row.info[MediaInfo::Duration] = QLatin1String(d);
+            list.rows.push_back(row);
+        }
+    }
+
+    double secondsSinceMidnight() override { return now; }
+    std::optional<ProcessHandle> start(const QString &commandLine, ChildEnvironment env) override
+    {
+        if (failStarts)
+            return std::nullopt;
+        started.emplace_back(commandLine, env);
+        const auto h = static_cast<ProcessHandle>(started.size());
+        running.insert(h);
+        return h;
+    }
+    bool hasEnded(ProcessHandle h) override { return !running.count(h); }
+    void kill(ProcessHandle h) override
+    {
+        if (running.erase(h))
+            killed.push_back(h);
+    }
+    std::optional<ProcessEnd> endOf(ProcessHandle) override { return std::nullopt; }
+    int processorCount() override { return 1; }
+
+    // The last process started ends by itself.
+    void endLast() { running.erase(static_cast<ProcessHandle>(started.size())); }
+    // Ticks of 100 ms for the given seconds, counted in tenths so no error adds up.
+    void run(double seconds)
+    {
+        const double base = now;
+        for (int i = 1; i <= static_cast<int>(seconds * 10 + 0.5); ++i) {
+            now = base + i / 10.0;
+            if (player.display().timerEnabled)
+                player.tick();
+        }
+    }
+    std::vector<int> boldRows() const
+    {
+        std::vector<int> rows;
+        for (size_t i = 0; i < list.rows.size(); ++i)
+            if (list.rows[i].bold)
+                rows.push_back(static_cast<int>(i) + 1);
+        return rows;
+    }
+    QString lastFile() const
+    {
+        const QString c = started.empty() ? QString() : started.back().first;
+        return c.mid(c.lastIndexOf(u'/') + 1).chopped(1);
+    }
+};
+
+TEST(PlayerCommand, DecoderTableAndExactCommandLines)
+{
+    const struct { const char *pattern, *command; } cases[] = {
+        {"*.mp3", R"("/opt/kv/codec/madplay" -Q "/m/a b.mp3")"},
+        {"*.ogg", R"("/opt/kv/codec/oggdec" -p "/m/a b.mp3")"},
+        {"*.mpc", R"("/opt/kv/codec/mppdec" --silent "/m/a b.mp3")"},
+    };
+    for (const auto &c : cases) {
+        const auto decoder = playerDecoder(QLatin1String(c.pattern));
+        ASSERT_TRUE(decoder) << c.pattern;
+        EXPECT_EQ(playerCommandLine(u"/opt/kv/"_s, *decoder, u"/m/a b.mp3"_s), QLatin1String(c.command));
+    }
+    for (const char *none : {"*.wav", "*.MP3", "*.mp3 ", ""})
+        EXPECT_FALSE(playerDecoder(QLatin1String(none))) << none;
+    EXPECT_EQ(soundCommandLine(u"/m/-x \"y\".wav"_s), uR"("/usr/bin/aplay" -q "/m/-x \"y\".wav")"_s);
+    // A quote in a name reaches the decoder as one argument.
+    EXPECT_EQ(splitCommandLine(playerCommandLine(u"/p/"_s, *playerDecoder(u"*.ogg"_s), u"/m/say \"hi\".ogg"_s)),
+              QStringList({u"/p/codec/oggdec"_s, u"-p"_s, u"/m/say \"hi\".ogg"_s}));
+}
+
+// Rows of a decoded kind follow each other as each decoder exits; the bold row, the selection,
+// the scrolled row, the title and the command move with them.
+TEST(Player, DecodedRowsPlayInTurnToTheEndOfTheList)
+{
+    Rig rig(u"*.ogg"_s);
+    rig.selected = 0;
+    rig.player.click(Player::Play);
+    EXPECT_TRUE(rig.player.display().timerEnabled);
+    EXPECT_TRUE(rig.started.empty()) << "the row starts at the next tick";
+    rig.run(0.1);
+    ASSERT_EQ(rig.started.size(), 1u);
+    EXPECT_EQ(rig.started[0].first, uR"("/opt/kv/codec/oggdec" -p "/m/a.ogg")"_s);
+    EXPECT_EQ(rig.started[0].second, ChildEnvironment::Empty);
+    EXPECT_EQ(rig.player.display().lblPlay, u"a.ogg (0:00:03)"_s);
+    EXPECT_EQ(rig.player.display().progressMax, 3);
+    EXPECT_EQ(rig.boldRows(), std::vector<int>{1});
+
+    rig.run(1.7);
+    EXPECT_EQ(rig.player.display().lblPlayTime, u"0:00:02"_s);
+    EXPECT_EQ(rig.player.display().progressValue, 2);
+    rig.run(5);
+    EXPECT_EQ(rig.started.size(), 1u) << "a decoded row lasts as long as its decoder, not its duration";
+    EXPECT_EQ(rig.player.display().progressValue, 3) << "past the end the bar stays full";
+
+    const struct { int row; const char *title; int selected, scrolled; } rows[] = {
+        {2, "b.ogg (0:00:05)", 1, 2}, {3, "c.ogg (0:00:02)", 2, 2}};
+    for (const auto &r : rows) {
+        rig.endLast();
+        rig.run(0.1);
+        EXPECT_EQ(rig.player.playRow(), r.row);
+        EXPECT_EQ(rig.boldRows(), std::vector<int>{r.row});
+        EXPECT_EQ(rig.player.display().lblPlay, QLatin1String(r.title));
+        EXPECT_EQ(rig.selections.back(), r.selected);
+        EXPECT_EQ(rig.scrolls.back(), r.scrolled) << "the next row shows too, where there is one";
+        rig.run(1.2);
+        EXPECT_EQ(rig.player.display().lblPlayTime, u"0:00:01"_s) << "each row counts from its own start";
+    }
+    rig.endLast();
+    rig.run(0.1);
+    EXPECT_EQ(rig.started.size(), 3u);
+    EXPECT_FALSE(rig.player.display().timerEnabled);
+    EXPECT_TRUE(rig.boldRows().empty());
+    EXPECT_EQ(rig.player.display().lblPlay, QString());
+    EXPECT_EQ(rig.player.display().lblPlayTime, u"0:00:00"_s);
+    EXPECT_EQ(rig.player.display().progressValue, 0);
+}
+
+// WAV rows go to the system's player at once and end by the clock against their listed duration;
+// a new row cuts the last sound off.
+TEST(Player, WavRowsEndByTheirListedDuration)
+{
+    Rig rig(u"*.wav"_s, {"0:00:02", "0:00:00", "0:00:01"});
+    rig.selected = 0;
+    rig.player.click(Player::Play);
+    ASSERT_EQ(rig.started.size(), 1u);
+    EXPECT_EQ(rig.started[0], std::make_pair(uR"("/usr/bin/aplay" -q "/m/a.wav")"_s, ChildEnvironment::Inherited));
+    rig.endLast(); // the sound itself is shorter: silence until the listed time is up
+    rig.run(1.4);
+    EXPECT_EQ(rig.started.size(), 1u);
+    rig.run(0.1); // 1.5 s rounds to 2: the bar is full
+    ASSERT_EQ(rig.started.size(), 2u);
+    EXPECT_EQ(rig.player.playRow(), 2);
+    EXPECT_EQ(rig.player.display().progressMax, 1) << "a file of no seconds still has a bar of one";
+    rig.run(0.5); // 0.5 rounds to 0, not yet the end
+    EXPECT_EQ(rig.started.size(), 2u);
+    rig.run(0.1);
+    ASSERT_EQ(rig.started.size(), 3u);
+    EXPECT_EQ(rig.killed, std::vector<ProcessHandle>{2}) << "the second sound still played and was cut off";
+}
+
+// The elapsed time of a row that plays across midnight goes on counting.
+TEST(Player, ElapsedTimeCountsOnAcrossMidnight)
+{
+    Rig rig(u"*.mp3"_s, {"1:02:05"});
+    rig.now = 86399.5;
+    rig.selected = 0;
+    rig.player.click(Player::Play);
+    rig.run(0.1);
+    ASSERT_EQ(rig.started.size(), 1u);
+    EXPECT_EQ(rig.player.display().progressMax, 3725);
+    for (int i = 0; i < 5; ++i) {
+        rig.now = rig.now + 0.1 >= 86400 ? rig.now + 0.1 - 86400 : rig.now + 0.1;
+        rig.player.tick();
+    }
+    EXPECT_EQ(rig.player.display().lblPlayTime, u"0:00:00"_s);
+    rig.now = 3724.6;
+    rig.player.tick();
+    EXPECT_EQ(rig.player.display().lblPlayTime, u"1:02:05"_s);
+    EXPECT_EQ(rig.player.display().progressValue, 3725);
+}
+
+// Previous and Next move by one row and do nothing at the ends of the list; Stop ends the
+// decoder and clears the display.
+TEST(Player, PreviousNextAndStop)
+{
+    Rig rig(u"*.mpc"_s);
+    rig.selected = 1;
+    rig.player.click(Player::Play);
+    rig.run(0.1);
+    ASSERT_EQ(rig.player.playRow(), 2);
+
+    rig.player.click(Player::Next);
+    EXPECT_EQ(rig.killed, std::vector<ProcessHandle>{1});
+    EXPECT_TRUE(rig.boldRows().empty());
+    rig.run(0.1);
+    EXPECT_EQ(rig.player.playRow(), 3);
+    EXPECT_EQ(rig.lastFile(), u"c.mpc"_s);
+
+    rig.player.click(Player::Next); // on the last row: nothing
+    rig.run(0.1);
+    EXPECT_EQ(rig.started.size(), 2u);
+    EXPECT_EQ(rig.boldRows(), std::vector<int>{3});
+
+    for (const char *file : {"b.mpc", "a.mpc"}) {
+        rig.player.click(Player::Previous);
+        rig.player.click(Player::Previous); // the row is 0 or 1 until the tick: nothing more
+        rig.run(0.1);
+        EXPECT_EQ(rig.lastFile(), QLatin1String(file));
+    }
+    EXPECT_EQ(rig.started.size(), 4u);
+    rig.player.click(Player::Previous); // on the first row: nothing
+    rig.run(0.1);
+    EXPECT_EQ(rig.started.size(), 4u);
+
+    rig.run(1.2);
+    rig.player.click(Player::Stop);
+    EXPECT_EQ(rig.killed.back(), 4);
+    EXPECT_FALSE(rig.player.display().timerEnabled);
+    EXPECT_EQ(rig.player.display().lblPlay, QString());
+    EXPECT_EQ(rig.player.display().lblPlayTime, u"0:00:00"_s);
+    EXPECT_EQ(rig.player.display().progressValue, 0);
+    EXPECT_TRUE(rig.boldRows().empty());
+    rig.run(1);
+    EXPECT_EQ(rig.started.size(), 4u);
+
+    // WAV: Previous and Next start the row at once.
+    Rig wav(u"*.wav"_s);
+    wav.selected = 0;
+    wav.player.click(Player::Play);
+    wav.player.click(Player::Next);
+    EXPECT_EQ(wav.lastFile(), u"b.wav"_s);
+    wav.player.click(Player::Previous);
+    EXPECT_EQ(wav.lastFile(), u"a.wav"_s);
+    EXPECT_EQ(wav.killed, (std::vector<ProcessHandle>{1, 2}));
+}
+
+// Play with nothing selected, an empty list, a failed start and a duration the player cannot
+// read each leave the player in its designed state.
+TEST(Player, FailuresLeaveTheDesignedState)
+{
+    for (const char *pattern : {"*.mp3", "*.wav"}) {
+        Rig rig{QLatin1String(pattern)};
+        rig.player.click(Player::Play); // no row selected
+        rig.run(0.3);
+        EXPECT_TRUE(rig.started.empty()) << pattern;
+        EXPECT_FALSE(rig.player.display().timerEnabled) << pattern;
+        EXPECT_TRUE(rig.boldRows().empty()) << pattern;
+    }
+
+    Rig empty(u"*.mp3"_s, {});
+    for (int button : {-1, 0, 1, 2, 3, 4})
+        empty.player.click(button);
+    EXPECT_FALSE(empty.player.display().timerEnabled);
+
+    for (const char *pattern : {"*.mp3", "*.wav"}) {
+        Rig rig{QLatin1String(pattern)};
+        rig.failStarts = true;
+        rig.selected = 1;
+        rig.player.click(Player::Play);
+        rig.run(0.3);
+        EXPECT_EQ(rig.player.display().lblPlay, u"PlayStart Failed"_s) << pattern;
+        EXPECT_FALSE(rig.player.display().timerEnabled) << pattern;
+        EXPECT_EQ(rig.boldRows(), std::vector<int>{2}) << "the row stays bold";
+        EXPECT_EQ(rig.selections, std::vector<int>{1});
+    }
+
+    // Without two colons the title shows and the file plays, but nothing counts or follows.
+    for (const char *duration : {"3:41", "", "0:0x:01", "0:00:40000"}) {
+        Rig rig(u"*.mp3"_s, {duration, "0:00:01"});
+        rig.selected = 0;
+        rig.player.click(Player::Play);
+        rig.run(0.1);
+        EXPECT_EQ(rig.started.size(), 1u) << duration;
+        EXPECT_EQ(rig.player.display().lblPlay, u"a.mp3 ("_s + QLatin1String(duration) + u')');
+        EXPECT_FALSE(rig.player.display().timerEnabled) << duration;
+        EXPECT_TRUE(rig.running.count(1)) << "playback goes on";
+    }
+}
+
+// A refill rewinds to the first row: Next then starts the second, whatever played before.
+TEST(Player, RewindCountsFromTheFirstRow)
+{
+    Rig rig(u"*.mp3"_s);
+    rig.selected = 2;
+    rig.player.click(Player::Play);
+    rig.run(0.1);
+    rig.player.PlayStop();
+    rig.player.rewind();
+    EXPECT_EQ(rig.player.playRow(), 1);
+    rig.player.click(Player::Next);
+    rig.run(0.1);
+    EXPECT_EQ(rig.lastFile(), u"b.mp3"_s);
+}
+
+} // namespace
