@@ -24,6 +24,8 @@ public:
 
     void beginRefill() { beginResetModel(); }
     void endRefill() { endResetModel(); }
+    // A row's font changed: the player marks the row that plays in bold.
+    void rowChanged(int row) { Q_EMIT dataChanged(index(row, 0), index(row, columnCount() - 1), {Qt::FontRole}); }
     void languageChanged() { Q_EMIT headerDataChanged(Qt::Horizontal, 0, columnCount() - 1); }
 
 private:

@@ -10,14 +10,11 @@
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
-#include <QLineEdit>
 #include <QPushButton>
 #include <QScopedValueRollback>
 #include <QScreen>
-#include <QSlider>
 #include <QSplitter>
 #include <QStatusBar>
-#include <QTabBar>
 #include <QToolBar>
 #include <QToolButton>
 #include <QTreeView>
@@ -27,9 +24,11 @@
 #include "gui/conversionframe.h"
 #include "gui/filelistmodel.h"
 #include "gui/foldertreemodel.h"
+#include "gui/optionsframe.h"
+#include "gui/playerframe.h"
 #include "common/failure.h"
 #include "platform/nativenames.h"
-#include "settings/encodersettings.h"
+#include "player/player.h"
 #include "ui/controldescriptions.h"
 
 namespace kv {
@@ -55,34 +54,6 @@ W *named(W *widget, const QString &name)
 {
     widget->setObjectName(name);
     return widget;
-}
-
-QSlider *slider(const QString &name, int min, int max, int small, int large)
-{
-    auto *s = named(new QSlider(Qt::Horizontal), name);
-    s->setRange(min, max);
-    s->setSingleStep(small);
-    s->setPageStep(large);
-    return s;
-}
-
-void setComboIndex(QComboBox *combo, int index)
-{
-    const QSignalBlocker block(combo);
-    combo->setCurrentIndex(index);
-}
-
-void setSliderValue(QSlider *s, int value)
-{
-    const QSignalBlocker block(s);
-    s->setValue(value);
-}
-
-void setLineText(QLineEdit *edit, const QString &text)
-{
-    // Only when it differs, so the cursor of a box being typed in stays where it is.
-    if (edit->text() != text)
-        edit->setText(text);
 }
 
 WindowState stateOf(const QWidget *w)
@@ -129,12 +100,12 @@ MainWindow::MainWindow(MainController &controller, QWidget *parent) : QMainWindo
     frEncode = m_conversion;
     cmbEncode = m_conversion->buttons();
     rightLayout->addWidget(frEncode);
-    frPlayer = named(new QGroupBox, QStringLiteral("frPlayer"));
-    frPlayer->hide();
-    rightLayout->addWidget(frPlayer);
+    m_playerFrame = new PlayerFrame(m_c);
+    rightLayout->addWidget(m_playerFrame);
 
     auto *bottom = new QHBoxLayout;
-    bottom->addWidget(buildOptions(), 3);
+    m_options = new OptionsFrame(m_c);
+    bottom->addWidget(m_options, 3);
     bottom->addWidget(buildStatistics(), 2);
     rightLayout->addLayout(bottom);
     split->addWidget(right);
@@ -144,7 +115,6 @@ MainWindow::MainWindow(MainController &controller, QWidget *parent) : QMainWindo
     split->setChildrenCollapsible(false);
     setCentralWidget(split);
     buildStatusBar();
-    connectSettings();
     setTabOrder();
 
     m_c.rowsAboutToChange = [this] { m_listModel->beginRefill(); };
@@ -153,6 +123,7 @@ MainWindow::MainWindow(MainController &controller, QWidget *parent) : QMainWindo
         fitFileColumns();
     };
     m_c.changed = [this] { showState(); };
+    connectPlayer();
 
     // The tree was built before the window; the view follows it from here on. Its signals are
     // connected only afterwards, so showing the tree as it stands hands nothing back.
@@ -175,7 +146,7 @@ MainWindow::MainWindow(MainController &controller, QWidget *parent) : QMainWindo
     connect(tvMain->selectionModel(), &QItemSelectionModel::currentChanged, this, click);
 
     showDrives();
-    showSettings();
+    m_options->showSettings();
     showState();
 }
 
@@ -184,6 +155,7 @@ MainWindow::~MainWindow()
     m_c.rowsAboutToChange = nullptr;
     m_c.rowsChanged = nullptr;
     m_c.changed = nullptr;
+    m_c.playerView = {};
 }
 
 void MainWindow::buildToolbar()
@@ -218,9 +190,47 @@ void MainWindow::buildToolbar()
         a->setCheckable(b.checkable);
         if (QWidget *w = bar->widgetForAction(a))
             w->setObjectName(a->objectName());
-        // The controller decides the pressed states; the button shows them again afterwards.
-        connect(a, &QAction::triggered, this, [this, p = b.position] { m_c.toolbarClick(p); });
+        if (!b.checkable) {
+            connect(a, &QAction::triggered, this, [this, p = b.position] { m_c.toolbarClick(p); });
+            continue;
+        }
+        // A click or key toggles the action; a screen reader's toggle reaches only the button.
+        // Either runs the command, and the controller's state is then shown on both.
+        connect(a, &QAction::toggled, this, [this, p = b.position](bool on) { toolbarToggled(p, on); });
+        if (auto *button = qobject_cast<QToolButton *>(bar->widgetForAction(a)))
+            connect(button, &QToolButton::toggled, this, [this, p = b.position](bool on) { toolbarToggled(p, on); });
     }
+}
+
+void MainWindow::toolbarToggled(int position, bool checked)
+{
+    const bool state = position == MakeAll ? m_c.makeAll() : m_c.showPressed().at(static_cast<size_t>(position - ShowWav));
+    // Showing the controller's state toggles back to it; only a change against it is a command.
+    if (checked != state)
+        m_c.toolbarClick(position);
+    showState();
+}
+
+void MainWindow::connectPlayer()
+{
+    PlayerView &v = m_c.playerView;
+    v.firstSelectedRow = [this] {
+        int first = -1;
+        for (const QModelIndex &i : lstMain->selectionModel()->selectedIndexes())
+            first = first < 0 ? i.row() : std::min(first, i.row());
+        return first;
+    };
+    v.rowChanged = [this](int row) { m_listModel->rowChanged(row); };
+    v.selectRow = [this](int row) {
+        lstMain->selectionModel()->setCurrentIndex(m_listModel->index(row, 0),
+                                                   QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+    };
+    v.scrollTo = [this](int row) { lstMain->scrollTo(m_listModel->index(row, 0)); };
+    // Enter or a double click on a row plays from that row.
+    connect(lstMain, &QTreeView::activated, this, [this](const QModelIndex &index) {
+        lstMain->selectionModel()->setCurrentIndex(index, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+        m_c.playerClick(Player::Play);
+    });
 }
 
 QWidget *MainWindow::buildBrowser()
@@ -250,89 +260,6 @@ QWidget *MainWindow::buildBrowser()
     };
     layout->addWidget(tvMain, 1);
     return left;
-}
-
-QWidget *MainWindow::buildOptions()
-{
-    frOptions = named(new QGroupBox, QStringLiteral("frOptions"));
-    auto *layout = new QVBoxLayout(frOptions);
-    TabOpt = named(new QTabBar, QStringLiteral("TabOpt"));
-    TabOpt->setDrawBase(true);
-    TabOpt->setExpanding(false);
-    for (const char *tab : {"Mp3", "Ogg", "Mpc"})
-        TabOpt->addTab(QLatin1String(tab));
-    layout->addWidget(TabOpt);
-
-    for (int i = 0; i < 3; ++i)
-        frEncOpt[static_cast<size_t>(i)] = named(new QWidget, QStringLiteral("frEncOpt_%1").arg(i));
-    // The mode list on the first row; the inputs of all modes share the second, where only the
-    // selected mode's one shows. Each carries a visible caption, which a screen reader names it by.
-    auto modeRow = [this](QWidget *frame, QComboBox *mode, std::initializer_list<QWidget *> inputs) {
-        auto *grid = new QGridLayout(frame);
-        grid->setContentsMargins(0, 0, 0, 0);
-        auto caption = [this, grid](QWidget *control, int row) {
-            auto *l = named(new QLabel, control->objectName() + QStringLiteral("Caption"));
-            l->setBuddy(control);
-            grid->addWidget(l, row, 0);
-            m_captions.emplace_back(l, control);
-        };
-        caption(mode, 0);
-        grid->addWidget(mode, 0, 1, 1, 2);
-        for (QWidget *w : inputs) {
-            if (qobject_cast<QLabel *>(w) != nullptr) {
-                grid->addWidget(w, 1, 2); // a slider's value
-                continue;
-            }
-            caption(w, 1);
-            const bool slider = qobject_cast<QSlider *>(w) != nullptr;
-            grid->addWidget(w, 1, 1, 1, slider ? 1 : 2);
-        }
-        grid->setColumnStretch(1, 1);
-        grid->setRowStretch(2, 1);
-    };
-    auto combo = [](const QString &name, const QStringList &items) {
-        auto *c = named(new QComboBox, name);
-        c->addItems(items);
-        return c;
-    };
-    auto valueLabel = [](const QString &name) {
-        auto *l = named(new QLabel, name);
-        // Room for the widest value ("--quality 10", "300 kbps") so the slider does not jump.
-        l->setMinimumWidth(l->fontMetrics().horizontalAdvance(QStringLiteral("--quality -0.8")));
-        return l;
-    };
-    cmbMode = combo(QStringLiteral("cmbMode"), QStringList(4, QString()));
-    cmbPreset = combo(QStringLiteral("cmbPreset"), mp3PresetTexts());
-    sliAbr = slider(QStringLiteral("sliAbr"), SettingsControls::kAbrMin, SettingsControls::kAbrMax, 1, 5);
-    lblAbr = valueLabel(QStringLiteral("lblAbr"));
-    cmbCbr = combo(QStringLiteral("cmbCbr"), mp3CbrTexts());
-    txtCmd = named(new QLineEdit, QStringLiteral("txtCmd"));
-    modeRow(frEncOpt[0], cmbMode, {cmbPreset, sliAbr, lblAbr, cmbCbr, txtCmd});
-
-    cmbModeOgg = combo(QStringLiteral("cmbModeOgg"), QStringList(3, QString()));
-    sliPresetOgg = slider(QStringLiteral("sliPresetOgg"), SettingsControls::kOggQualityMin,
-                          SettingsControls::kOggQualityMax, 2, 10);
-    lblPresetOgg = valueLabel(QStringLiteral("lblPresetOgg"));
-    sliAbrOgg = slider(QStringLiteral("sliAbrOgg"), SettingsControls::kAbrMin, SettingsControls::kAbrMax, 1, 5);
-    lblAbrOgg = valueLabel(QStringLiteral("lblAbrOgg"));
-    txtCmdOgg = named(new QLineEdit, QStringLiteral("txtCmdOgg"));
-    modeRow(frEncOpt[1], cmbModeOgg, {sliPresetOgg, lblPresetOgg, sliAbrOgg, lblAbrOgg, txtCmdOgg});
-
-    cmbModeMpc = combo(QStringLiteral("cmbModeMpc"), QStringList(3, QString()));
-    cmbPresetMpc = combo(QStringLiteral("cmbPresetMpc"), mpcPresetTexts());
-    sliMpc = slider(QStringLiteral("sliMpc"), SettingsControls::kMpcQualityMin, SettingsControls::kMpcQualityMax, 2, 10);
-    lblMpc = valueLabel(QStringLiteral("lblMpc"));
-    txtCmdMpc = named(new QLineEdit, QStringLiteral("txtCmdMpc"));
-    modeRow(frEncOpt[2], cmbModeMpc, {cmbPresetMpc, sliMpc, lblMpc, txtCmdMpc});
-
-    for (QWidget *frame : frEncOpt)
-        layout->addWidget(frame, 1);
-    auto *buttons = new QHBoxLayout;
-    buttons->addStretch(1);
-    cmdDefault = named(new QPushButton, QStringLiteral("cmdDefault"));
-    buttons->addWidget(cmdDefault);
-    layout->addLayout(buttons);
-    return frOptions;
 }
 
 QWidget *MainWindow::buildStatistics()
@@ -396,54 +323,12 @@ void MainWindow::buildStatusBar()
     }
 }
 
-void MainWindow::connectSettings()
-{
-    SettingsControls &s = m_c.controls();
-    // Each change goes to the settings, which run the statistics; the window then shows the
-    // settings again (mode controls, slider labels).
-    auto onChange = [this](auto *control, auto signal, auto setter) {
-        connect(control, signal, this, [this, setter](int value) {
-            guarded([&] { setter(value); });
-            showSettings();
-        });
-    };
-    onChange(cmbMode, &QComboBox::activated, [&s](int i) { s.setMp3Mode(i); });
-    onChange(cmbPreset, &QComboBox::activated, [&s](int i) { s.setMp3Preset(i); });
-    onChange(cmbCbr, &QComboBox::activated, [&s](int i) { s.setMp3Cbr(i); });
-    onChange(cmbModeOgg, &QComboBox::activated, [&s](int i) { s.setOggMode(i); });
-    onChange(cmbModeMpc, &QComboBox::activated, [&s](int i) { s.setMpcMode(i); });
-    onChange(cmbPresetMpc, &QComboBox::activated, [&s](int i) { s.setMpcPreset(i); });
-    onChange(sliAbr, &QSlider::valueChanged, [&s](int v) { s.setMp3Abr(v); });
-    onChange(sliPresetOgg, &QSlider::valueChanged, [&s](int v) { s.setOggQuality(v); });
-    onChange(sliAbrOgg, &QSlider::valueChanged, [&s](int v) { s.setOggAbr(v); });
-    onChange(sliMpc, &QSlider::valueChanged, [&s](int v) { s.setMpcQuality(v); });
-    // Typing changes nothing else; the text is read when a job is made.
-    connect(txtCmd, &QLineEdit::textEdited, this, [&s](const QString &t) { s.setMp3CommandLine(t); });
-    connect(txtCmdOgg, &QLineEdit::textEdited, this, [&s](const QString &t) { s.setOggCommandLine(t); });
-    connect(txtCmdMpc, &QLineEdit::textEdited, this, [&s](const QString &t) { s.setMpcCommandLine(t); });
-    connect(TabOpt, &QTabBar::tabBarClicked, this, [this, &s](int index) {
-        if (index >= 0)
-            guarded([&] { s.setSelectedTab(index + 1); });
-        showSettings();
-    });
-    connect(TabOpt, &QTabBar::currentChanged, this, [this, &s](int index) {
-        if (index >= 0 && s.selectedTab() != index + 1) {
-            guarded([&] { s.setSelectedTab(index + 1); });
-            showSettings();
-        }
-    });
-    connect(cmdDefault, &QPushButton::clicked, this, [this] {
-        m_c.defaultClicked();
-        showSettings();
-    });
-}
-
 void MainWindow::setTabOrder()
 {
     // The captions are the designed texts, so the main areas take Alt keys of their own in place
     // of underlined letters: Alt+D drives, Alt+T tree, Alt+L list, Alt+O options.
     const std::pair<QWidget *, Qt::Key> areas[] = {
-        {drvMain, Qt::Key_D}, {tvMain, Qt::Key_T}, {lstMain, Qt::Key_L}, {TabOpt, Qt::Key_O}};
+        {drvMain, Qt::Key_D}, {tvMain, Qt::Key_T}, {lstMain, Qt::Key_L}, {m_options->tabOrder().front(), Qt::Key_O}};
     for (const auto &[widget, key] : areas) {
         auto *a = new QAction(this);
         a->setShortcut(QKeySequence(Qt::ALT | key));
@@ -451,12 +336,13 @@ void MainWindow::setTabOrder()
         connect(a, &QAction::triggered, widget, [w = widget] { w->setFocus(Qt::ShortcutFocusReason); });
     }
 
-    QWidget *order[] = {drvMain, tvMain, lstMain, TabOpt,
-                        cmbMode, cmbPreset, sliAbr, cmbCbr, txtCmd,
-                        cmbModeOgg, sliPresetOgg, sliAbrOgg, txtCmdOgg,
-                        cmbModeMpc, cmbPresetMpc, sliMpc, txtCmdMpc,
-                        cmdDefault, cmbEncode[0], cmbEncode[1], stbButtons[0], stbButtons[1]};
-    for (size_t i = 1; i < std::size(order); ++i)
+    std::vector<QWidget *> order = {drvMain, tvMain, lstMain};
+    for (QWidget *w : m_playerFrame->tabOrder())
+        order.push_back(w);
+    for (QWidget *w : m_options->tabOrder())
+        order.push_back(w);
+    order.insert(order.end(), {cmbEncode[0], cmbEncode[1], stbButtons[0], stbButtons[1]});
+    for (size_t i = 1; i < order.size(); ++i)
         QWidget::setTabOrder(order[i - 1], order[i]);
 }
 
@@ -467,56 +353,6 @@ void MainWindow::showDrives()
     for (const Volume &v : m_c.drives())
         drvMain->addItem(FolderTreeModel::treeImage(static_cast<int>(driveKind(v))), shownName(v.mountPoint));
     drvMain->setCurrentIndex(m_c.currentDrive());
-}
-
-void MainWindow::showSettings()
-{
-    const SettingsControls &s = m_c.controls();
-    const EncoderSettings &e = s.settings();
-    setComboIndex(cmbMode, e.mp3.mode);
-    setComboIndex(cmbPreset, e.mp3.presetIndex);
-    setSliderValue(sliAbr, e.mp3.abrKbps);
-    setComboIndex(cmbCbr, e.mp3.cbrIndex);
-    setLineText(txtCmd, e.mp3.commandLine);
-    setComboIndex(cmbModeOgg, e.ogg.mode);
-    setSliderValue(sliPresetOgg, e.ogg.qualityTenths);
-    setSliderValue(sliAbrOgg, e.ogg.abrKbps);
-    setLineText(txtCmdOgg, e.ogg.commandLine);
-    setComboIndex(cmbModeMpc, e.mpc.mode);
-    setComboIndex(cmbPresetMpc, e.mpc.presetIndex);
-    setSliderValue(sliMpc, e.mpc.qualityTenths);
-    setLineText(txtCmdMpc, e.mpc.commandLine);
-    lblAbr->setText(s.lblAbr());
-    lblPresetOgg->setText(s.lblPresetOgg());
-    lblAbrOgg->setText(s.lblAbrOgg());
-    lblMpc->setText(s.lblMpc());
-
-    const Mp3ModeControls &m = s.mp3Controls();
-    cmbPreset->setVisible(m.cmbPreset);
-    sliAbr->setVisible(m.sliAbr);
-    lblAbr->setVisible(m.lblAbr);
-    cmbCbr->setVisible(m.cmbCbr);
-    txtCmd->setVisible(m.txtCmd);
-    const OggModeControls &o = s.oggControls();
-    sliPresetOgg->setVisible(o.sliPresetOgg);
-    lblPresetOgg->setVisible(o.lblPresetOgg);
-    sliAbrOgg->setVisible(o.sliAbrOgg);
-    lblAbrOgg->setVisible(o.lblAbrOgg);
-    txtCmdOgg->setVisible(o.txtCmdOgg);
-    const MpcModeControls &p = s.mpcControls();
-    cmbPresetMpc->setVisible(p.cmbPresetMpc);
-    sliMpc->setVisible(p.sliMpc);
-    lblMpc->setVisible(p.lblMpc);
-    txtCmdMpc->setVisible(p.txtCmdMpc);
-
-    {
-        const QSignalBlocker block(TabOpt);
-        TabOpt->setCurrentIndex(s.selectedTab() - 1);
-    }
-    for (int i = 0; i < 3; ++i)
-        frEncOpt[static_cast<size_t>(i)]->setVisible(s.frameVisible(i));
-    for (const auto &[caption, control] : m_captions)
-        caption->setVisible(!control->isHidden());
 }
 
 void MainWindow::showState()
@@ -569,19 +405,10 @@ void MainWindow::applyTexts()
         tbMain[static_cast<size_t>(ShowWav + i)]->setText(t.showButtons.at(static_cast<size_t>(i)));
     }
     tbMain[MakeAll]->setText(t.makeButtons.at(4));
-    // Mode lists are rewritten in place, entry by entry.
-    for (int i = 0; i < 4; ++i)
-        cmbMode->setItemText(i, t.mp3Modes.at(static_cast<size_t>(i)));
-    for (int i = 0; i < 3; ++i) {
-        cmbModeOgg->setItemText(i, t.oggModes.at(static_cast<size_t>(i)));
-        cmbModeMpc->setItemText(i, t.mpcModes.at(static_cast<size_t>(i)));
-    }
     fitToolbar();
-    cmdDefault->setText(t.defaultButton);
-    frOptions->setTitle(t.optionsFrame);
+    m_options->applyTexts();
     m_conversion->applyTexts();
-    for (const auto &[caption, control] : m_captions)
-        caption->setText(controlCaption(control->objectName(), language));
+    m_playerFrame->applyTexts();
     m_listModel->languageChanged();
     fitFileColumns();
 

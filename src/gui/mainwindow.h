@@ -8,13 +8,9 @@
 #include <QMainWindow>
 
 class QAction;
-class QComboBox;
 class QGroupBox;
 class QLabel;
-class QLineEdit;
 class QPushButton;
-class QSlider;
-class QTabBar;
 class QToolBar;
 class QToolButton;
 class QTreeView;
@@ -23,6 +19,8 @@ namespace kv {
 
 class ConversionFrame;
 class MainController;
+class OptionsFrame;
+class PlayerFrame;
 class FileListModel;
 class FolderTreeModel;
 class DriveList;
@@ -48,19 +46,20 @@ protected:
 private:
     void buildToolbar();
     QWidget *buildBrowser();
-    QWidget *buildOptions();
     QWidget *buildStatistics();
     void buildStatusBar();
-    void connectSettings();
     void setTabOrder();
 
     // Everything the controller holds, shown again.
     void showState();
-    void showSettings();
     void showDrives();
     void applyTexts();
     void fitFileColumns();
     void fitToolbar();
+    // The player's hold on the file list: the selection it starts from, and the row it plays.
+    void connectPlayer();
+    // A checkable toolbar command, from a click, a key or a screen reader's toggle alike.
+    void toolbarToggled(int position, bool checked);
 
     // A user's expand, collapse or click on the tree, to the controller; not the view following
     // the tree's own changes.
@@ -72,7 +71,6 @@ private:
     bool m_treeSync = false;
     QString m_languageShown;
     std::vector<QKeySequence> m_panelKeys; // language and help
-    std::vector<std::pair<QLabel *, QWidget *>> m_captions; // an option control's caption and the control
 
     DriveList *drvMain = nullptr;
     QTreeView *tvMain = nullptr;
@@ -80,25 +78,10 @@ private:
     QToolBar *m_toolbar = nullptr;
     std::array<QAction *, 12> tbMain{}; // by position 1 to 11; 5 and 7 are separators
     ConversionFrame *m_conversion = nullptr;
+    OptionsFrame *m_options = nullptr;
+    PlayerFrame *m_playerFrame = nullptr;
     QGroupBox *frEncode = nullptr;
-    QGroupBox *frPlayer = nullptr;
     std::array<QPushButton *, 2> cmbEncode{};
-    QGroupBox *frOptions = nullptr;
-    QTabBar *TabOpt = nullptr;
-    std::array<QWidget *, 3> frEncOpt{};
-    QComboBox *cmbMode = nullptr, *cmbPreset = nullptr, *cmbCbr = nullptr;
-    QSlider *sliAbr = nullptr;
-    QLabel *lblAbr = nullptr;
-    QLineEdit *txtCmd = nullptr;
-    QComboBox *cmbModeOgg = nullptr;
-    QSlider *sliPresetOgg = nullptr, *sliAbrOgg = nullptr;
-    QLabel *lblPresetOgg = nullptr, *lblAbrOgg = nullptr;
-    QLineEdit *txtCmdOgg = nullptr;
-    QComboBox *cmbModeMpc = nullptr, *cmbPresetMpc = nullptr;
-    QSlider *sliMpc = nullptr;
-    QLabel *lblMpc = nullptr;
-    QLineEdit *txtCmdMpc = nullptr;
-    QPushButton *cmdDefault = nullptr;
     QGroupBox *frInfo = nullptr;
     std::array<QLabel *, 12> lblInfo{};
     std::array<QLabel *, 6> stbPanels{};      // panels 1 to 6

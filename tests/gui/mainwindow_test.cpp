@@ -185,10 +185,11 @@ TEST(WindowLayout, ControlsCarryTheirNamesAndModelsPassTheTester)
                              "cmbMode", "cmbPreset", "sliAbr", "lblAbr", "cmbCbr", "txtCmd", "cmbModeOgg", "sliPresetOgg",
                              "lblPresetOgg", "sliAbrOgg", "lblAbrOgg", "txtCmdOgg", "cmbModeMpc", "cmbPresetMpc", "sliMpc",
                              "lblMpc", "txtCmdMpc", "cmdDefault", "frOptions", "frInfo", "lblInfo_0", "lblInfo_11",
-                             "frEncode", "frPlayer", "cmbEncode_0", "cmbEncode_1", "stbMain", "stbMain_1", "stbMain_8"})
+                             "frEncode", "frPlayer", "imPlay_0", "imPlay_3", "lblPlay", "lblPlayTime", "pbPlay",
+                             "cmbEncode_0", "cmbEncode_1", "stbMain", "stbMain_1", "stbMain_8"})
         s.w(name);
     EXPECT_FALSE(s.w("frEncode")->isVisible());
-    EXPECT_FALSE(s.w("frPlayer")->isVisible());
+    EXPECT_TRUE(s.w("frPlayer")->isVisible());
     EXPECT_GE(s.window->minimumSize().width(), 800);
 
     // Eleven positions, 5 and 7 separators.
