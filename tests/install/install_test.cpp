@@ -69,7 +69,7 @@ TEST_F(Install, PutsEveryPartWhereTheProgramAndTheDesktopLookForIt)
 #ifdef KV_WITH_WINDOW
         {"bin/kestrelvane", true},
         {"bin/help/rus/index.htm", false},
-        {"share/applications/kestrelvane.desktop", false},
+        {"share/applications/io.github.kestrelvane.Kestrelvane.desktop", false},
         {"share/icons/hicolor/scalable/apps/kestrelvane.svg", false},
 #endif
         // The program refuses to start unless all six can be run.
