@@ -1,4 +1,5 @@
-# cpack -G DEB: a Debian package of the program, its codec folder, help, menu entry and man page.
+# cpack -G DEB: a Debian package of the program, its codec folder, help, menu entry, software-centre
+# description and man pages.
 set(CPACK_PACKAGE_NAME kestrelvane)
 set(CPACK_PACKAGE_VENDOR "Kestrelvane developers")
 set(CPACK_PACKAGE_CONTACT "Kestrelvane developers <kestrelvane@localhost>")

@@ -11,6 +11,7 @@ packages=(
   qt6-svg-dev libqt6svg6
   xvfb xauth imagemagick xdotool
   python3-pyatspi at-spi2-core dbus-x11
+  appstream man-db
 )
 
 missing=()

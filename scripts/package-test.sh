@@ -35,10 +35,13 @@ trap cleanup EXIT
 DEBIAN_FRONTEND=noninteractive "${sudo[@]}" apt-get install -y -qq "$deb" >/dev/null
 for f in /usr/bin/kestrelvane /usr/bin/kestrelvane-cli /usr/lib/kestrelvane/codec/lame \
          /usr/lib/kestrelvane/help/rus/index.htm /usr/lib/kestrelvane/help/rus/screenshot.png \
-         /usr/share/applications/kestrelvane.desktop /usr/share/icons/hicolor/scalable/apps/kestrelvane.svg; do
+         /usr/share/applications/io.github.kestrelvane.Kestrelvane.desktop /usr/share/icons/hicolor/scalable/apps/kestrelvane.svg \
+         /usr/share/metainfo/io.github.kestrelvane.Kestrelvane.metainfo.xml; do
     [ -s "$f" ] || fail "$f not installed"
 done
-man -w kestrelvane-cli >/dev/null || fail "no man page for kestrelvane-cli"
+for page in kestrelvane kestrelvane-cli; do
+    man -w "$page" >/dev/null || fail "no man page for $page"
+done
 
 # An ordinary user, who cannot write beside the installed program: nobody, with a home here.
 user=()

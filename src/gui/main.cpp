@@ -61,7 +61,7 @@ int main(int argc, char **argv)
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("kestrelvane"));
     QApplication::setApplicationDisplayName(QStringLiteral("Kestrelvane"));
-    QApplication::setDesktopFileName(QStringLiteral("kestrelvane"));
+    QApplication::setDesktopFileName(QStringLiteral("io.github.kestrelvane.Kestrelvane"));
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/kestrelvane.svg")));
 
     // Not Qt's own answer: it decodes the path lossily when it is not UTF-8.

@@ -8,6 +8,7 @@
 #include <QProcess>
 #include <QRegularExpression>
 #include <QTemporaryDir>
+#include <QXmlStreamReader>
 
 #include "support/qtprinters.h"
 
@@ -69,8 +70,10 @@ TEST_F(Install, PutsEveryPartWhereTheProgramAndTheDesktopLookForIt)
 #ifdef KV_WITH_WINDOW
         {"bin/kestrelvane", true},
         {"bin/help/rus/index.htm", false},
-        {"share/applications/kestrelvane.desktop", false},
+        {"share/applications/io.github.kestrelvane.Kestrelvane.desktop", false},
         {"share/icons/hicolor/scalable/apps/kestrelvane.svg", false},
+        {"share/metainfo/io.github.kestrelvane.Kestrelvane.metainfo.xml", false},
+        {"share/man/man1/kestrelvane.1", false},
 #endif
         // The program refuses to start unless all six can be run.
         {"bin/codec/lame", true},   {"bin/codec/madplay", true}, {"bin/codec/mppenc", true},
@@ -94,6 +97,63 @@ TEST_F(Install, PutsEveryPartWhereTheProgramAndTheDesktopLookForIt)
     EXPECT_GE(references, 1);
 #endif
 }
+
+// Each man page as man shows it, at a fixed width so line breaking gives the same warnings
+// everywhere; its footer names the version being built.
+TEST_F(Install, ManPagesRenderWithoutWarningsForThisVersion)
+{
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert(QStringLiteral("MANWIDTH"), QStringLiteral("80"));
+    const char *pages[] = {
+        "share/man/man1/kestrelvane-cli.1",
+#ifdef KV_WITH_WINDOW
+        "share/man/man1/kestrelvane.1",
+#endif
+    };
+    for (const char *page : pages) {
+        const Finished r = run(QStringLiteral("man"),
+                               {QStringLiteral("--warnings=w"), QStringLiteral("-l"), path(QLatin1String(page))}, env);
+        EXPECT_EQ(r.status, 0) << page;
+        EXPECT_EQ(r.err, QString()) << page;
+        EXPECT_TRUE(r.out.contains(QStringLiteral("SYNOPSIS"))) << page;
+        EXPECT_TRUE(r.out.contains(QStringLiteral("Kestrelvane " KV_VERSION " "))) << page;
+    }
+}
+
+#ifdef KV_WITH_WINDOW
+// What a software centre reads: without even the validator's informational issues, launching
+// the installed menu entry, naming installed binaries, with this version as its newest release.
+TEST_F(Install, MetainfoIsValidAndNamesWhatIsInstalled)
+{
+    const QString metainfo = path(QStringLiteral("share/metainfo/io.github.kestrelvane.Kestrelvane.metainfo.xml"));
+    const Finished validation = run(QStringLiteral("appstreamcli"), {QStringLiteral("validate"), QStringLiteral("--no-net"),
+                                                                     QStringLiteral("--strict"), metainfo});
+    EXPECT_EQ(validation.status, 0) << qPrintable(validation.out) << qPrintable(validation.err);
+
+    QStringList launchables, binaries, releases;
+    QXmlStreamReader xml(contents(metainfo));
+    while (!xml.atEnd()) {
+        if (xml.readNext() != QXmlStreamReader::StartElement)
+            continue;
+        if (xml.name() == QLatin1String("release"))
+            releases.append(xml.attributes().value(QStringLiteral("version")).toString());
+        else if (xml.name() == QLatin1String("launchable"))
+            launchables.append(xml.readElementText());
+        else if (xml.name() == QLatin1String("binary"))
+            binaries.append(xml.readElementText());
+    }
+    ASSERT_FALSE(xml.hasError()) << qPrintable(xml.errorString());
+
+    ASSERT_EQ(launchables.size(), 1);
+    EXPECT_TRUE(QFileInfo(path(QStringLiteral("share/applications/") + launchables.first())).isFile())
+        << qPrintable(launchables.first());
+    EXPECT_EQ(binaries, (QStringList{QStringLiteral("kestrelvane"), QStringLiteral("kestrelvane-cli")}));
+    for (const QString &binary : binaries)
+        EXPECT_TRUE(QFileInfo(path(QStringLiteral("bin/") + binary)).isExecutable()) << qPrintable(binary);
+    ASSERT_FALSE(releases.isEmpty());
+    EXPECT_EQ(releases.first(), QStringLiteral(KV_VERSION));
+}
+#endif
 
 TEST_F(Install, InstalledCliListsAFolderAndRunsItsCodecs)
 {
