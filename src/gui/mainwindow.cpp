@@ -194,11 +194,9 @@ void MainWindow::buildToolbar()
             connect(a, &QAction::triggered, this, [this, p = b.position] { m_c.toolbarClick(p); });
             continue;
         }
-        // A click or key toggles the action; a screen reader's toggle reaches only the button.
-        // Either runs the command, and the controller's state is then shown on both.
+        // A screen reader's toggle changes the button's state without a click, so the command
+        // follows the state, not the click; the button passes its state on to the action.
         connect(a, &QAction::toggled, this, [this, p = b.position](bool on) { toolbarToggled(p, on); });
-        if (auto *button = qobject_cast<QToolButton *>(bar->widgetForAction(a)))
-            connect(button, &QToolButton::toggled, this, [this, p = b.position](bool on) { toolbarToggled(p, on); });
     }
 }
 

@@ -1,0 +1,338 @@
+#include <gtest/gtest.h>
+
+#include <csignal>
+
+#include <QAccessible>
+#include <QApplication>
+#include <QDirIterator>
+#include <QLabel>
+#include <QProgressBar>
+#include <QTest>
+#include <QTimer>
+#include <QToolButton>
+#include <QTreeView>
+
+#include "platform/nativenames.h"
+#include "platform/posix/posixclock.h"
+#include "platform/posix/posixfolders.h"
+#include "platform/posix/posixprocesses.h"
+#include "player/player.h"
+#include "support/bytefiles.h"
+#include "support/qtprinters.h"
+#include "windowrig.h"
+
+using namespace kv;
+using namespace kv::test;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// Every codec entry is this script. It logs its process id, name, options and file, then acts by
+// the file's name: fail* exits at once with an error, long* plays for 20 s, family* starts a
+// child of its own and waits for it, others play for 0.4 s. Each ends by itself.
+const char playerScript[] = R"(#!/bin/sh
+PATH=/usr/bin:/bin
+eval "file=\${$#}"
+echo "$$ $(basename "$0") [$1] [$file]" >> '%1'
+case $(basename "$file") in
+fail*) exit 1 ;;
+long*) sleep 20 ;;
+family*) sleep 20 & echo "$! child" >> '%1'; wait ;;
+*) sleep 0.4 ;;
+esac
+)";
+
+struct Recorder : Messages
+{
+    void information(const QString &) override {}
+    void critical(const QString &) override {}
+};
+
+// Alive and not merely waiting to be reaped.
+bool alive(qint64 pid)
+{
+    QFile stat(u"/proc/%1/stat"_s.arg(pid));
+    if (!stat.open(QIODevice::ReadOnly))
+        return false;
+    const QByteArray line = stat.readAll();
+    const qsizetype close = line.lastIndexOf(')');
+    return close > 0 && line.mid(close + 2, 1) != "Z";
+}
+
+struct Session : WindowRig
+{
+    QString music = dir.path() + u"/music/"_s, log = dir.path() + u"/player.log"_s;
+    PosixFolders folders;
+    Recorder messages;
+    PosixProcesses processes;
+    PosixClock clock;
+
+    // MP3 rows (a fixture of one second each) under the given names, and the script as every entry.
+    explicit Session(const QList<QByteArray> &names)
+    {
+        QDir().mkpath(music);
+        installCodecs(program, QString::fromLatin1(playerScript).arg(log).toUtf8());
+        const QByteArray fixture = readAll(QStringLiteral(KV_TEST_DATA_DIR "/mp3/mono.mp3"));
+        for (const QByteArray &name : names)
+            writeFile(QFile::encodeName(music) + name, fixture);
+    }
+    ~Session()
+    {
+        window.reset();
+        controller.reset();
+    }
+    void start()
+    {
+        Environment environment = WindowRig::environment(folders, messages);
+        environment.processes = &processes;
+        environment.clock = &clock;
+        environment.wakeups = processes.wakeups();
+        ASSERT_EQ(open(environment, music), StartEnd::Running);
+        toolbar(ShowMp3)->trigger();
+    }
+
+    QTreeView *list() const { return w<QTreeView>("lstMain"); }
+    QToolButton *button(int i) const { return w<QToolButton>(u"imPlay_%1"_s.arg(i)); }
+    QString title() const { return w<QLabel>("lblPlay")->text(); }
+    QString time() const { return w<QLabel>("lblPlayTime")->text(); }
+    bool timerOn() const { return window->findChild<QTimer *>(u"tmrPlay"_s)->isActive(); }
+    void select(int row) const
+    {
+        list()->selectionModel()->setCurrentIndex(list()->model()->index(row, 0),
+                                                  QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+    }
+    std::vector<int> boldRows() const
+    {
+        std::vector<int> rows;
+        for (int r = 0; r < list()->model()->rowCount(); ++r)
+            if (list()->model()->index(r, 0).data(Qt::FontRole).value<QFont>().bold())
+                rows.push_back(r);
+        return rows;
+    }
+    // The logged starts: "entry [option] [file name]", the folder left out.
+    QStringList played() const
+    {
+        QStringList out;
+        for (const QString &line : QString::fromUtf8(readAll(log)).split(u'\n', Qt::SkipEmptyParts))
+            if (!line.endsWith(u" child"_s))
+                out.append(line.section(u' ', 1).replace(music, QString()));
+        return out;
+    }
+    // Every process the entries logged: the shells and their children.
+    std::vector<qint64> pids() const
+    {
+        std::vector<qint64> out;
+        for (const QString &line : QString::fromUtf8(readAll(log)).split(u'\n', Qt::SkipEmptyParts))
+            out.push_back(line.section(u' ', 0, 0).toLongLong());
+        return out;
+    }
+    bool noneAlive() const
+    {
+        const auto all = pids();
+        return std::none_of(all.begin(), all.end(), alive);
+    }
+    static bool waitFor(const std::function<bool()> &done, int ms = 10000) { return QTest::qWaitFor(done, ms); }
+    bool waitPlayed(int count) const { return waitFor([&] { return played().size() >= count; }); }
+};
+
+QString mp3(const char *name)
+{
+    return u"madplay [-Q] ["_s + QLatin1String(name) + u']';
+}
+
+} // namespace
+
+// Play from the selected row: each row plays in turn, bold and selected while it plays, its
+// title and time shown; after the last row the player is idle with its timer off.
+TEST(PlayerFrame, RowsPlayInTurnFromTheSelectedOne)
+{
+    Session s({"a.mp3", "b.mp3", "c.mp3", "d.mp3"});
+    s.start();
+    EXPECT_FALSE(s.timerOn()) << "an idle player has no timer running";
+    s.select(1);
+    s.button(Player::Play)->click();
+    ASSERT_TRUE(s.waitPlayed(1));
+    EXPECT_EQ(s.boldRows(), std::vector<int>{1});
+    EXPECT_EQ(s.title(), u"b.mp3 (0:00:01)"_s);
+    EXPECT_TRUE(s.timerOn());
+    ASSERT_TRUE(s.waitFor([&] { return s.played().size() == 3 && s.timerOn(); }));
+    EXPECT_EQ(s.played(), QStringList({mp3("b.mp3"), mp3("c.mp3"), mp3("d.mp3")}));
+    EXPECT_EQ(s.boldRows(), std::vector<int>{3});
+    EXPECT_EQ(s.list()->selectionModel()->selectedRows(), QModelIndexList{s.list()->model()->index(3, 0)});
+    ASSERT_TRUE(s.waitFor([&] { return !s.timerOn(); }));
+    EXPECT_EQ(s.title(), QString());
+    EXPECT_EQ(s.time(), u"0:00:00"_s);
+    EXPECT_TRUE(s.boldRows().empty());
+    EXPECT_EQ(s.played().size(), 3);
+}
+
+// A long row counts its time; Next and Previous move and end the decoder they leave; Stop ends
+// the last one, children included; a refill stops the player and rewinds it.
+TEST(PlayerFrame, StopNextPreviousAndARefillEndEveryProcessOfThePlayer)
+{
+    Session s({"family1.mp3", "long2.mp3", "long3.mp3"});
+    s.start();
+    s.select(0);
+    QApplication::setActiveWindow(s.window.get());
+    QTest::keyClick(s.window.get(), Qt::Key_F5);
+    ASSERT_TRUE(s.waitFor([&] { return s.pids().size() == 2; })) << "the decoder and its child";
+    ASSERT_TRUE(s.waitFor([&] { return s.time() == u"0:00:01"_s; }, 3000));
+    EXPECT_GE(s.w<QProgressBar>("pbPlay")->value(), 1);
+
+    s.button(Player::Next)->click();
+    EXPECT_TRUE(s.noneAlive()) << "the decoder left and its child are gone at once";
+    ASSERT_TRUE(s.waitPlayed(2));
+    EXPECT_EQ(s.played().back(), mp3("long2.mp3"));
+    EXPECT_EQ(s.boldRows(), std::vector<int>{1});
+    EXPECT_EQ(s.title(), u"long2.mp3 (0:00:01)"_s);
+
+    QTest::keyClick(s.window.get(), Qt::Key_F8);
+    ASSERT_TRUE(s.waitPlayed(3));
+    EXPECT_EQ(s.played().back(), mp3("long3.mp3"));
+    s.button(Player::Next)->click(); // the last row: nothing
+    QTest::qWait(300);
+    EXPECT_EQ(s.played().size(), 3);
+    EXPECT_FALSE(s.noneAlive());
+
+    QTest::keyClick(s.window.get(), Qt::Key_F7);
+    ASSERT_TRUE(s.waitPlayed(4));
+    EXPECT_EQ(s.played().back(), mp3("long2.mp3"));
+
+    QTest::keyClick(s.window.get(), Qt::Key_F6);
+    EXPECT_TRUE(s.noneAlive());
+    EXPECT_FALSE(s.timerOn());
+    EXPECT_TRUE(s.boldRows().empty());
+    EXPECT_EQ(s.title(), QString());
+
+    // A refill while a row plays: the player stops, and Next then counts from the first row.
+    s.select(2);
+    s.button(Player::Play)->click();
+    ASSERT_TRUE(s.waitPlayed(5));
+    s.toolbar(ShowMp3)->trigger();
+    EXPECT_TRUE(s.noneAlive());
+    EXPECT_FALSE(s.timerOn());
+    s.button(Player::Next)->click();
+    ASSERT_TRUE(s.waitPlayed(6));
+    EXPECT_EQ(s.played().back(), mp3("long2.mp3"));
+
+    // Closing the window stops it too.
+    s.window->close();
+    EXPECT_TRUE(s.noneAlive());
+}
+
+// Enter or a double click on a row plays from that row.
+TEST(PlayerFrame, EnterAndDoubleClickPlayTheRow)
+{
+    Session s({"long1.mp3", "long2.mp3", "long3.mp3"});
+    s.start();
+    s.list()->setFocus();
+    s.list()->setCurrentIndex(s.list()->model()->index(2, 0));
+    QTest::keyClick(s.list(), Qt::Key_Return);
+    ASSERT_TRUE(s.waitPlayed(1));
+    EXPECT_EQ(s.played().back(), mp3("long3.mp3"));
+
+    const QModelIndex second = s.list()->model()->index(1, 1);
+    const QPoint at = s.list()->visualRect(second).center();
+    QTest::mouseClick(s.list()->viewport(), Qt::LeftButton, {}, at);
+    QTest::mouseDClick(s.list()->viewport(), Qt::LeftButton, {}, at);
+    ASSERT_TRUE(s.waitPlayed(2));
+    EXPECT_EQ(s.played().back(), mp3("long2.mp3"));
+    EXPECT_EQ(s.boldRows(), std::vector<int>{1});
+}
+
+// A decoder that fails ends its row and the list moves on; one that cannot start says so and
+// stops there; awkward names reach the decoder byte for byte.
+TEST(PlayerFrame, FailingDecodersAndAwkwardNames)
+{
+    {
+        Session s({"fail1.mp3", "fail2.mp3", "x.mp3"});
+        s.start();
+        s.select(0);
+        s.button(Player::Play)->click();
+        ASSERT_TRUE(s.waitFor([&] { return s.played().size() == 3 && !s.timerOn(); }));
+    }
+    {
+        Session s({"a.mp3", "b.mp3"});
+        QFile::setPermissions(s.program + u"codec/madplay"_s, QFile::ReadOwner | QFile::WriteOwner);
+        Environment environment = s.WindowRig::environment(s.folders, s.messages);
+        environment.processes = &s.processes;
+        environment.clock = &s.clock;
+        // The start-up check refuses a codec folder like this, so the entry is spoilt afterwards.
+        QFile::setPermissions(s.program + u"codec/madplay"_s, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        ASSERT_EQ(s.open(environment, s.music), StartEnd::Running);
+        s.toolbar(ShowMp3)->trigger();
+        QFile::setPermissions(s.program + u"codec/madplay"_s, QFile::ReadOwner | QFile::WriteOwner);
+        s.select(1);
+        s.button(Player::Play)->click();
+        ASSERT_TRUE(s.waitFor([&] { return s.title() == u"PlayStart Failed"_s; }));
+        EXPECT_EQ(s.boldRows(), std::vector<int>{1});
+        QTest::qWait(250);
+        EXPECT_FALSE(s.timerOn());
+    }
+    {
+        const QByteArray names[] = {"-lead.mp3", "two  blanks.mp3", "say \"hi\" it's.mp3", "\xcf\xf0\xe8\xe2\xe5\xf2.mp3"};
+        Session s({names[0], names[1], names[2], names[3]});
+        s.start();
+        s.select(0);
+        s.button(Player::Play)->click();
+        ASSERT_TRUE(s.waitFor([&] { return s.played().size() == 4 && !s.timerOn(); }));
+        // The log holds the bytes the entry got; the list sorts them its own way.
+        const QByteArray logged = readAll(s.log);
+        for (const QByteArray &name : names)
+            EXPECT_TRUE(logged.contains("[-Q] [" + QFile::encodeName(s.music) + name + "]\n")) << name.toStdString();
+    }
+}
+
+// A screen reader's actions do what clicks do: Show Mp3 lists the kind, Make All counts every
+// file in the statistics and converts them all, and the player's buttons play and stop.
+TEST(Accessibility, ToggleAndPressActionsRunTheirCommands)
+{
+    Session s({"long1.mp3", "long2.mp3"});
+    writeFile(QFile::encodeName(s.music) + "w.wav", readAll(QStringLiteral(KV_TEST_DATA_DIR "/wav/stereo-16bit-44100.wav")));
+    Environment environment = s.WindowRig::environment(s.folders, s.messages);
+    environment.processes = &s.processes;
+    environment.clock = &s.clock;
+    environment.wakeups = s.processes.wakeups();
+    ASSERT_EQ(s.open(environment, s.music), StartEnd::Running);
+    auto act = [&](const QString &name, const QString &action) {
+        QAccessibleInterface *a = QAccessible::queryAccessibleInterface(s.w(name));
+        ASSERT_NE(a, nullptr) << name.toStdString();
+        ASSERT_NE(a->actionInterface(), nullptr) << name.toStdString();
+        ASSERT_TRUE(a->actionInterface()->actionNames().contains(action)) << name.toStdString() << " "
+                                                                          << a->actionInterface()->actionNames().join(u',').toStdString();
+        a->actionInterface()->doAction(action);
+    };
+    const QString toggle = QAccessibleActionInterface::toggleAction(), press = QAccessibleActionInterface::pressAction();
+    ASSERT_EQ(s.list()->model()->rowCount(), 1);
+
+    act(u"tbMain_9"_s, toggle); // Show Mp3
+    EXPECT_EQ(s.list()->model()->rowCount(), 2);
+    EXPECT_TRUE(s.toolbar(ShowMp3)->isChecked());
+    EXPECT_FALSE(s.toolbar(ShowWav)->isChecked());
+    act(u"tbMain_9"_s, toggle); // pressed again: listed again, still pressed
+    EXPECT_TRUE(s.toolbar(ShowMp3)->isChecked());
+    EXPECT_TRUE(s.w<QToolButton>("tbMain_9")->isChecked());
+
+    EXPECT_EQ(s.w<QLabel>("lblInfo_3")->text(), u"0"_s);
+    act(u"tbMain_6"_s, toggle); // Make All
+    EXPECT_TRUE(s.controller->makeAll());
+    EXPECT_TRUE(s.toolbar(MakeAll)->isChecked());
+    EXPECT_EQ(s.w<QLabel>("lblInfo_3")->text(), u"2"_s) << "every listed file counts";
+    act(u"tbMain_6"_s, toggle);
+    EXPECT_FALSE(s.controller->makeAll());
+    EXPECT_EQ(s.w<QLabel>("lblInfo_3")->text(), u"0"_s);
+    act(u"tbMain_6"_s, toggle);
+
+    s.select(0);
+    act(u"imPlay_0"_s, press);
+    ASSERT_TRUE(s.waitPlayed(1));
+    act(u"imPlay_3"_s, press);
+    ASSERT_TRUE(s.waitPlayed(2));
+    EXPECT_EQ(s.played(), QStringList({mp3("long1.mp3"), mp3("long2.mp3")}));
+    act(u"imPlay_1"_s, press);
+    ASSERT_TRUE(s.waitFor([&] { return s.noneAlive(); }));
+
+    act(u"tbMain_4"_s, press); // Make Wav, of every file
+    ASSERT_TRUE(s.waitFor([&] { return s.w(u"frEncode"_s)->isVisible(); }));
+    EXPECT_EQ(s.w<QTreeView>("lstCode")->model()->rowCount(), 2);
+}
