@@ -321,13 +321,26 @@ bool MainController::closeRequested(bool conversionFrameVisible)
     if (conversionFrameVisible || (m_run && m_run->display().frameVisible))
         return false;
     stopPlayer();
+    saveConfiguration();
+    return true;
+}
+
+void MainController::endSession()
+{
+    if (m_run)
+        m_run->abortRunning();
+    stopPlayer();
+    saveConfiguration();
+}
+
+void MainController::saveConfiguration()
+{
     m_controls.setStartFolder(m_list.path);
     // The user's configuration folder may not exist yet; the program folder always does.
     const QString folder = QFileInfo(m_configPath).absolutePath();
     if (!m_configPath.startsWith(m_programFolder))
         QDir().mkpath(folder);
     SaveConfig(m_configPath, m_env.files, m_controls, m_record);
-    return true;
 }
 
 } // namespace kv

@@ -137,6 +137,10 @@ public:
     // The close request: refused while the conversion frame shows; otherwise the configuration
     // is saved and the window may close.
     bool closeRequested(bool conversionFrameVisible);
+    // The end of the user's session (SIGTERM, SIGHUP, SIGINT): even during a run, the running
+    // codecs are killed with their groups and their unfinished targets deleted, the player stops
+    // and the configuration is saved.
+    void endSession();
 
     void scan();
     void refreshStats();
@@ -195,6 +199,7 @@ private:
     void notify(const std::function<void()> &hook) const;
     void make(MakeCommand command);
     void stopPlayer();
+    void saveConfiguration();
 
     Environment m_env;
     QLocale m_locale;

@@ -1,11 +1,15 @@
 #include "gui/guiplatform.h"
 
+#include <csignal>
+
 #include <QApplication>
 #include <QDesktopServices>
 #include <QMessageBox>
+#include <QSocketNotifier>
 #include <QUrl>
 
 #include "platform/nativenames.h"
+#include "platform/posix/posixprocesses.h"
 
 namespace kv {
 
@@ -65,6 +69,19 @@ QUrl documentUrl(const QString &path)
 bool openDocument(const QString &path)
 {
     return QDesktopServices::openUrl(documentUrl(path));
+}
+
+void watchSessionEnd(QObject *owner, const std::function<void(int)> &ended)
+{
+    auto *signals = new QSocketNotifier(InterruptWatcher::install(), QSocketNotifier::Read, owner);
+    QObject::connect(signals, &QSocketNotifier::activated, owner, [ended] {
+        for (const int sig : InterruptWatcher::takeSignals()) {
+            if (sig == SIGTERM || sig == SIGHUP || sig == SIGINT) {
+                ended(sig);
+                return;
+            }
+        }
+    });
 }
 
 } // namespace kv

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <functional>
+
 #include "app/maincontroller.h"
 
 class QUrl;
@@ -33,5 +35,9 @@ QUrl documentUrl(const QString &path);
 
 // Hands a local document to the desktop's browser.
 bool openDocument(const QString &path);
+
+// Calls ended(signal) from the event loop when SIGTERM, SIGHUP or SIGINT arrives: the end of
+// the user's session. A closed output pipe no longer ends the program.
+void watchSessionEnd(QObject *owner, const std::function<void(int)> &ended);
 
 } // namespace kv

@@ -109,5 +109,10 @@ int main(int argc, char **argv)
     messages.setParent(&window);
     window.placeWindow();
     window.show();
+    // The session's end saves what a close would and leaves no codec or player behind.
+    kv::watchSessionEnd(&app, [&controller](int sig) {
+        controller.endSession();
+        QApplication::exit(128 + sig);
+    });
     return QApplication::exec();
 }

@@ -1,15 +1,19 @@
 #include <gtest/gtest.h>
 
+#include <csignal>
+
 #include <QAbstractItemModelTester>
 #include <QApplication>
 #include <QLabel>
 #include <QPlainTextEdit>
+#include <QProcess>
 #include <QPushButton>
 #include <QTest>
 #include <QTimer>
 #include <QTreeView>
 
 #include "engine/conversionrun.h"
+#include "gui/guiplatform.h"
 #include "platform/posix/posixclock.h"
 #include "platform/posix/posixfolders.h"
 #include "platform/posix/posixprocesses.h"
@@ -361,4 +365,61 @@ TEST(ConversionFrame, SourcesLeftOutForASharedTargetAreShownInThePane)
     const QString left = kept == u"x.wav"_s ? u"x.WAV"_s : u"x.wav"_s;
     EXPECT_EQ(pane->toPlainText(), u"%1 left out: its target x.mp3 is made from %2 in this run"_s.arg(left, kept));
     EXPECT_TRUE(s.waitFor([&] { return s.ended(); }));
+}
+
+// SIGTERM, SIGHUP and SIGINT end the session even during a run: the running codec is killed and
+// its unfinished target deleted, a finished target stays, and the settings are saved.
+TEST(SessionEnd, ASignalKillsTheRunningCodecsKeepsFinishedTargetsAndSaves)
+{
+    Session s({u"hang.wav"_s, u"ok.wav"_s});
+    s.start();
+    int ended = 0;
+    watchSessionEnd(s.window.get(), [&](int sig) {
+        s.controller->endSession();
+        ended = sig;
+    });
+    s.makeAll(MakeMp3);
+    ASSERT_TRUE(s.waitFor([&] { return s.statusOf(1, u"Done"_s) && QFile::exists(s.music + u"hang.mp3"_s); }));
+    ASSERT_FALSE(QFile::exists(s.controller->configPath()));
+    ::raise(SIGHUP);
+    ASSERT_TRUE(s.waitFor([&] { return ended == SIGHUP; }));
+    EXPECT_EQ(s.rows().join(u'|'), u"hang.wav Killed|ok.wav Done"_s);
+    EXPECT_FALSE(QFile::exists(s.music + u"hang.mp3"_s));
+    EXPECT_TRUE(QFile::exists(s.music + u"ok.mp3"_s));
+    EXPECT_TRUE(QFile::exists(s.music + u"hang.wav"_s));
+    EXPECT_EQ(QFileInfo(s.controller->configPath()).size(), 10310);
+}
+
+// The program itself: each of the three signals saves the settings and ends it with 128 + the
+// signal, once it is up.
+TEST(SessionEnd, TheWindowExitsWith128PlusTheSignal)
+{
+    for (const int sig : {SIGTERM, SIGHUP, SIGINT}) {
+        SCOPED_TRACE(sig);
+        QTemporaryDir dir;
+        const QString program = dir.path() + u"/prog/"_s;
+        installCodecs(program, "#!/bin/sh\n");
+        ASSERT_TRUE(QFile::copy(QStringLiteral(KV_BIN_DIR "/kestrelvane"), program + u"kestrelvane"_s));
+        QProcess window;
+        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        env.insert(u"QT_QPA_PLATFORM"_s, u"offscreen"_s);
+        window.setProcessEnvironment(env);
+        window.start(program + u"kestrelvane"_s, {dir.path()});
+        ASSERT_TRUE(window.waitForStarted());
+        // Up means its handler of the signal is in place: before that the signal simply kills.
+        const auto handles = [&] {
+            QFile status(u"/proc/%1/status"_s.arg(window.processId()));
+            status.open(QIODevice::ReadOnly);
+            for (const QByteArray &line : status.readAll().split('\n'))
+                if (line.startsWith("SigCgt:"))
+                    return (line.mid(7).trimmed().toULongLong(nullptr, 16) >> (sig - 1) & 1) != 0;
+            return false;
+        };
+        ASSERT_TRUE(QTest::qWaitFor(handles, 30000));
+        ::kill(static_cast<pid_t>(window.processId()), sig);
+        ASSERT_TRUE(window.waitForFinished(20000));
+        EXPECT_EQ(window.exitStatus(), QProcess::NormalExit);
+        EXPECT_EQ(window.exitCode(), 128 + sig);
+        EXPECT_EQ(QFileInfo(program + u"kestrvan.cfg"_s).size(), 10310);
+    }
 }
