@@ -129,10 +129,20 @@ fi
 pactl set-default-sink "$sink"
 
 # A silent stream for the whole run: the sink and its monitor keep running between two sounds,
-# so recorded positions follow the clock.
-pacat --playback --raw --device="$sink" --format=s16le --rate="$rate" --channels=1 \
+# so recorded positions follow the clock. Its low latency keeps the sink's blocks short: during a
+# long one, a recording that starts waits for its end (two seconds for an idle null sink). The
+# sink is held suspended until the stream is there, so it never begins with a long block.
+pactl suspend-sink "$sink" 1
+pacat --playback --raw --device="$sink" --format=s16le --rate="$rate" --channels=1 --latency-msec=10 \
   --client-name=private-sound-silence </dev/zero &
 silence=$!
+for _ in $(seq 100); do
+  [ -n "$(pactl list short sink-inputs)" ] && break
+  sleep 0.02
+done
+pactl suspend-sink "$sink" 0
+flowing=$(head -c 64 < <(timeout 10 parec --raw --device="$sink.monitor" --latency-msec=10 2>/dev/null) | wc -c)
+[ "$flowing" -eq 64 ] || fail "the sink's monitor delivers nothing"
 
 # The codec entries start players with no environment; they must land here, not on a sound card.
 if ! env -i XDG_RUNTIME_DIR="$runtime" /usr/bin/aplay -L 2>/dev/null | grep -A1 -x default | grep -q PulseAudio; then
