@@ -12,8 +12,6 @@
 
 #include <QCoreApplication>
 
-extern char **environ;
-
 namespace kv::test {
 
 namespace {
