@@ -7,6 +7,8 @@ packages=(
   qt6-base-dev libgl-dev
   libgtest-dev libgmock-dev libbenchmark-dev
   lame madplay vorbis-tools musepack-tools alsa-utils sox
+  # The tests that listen to the players run their own sound server.
+  pulseaudio pulseaudio-utils libasound2-plugins
   locales
   qt6-svg-dev libqt6svg6
   xvfb xauth imagemagick xdotool

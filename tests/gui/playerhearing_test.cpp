@@ -1,0 +1,185 @@
+// The player of the window heard through a sound server of its own: the real codec entries play
+// files of different pitches, and the recording of the server tells which file played when.
+#include <chrono>
+#include <cstdio>
+
+#include <gtest/gtest.h>
+
+#include <QTest>
+#include <QToolButton>
+#include <QTreeView>
+
+#include "platform/posix/posixclock.h"
+#include "platform/posix/posixfolders.h"
+#include "platform/posix/posixprocesses.h"
+#include "player/player.h"
+#include "sound/soundrecorder.h"
+#include "support/qtprinters.h"
+#include "windowrig.h"
+
+using namespace kv;
+using namespace kv::test;
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace {
+
+struct Quiet : Messages
+{
+    void information(const QString &) override {}
+    void critical(const QString &) override {}
+};
+
+// The window over a folder of tone files, with the codec entries the build made.
+struct Listening : WindowRig
+{
+    QString music = dir.path() + u"/music/"_s;
+    PosixFolders folders;
+    Quiet messages;
+    PosixProcesses processes;
+    PosixClock clock;
+    SoundRecorder recorder{{440, 660, 990, 1480}};
+
+    // Files named so that the list's order is the order given: "1 tone.mp3", "2 tone.mp3", ...
+    Listening(const char *extension, std::initializer_list<int> pitches)
+    {
+        QDir().mkpath(music);
+        QDir().mkpath(program + u"codec"_s);
+        for (const QString &entry : QDir(QStringLiteral(KV_BIN_DIR "/codec")).entryList(QDir::Files))
+            QFile::copy(QStringLiteral(KV_BIN_DIR "/codec/") + entry, program + u"codec/"_s + entry);
+        int i = 1;
+        for (const int pitch : pitches)
+            QFile::copy(QStringLiteral(KV_TEST_DATA_DIR "/sound/tone-%1.%2").arg(pitch).arg(QLatin1String(extension)),
+                        music + u"%1 tone.%2"_s.arg(i++).arg(QLatin1String(extension)));
+        Environment environment = WindowRig::environment(folders, messages);
+        environment.processes = &processes;
+        environment.clock = &clock;
+        environment.wakeups = processes.wakeups();
+        EXPECT_EQ(open(environment, music), StartEnd::Running);
+        const int show[] = {ShowWav, ShowMp3, ShowOgg, ShowMpc};
+        const QStringList kinds = {u"wav"_s, u"mp3"_s, u"ogg"_s, u"mpc"_s};
+        toolbar(show[kinds.indexOf(QLatin1String(extension))])->trigger();
+    }
+    ~Listening()
+    {
+        window.reset();
+        controller.reset();
+    }
+
+    // Presses a player button (or a toolbar command) and gives the recording position of that moment.
+    std::int64_t press(int button)
+    {
+        const std::int64_t at = recorder.samplePosition();
+        w<QToolButton>(u"imPlay_%1"_s.arg(button))->click();
+        return at;
+    }
+    void select(int row) const
+    {
+        auto *list = w<QTreeView>("lstMain");
+        list->selectionModel()->setCurrentIndex(list->model()->index(row, 0),
+                                                QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+    }
+    std::vector<int> pitchesHeard(std::int64_t from, std::int64_t to) const
+    {
+        std::vector<int> out;
+        for (const SoundSegment &s : sounds(recorder.timeline(from, to)))
+            out.push_back(s.pitch);
+        return out;
+    }
+    // Waits until the player has been idle and the server silent for half a second.
+    std::optional<std::int64_t> waitForEnd(std::int64_t from, std::chrono::milliseconds timeout = 10s)
+    {
+        return recorder.waitForSilence(from, 500ms, timeout);
+    }
+};
+
+void report(const char *what, double ms) { std::printf("%-40s %5.0f ms\n", what, ms); }
+
+} // namespace
+
+// A list of three MP3 files played from the first: each file once, in list order, whole, with
+// little silence between them; Play to the first sound within 300 ms.
+TEST(PlayerHearing, RowsPlayInListOrderWithShortGaps)
+{
+    Listening l("mp3", {440, 660, 990});
+    ASSERT_EQ(l.recorder.error(), "");
+    l.select(0);
+    const std::int64_t pressed = l.press(Player::Play);
+    const std::optional<std::int64_t> first = l.recorder.waitForSound(pressed, 3s);
+    ASSERT_TRUE(first) << "nothing was heard";
+    // After the first sound, silence that lasts means the list is over.
+    const std::optional<std::int64_t> end = l.recorder.waitForSilence(*first + l.recorder.samplesIn(2500ms), 500ms, 10s);
+    ASSERT_TRUE(end);
+    const std::vector<SoundSegment> heard = sounds(l.recorder.timeline(pressed, *end));
+    ASSERT_EQ(l.pitchesHeard(pressed, *end), (std::vector<int>{440, 660, 990})) << ::testing::PrintToString(heard);
+    for (const SoundSegment &s : heard)
+        EXPECT_NEAR(s.end - s.start, 1.0, 0.06) << s;
+    const double toSound = l.recorder.milliseconds(*first - pressed);
+    EXPECT_LE(toSound, 300);
+    report("Play to the first sound", toSound);
+    for (size_t i = 1; i < heard.size(); ++i) {
+        const double gap = 1000 * (heard[i].start - heard[i - 1].end);
+        EXPECT_LE(gap, 300) << i;
+        report("silence between two rows", gap);
+    }
+}
+
+// Next moves on to the next file at once, Previous goes back; Stop and a refill silence the
+// player within 100 ms.
+TEST(PlayerHearing, NextPreviousStopAndARefill)
+{
+    Listening l("mp3", {440, 660, 990});
+    ASSERT_EQ(l.recorder.error(), "");
+    l.select(0);
+    const std::int64_t start = l.press(Player::Play);
+    auto heardFor = [&](std::int64_t after, std::chrono::milliseconds hold) {
+        const std::optional<std::int64_t> sound = l.recorder.waitForSound(after, 3s);
+        EXPECT_TRUE(sound && l.recorder.waitForPosition(*sound + l.recorder.samplesIn(hold), 3s));
+    };
+    heardFor(start, 300ms);
+    const std::int64_t next = l.press(Player::Next);
+    heardFor(next, 300ms);
+    const std::int64_t previous = l.press(Player::Previous);
+    heardFor(previous, 300ms);
+    const std::int64_t stop = l.press(Player::Stop);
+    const std::optional<std::int64_t> silent = l.waitForEnd(stop);
+    ASSERT_TRUE(silent);
+    EXPECT_EQ(l.pitchesHeard(start, next), std::vector<int>{440});
+    EXPECT_EQ(l.pitchesHeard(next, previous), std::vector<int>{660});
+    EXPECT_EQ(l.pitchesHeard(previous, stop), std::vector<int>{440});
+    const double stopToSilence = l.recorder.milliseconds(*silent - stop);
+    EXPECT_LE(stopToSilence, 100);
+    report("Stop to silence", stopToSilence);
+
+    // A refill (the kind shown again) stops it too.
+    l.select(1);
+    const std::int64_t again = l.press(Player::Play);
+    heardFor(again, 300ms);
+    const std::int64_t refill = l.recorder.samplePosition();
+    l.toolbar(ShowMp3)->trigger();
+    const std::optional<std::int64_t> quiet = l.waitForEnd(refill);
+    ASSERT_TRUE(quiet);
+    EXPECT_EQ(l.pitchesHeard(again, refill), std::vector<int>{660});
+    EXPECT_LE(l.recorder.milliseconds(*quiet - refill), 100);
+    report("refill to silence", l.recorder.milliseconds(*quiet - refill));
+}
+
+// Every kind plays through its own entry: Ogg Vorbis, Musepack (stream version 8) and WAV, two
+// files each, in order.
+TEST(PlayerHearing, EveryKindPlaysThroughItsEntry)
+{
+    const struct { const char *extension; int a, b; } kinds[] = {{"ogg", 660, 990}, {"mpc", 990, 1480}, {"wav", 1480, 440}};
+    for (const auto &k : kinds) {
+        SCOPED_TRACE(k.extension);
+        Listening l(k.extension, {k.a, k.b});
+        ASSERT_EQ(l.recorder.error(), "");
+        l.select(0);
+        const std::int64_t pressed = l.press(Player::Play);
+        const std::optional<std::int64_t> first = l.recorder.waitForSound(pressed, 3s);
+        ASSERT_TRUE(first);
+        const std::optional<std::int64_t> end = l.recorder.waitForSilence(*first + l.recorder.samplesIn(1500ms), 500ms, 10s);
+        ASSERT_TRUE(end);
+        EXPECT_EQ(l.pitchesHeard(pressed, *end), (std::vector<int>{k.a, k.b}));
+        report((std::string(k.extension) + ": Play to the first sound").c_str(), l.recorder.milliseconds(*first - pressed));
+    }
+}
