@@ -370,9 +370,9 @@ void MainController::playerClick(int button)
     notify(playerView.changed);
 }
 
-void MainController::playerTick()
+void MainController::playerTick(bool decoderEnded)
 {
-    if (!m_player || !m_player->display().timerEnabled)
+    if (!m_player || !m_player->display().timerEnabled || (decoderEnded && !m_player->decoderEnded()))
         return;
     m_player->tick();
     notify(playerView.changed);
@@ -426,7 +426,7 @@ void MainController::encodeTick(bool codecEnded)
         m_env.wakeups.clearExits();
     // A decoder that ended is seen at once too, so the next row follows without a timer's wait.
     if (codecEnded)
-        playerTick();
+        playerTick(true);
     if (!m_run || !m_run->display().timerEnabled)
         return;
     m_run->tick();

@@ -157,7 +157,8 @@ public:
     bool abortJob(int row);
     // The player frame: imPlay's click by button index, and tmrPlay.
     void playerClick(int button);
-    void playerTick();
+    // decoderEnded: a child's exit woke the loop; the tick runs only if it was the decoder's.
+    void playerTick(bool decoderEnded = false);
     // What the player moves in the window; set by the window.
     PlayerView playerView;
     // nullptr when nothing can play (no processes given).

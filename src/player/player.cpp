@@ -114,6 +114,11 @@ void Player::idle()
     m_display.progressValue = m_display.progressMin;
 }
 
+bool Player::decoderEnded()
+{
+    return m_display.timerEnabled && !isWav() && m_c.processes.hasEnded(m_playerProcess);
+}
+
 void Player::tick()
 {
     guarded([this] { step(); });

@@ -54,6 +54,9 @@ public:
     void tick();
     // imPlay's click, by button index.
     void click(int button);
+    // Whether the tick would find the decoder of a decoded row ended now: its exit may run the
+    // tick at once instead of a timer interval later. WAV rows end by the clock alone.
+    bool decoderEnded();
     // After a refill of the file list: the next Play counts from the first row.
     void rewind() { m_playRow = 1; }
 

@@ -5,7 +5,9 @@
 
 #include <gtest/gtest.h>
 
+#include <QLabel>
 #include <QTest>
+#include <QTimer>
 #include <QToolButton>
 #include <QTreeView>
 
@@ -31,7 +33,7 @@ struct Quiet : Messages
 };
 
 // The window over a folder of tone files, with the codec entries the build made.
-struct Listening : WindowRig
+struct Hearing : WindowRig
 {
     QString music = dir.path() + u"/music/"_s;
     PosixFolders folders;
@@ -41,7 +43,7 @@ struct Listening : WindowRig
     SoundRecorder recorder{{440, 660, 990, 1480}};
 
     // Files named so that the list's order is the order given: "1 tone.mp3", "2 tone.mp3", ...
-    Listening(const char *extension, std::initializer_list<int> pitches)
+    Hearing(const char *extension, std::initializer_list<int> pitches)
     {
         QDir().mkpath(music);
         QDir().mkpath(program + u"codec"_s);
@@ -60,7 +62,7 @@ struct Listening : WindowRig
         const QStringList kinds = {u"wav"_s, u"mp3"_s, u"ogg"_s, u"mpc"_s};
         toolbar(show[kinds.indexOf(QLatin1String(extension))])->trigger();
     }
-    ~Listening()
+    ~Hearing()
     {
         window.reset();
         controller.reset();
@@ -79,10 +81,25 @@ struct Listening : WindowRig
         list->selectionModel()->setCurrentIndex(list->model()->index(row, 0),
                                                 QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
     }
+    // The files heard, one segment each: a sound cut off mid-block leaves a click of no pitch,
+    // and a busy machine may drop a few blocks of a file; neither is a file of its own.
+    std::vector<SoundSegment> filesHeard(std::int64_t from, std::int64_t to) const
+    {
+        std::vector<SoundSegment> out;
+        for (const SoundSegment &s : sounds(recorder.timeline(from, to))) {
+            if (s.pitch == SoundSegment::Other && s.end - s.start <= 0.05)
+                continue;
+            if (!out.empty() && out.back().pitch == s.pitch && s.start - out.back().end < 0.2)
+                out.back().end = s.end;
+            else
+                out.push_back(s);
+        }
+        return out;
+    }
     std::vector<int> pitchesHeard(std::int64_t from, std::int64_t to) const
     {
         std::vector<int> out;
-        for (const SoundSegment &s : sounds(recorder.timeline(from, to)))
+        for (const SoundSegment &s : filesHeard(from, to))
             out.push_back(s.pitch);
         return out;
     }
@@ -101,7 +118,7 @@ void report(const char *what, double ms) { std::printf("%-40s %5.0f ms\n", what,
 // little silence between them; Play to the first sound within 300 ms.
 TEST(PlayerHearing, RowsPlayInListOrderWithShortGaps)
 {
-    Listening l("mp3", {440, 660, 990});
+    Hearing l("mp3", {440, 660, 990});
     ASSERT_EQ(l.recorder.error(), "");
     l.select(0);
     const std::int64_t pressed = l.press(Player::Play);
@@ -110,7 +127,7 @@ TEST(PlayerHearing, RowsPlayInListOrderWithShortGaps)
     // After the first sound, silence that lasts means the list is over.
     const std::optional<std::int64_t> end = l.recorder.waitForSilence(*first + l.recorder.samplesIn(2500ms), 500ms, 10s);
     ASSERT_TRUE(end);
-    const std::vector<SoundSegment> heard = sounds(l.recorder.timeline(pressed, *end));
+    const std::vector<SoundSegment> heard = l.filesHeard(pressed, *end);
     ASSERT_EQ(l.pitchesHeard(pressed, *end), (std::vector<int>{440, 660, 990})) << ::testing::PrintToString(heard);
     for (const SoundSegment &s : heard)
         EXPECT_NEAR(s.end - s.start, 1.0, 0.06) << s;
@@ -128,7 +145,7 @@ TEST(PlayerHearing, RowsPlayInListOrderWithShortGaps)
 // player within 100 ms.
 TEST(PlayerHearing, NextPreviousStopAndARefill)
 {
-    Listening l("mp3", {440, 660, 990});
+    Hearing l("mp3", {440, 660, 990});
     ASSERT_EQ(l.recorder.error(), "");
     l.select(0);
     const std::int64_t start = l.press(Player::Play);
@@ -171,7 +188,7 @@ TEST(PlayerHearing, EveryKindPlaysThroughItsEntry)
     const struct { const char *extension; int a, b; } kinds[] = {{"ogg", 660, 990}, {"mpc", 990, 1480}, {"wav", 1480, 440}};
     for (const auto &k : kinds) {
         SCOPED_TRACE(k.extension);
-        Listening l(k.extension, {k.a, k.b});
+        Hearing l(k.extension, {k.a, k.b});
         ASSERT_EQ(l.recorder.error(), "");
         l.select(0);
         const std::int64_t pressed = l.press(Player::Play);
@@ -179,7 +196,8 @@ TEST(PlayerHearing, EveryKindPlaysThroughItsEntry)
         ASSERT_TRUE(first);
         const std::optional<std::int64_t> end = l.recorder.waitForSilence(*first + l.recorder.samplesIn(1500ms), 500ms, 10s);
         ASSERT_TRUE(end);
-        EXPECT_EQ(l.pitchesHeard(pressed, *end), (std::vector<int>{k.a, k.b}));
+        EXPECT_EQ(l.pitchesHeard(pressed, *end), (std::vector<int>{k.a, k.b}))
+            << ::testing::PrintToString(l.recorder.timeline(pressed, *end)) << " pressed at " << l.recorder.seconds(pressed);
         report((std::string(k.extension) + ": Play to the first sound").c_str(), l.recorder.milliseconds(*first - pressed));
     }
 }
