@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Regenerates docs/screenshot.png (and the help document's copy): the window under Xvfb, in
 # English, listing a folder of MP3 files with every file counted; with the default output also
-# docs/screenshot-convert.png, the window converting a folder of WAV files to MP3. Usage: scripts/screenshot.sh [LANG [OUT]]
+# docs/screenshot-play.png, the player playing the third file, and docs/screenshot-convert.png,
+# the window converting a folder of WAV files to MP3. Usage: scripts/screenshot.sh [LANG [OUT]]
 # where LANG "ru" switches the window to Russian first and OUT is where the picture goes;
 # KV_SHOT_WIDTH and KV_SHOT_HEIGHT set the window size (1024 x 700).
 set -euo pipefail
@@ -71,6 +72,22 @@ BODY
 if [ "$language" = en ] && [ "$out" = "$root/docs/screenshot.png" ]; then
     cp "$out" "$root/help/rus/screenshot.png"
     echo "$out"
+    # The player with a file playing: a sound server of its own lets the file play on (without a
+    # sound device every player ends at once).
+    if "$root/tests/sound/private-sound.sh" true 2>/dev/null; then
+        out=$root/docs/screenshot-play.png
+        saved=("${private[@]}")
+        private=("$root/tests/sound/private-sound.sh")
+        shoot "Evening Concert" "$(cat <<BODY
+xdotool key --window "\$win" ctrl+2 alt+l Down Down Return
+sleep 3.4
+import -window root -crop ${width}x${height}+0+0 +repage "$out"
+kill \$pid
+BODY
+)"
+        private=("${saved[@]}")
+        echo "$out"
+    fi
     out=$root/docs/screenshot-convert.png
     # Twelve WAVs of a minute and a half: on any machine the run is still going a moment after the
     # first file is done, which is when the remaining time and the bar appear.
