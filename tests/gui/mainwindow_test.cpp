@@ -27,6 +27,7 @@
 #include "platform/posix/posixfolders.h"
 #include "settings/configrecord.h"
 #include "support/bytefiles.h"
+#include "support/fifoguard.h"
 #include "support/qtprinters.h"
 #include "windowrig.h"
 
@@ -43,14 +44,19 @@ struct Recorder : Messages
     void critical(const QString &t) override { shown.append(u"c "_s + t); }
 };
 
-// Real folders, except those named here, which cannot be opened (the tests run as any user).
+// Real folders, except those named here, which cannot be opened (the tests run as any user), and
+// names listed as files that were swapped for something else before they are read.
 struct Folders : PosixFolders
 {
     std::set<QString> refused;
+    std::map<QString, QStringList> swapped;
     bool refuses(const QString &f) const { return refused.count(QDir::cleanPath(f)) != 0; }
     std::optional<QStringList> listFiles(const QString &f, const QString &p) override
     {
-        return refuses(f) ? std::nullopt : PosixFolders::listFiles(f, p);
+        std::optional<QStringList> names = refuses(f) ? std::nullopt : PosixFolders::listFiles(f, p);
+        if (names)
+            *names += swapped[QDir::cleanPath(f)];
+        return names;
     }
     std::optional<FolderListing> listFolder(const QString &f) override
     {
@@ -566,6 +572,34 @@ TEST(WindowConfiguration, SavedAtCloseRestoredAtTheNextStartAndRefusedWhileConve
         }
         QDir(cfg).removeRecursively();
     }
+}
+
+// A listed file swapped for a FIFO before it is read, and a FIFO in place of the configuration
+// file: the list shows the other files, the window closes at once, and both FIFOs stay as they
+// were. Opening either would wait for the FIFO's other end.
+TEST(WindowFaults, FifosInPlaceOfAListedFileAndOfTheConfigurationHoldNothing)
+{
+    Session s;
+    const QByteArray swapped = QFile::encodeName(s.at("rock/swapped.mp3"));
+    const QByteArray cfg = QFile::encodeName(s.program) + "kestrvan.cfg";
+    FifoGuard listed(swapped);
+    FifoGuard config(cfg);
+    ASSERT_TRUE(listed.made() && config.made());
+    s.folders.swapped[s.at("rock")] = QStringList{u"swapped.mp3"_s};
+
+    ASSERT_EQ(s.start(s.at("rock")), StartEnd::Running);
+    s.toolbar(ShowMp3)->trigger();
+    QAbstractItemModel *list = s.list();
+    ASSERT_EQ(list->rowCount(), 2);
+    EXPECT_EQ(list->index(0, 0).data().toString(), u"mono.mp3"_s);
+    EXPECT_EQ(list->index(1, 0).data().toString(), u"vbr.mp3"_s);
+    EXPECT_EQ(s.label("stbMain_3"), u"Files: 2  "_s);
+    EXPECT_FALSE(listed.finish()) << "the scan waited for the FIFO";
+
+    EXPECT_TRUE(s.window->close());
+    EXPECT_FALSE(config.finish()) << "the save at close waited for the FIFO";
+    EXPECT_TRUE(isFifo(swapped));
+    EXPECT_TRUE(isFifo(cfg));
 }
 
 // The Help panel and F1 open the one document beside the program, whichever the language.
