@@ -11,6 +11,7 @@
 #include <QApplication>
 #include <QComboBox>
 #include <QDirIterator>
+#include <QProcess>
 #include <QGroupBox>
 #include <QLabel>
 #include <QPushButton>
@@ -600,6 +601,49 @@ TEST(WindowFaults, FifosInPlaceOfAListedFileAndOfTheConfigurationHoldNothing)
     EXPECT_FALSE(config.finish()) << "the save at close waited for the FIFO";
     EXPECT_TRUE(isFifo(swapped));
     EXPECT_TRUE(isFifo(cfg));
+}
+
+// A folder whose name is not UTF-8 is remembered by its bytes and opened again by the next start
+// without a folder argument, also below a UTF-8 name. A UTF-8 name the record's code page cannot
+// hold opens the folder above it.
+TEST(WindowConfiguration, FolderNamedInWindows1251OpensAgainAtTheNextStart)
+{
+    Session s;
+    const QByteArray old = QFile::encodeName(s.at("old"));
+    // The temporary folder cannot remove names that are not UTF-8.
+    struct RemoveAtEnd
+    {
+        QString folder;
+        ~RemoveAtEnd() { QProcess::execute(u"/bin/rm"_s, {u"-rf"_s, folder}); }
+    } removeAtEnd{s.at("old")};
+    const QByteArray cp1251 = "\xCF\xF0\xEE\xE2\xE5\xF0\xEA\xE0"; // "Проверка" in Windows-1251
+    const QByteArray archive = "\xD0\x90\xD1\x80\xD1\x85\xD0\xB8\xD0\xB2"; // "Архив" in UTF-8
+    // The record's folder field: UTF-8 names as Windows-1251 text, other names as their bytes.
+    const struct { QByteArray folder; QByteArray opened; QByteArray field; } cases[] = {
+        {old + '/' + cp1251, old + '/' + cp1251, old + '/' + cp1251},
+        {old + '/' + archive + '/' + cp1251, old + '/' + archive + '/' + cp1251, old + "/\xC0\xF0\xF5\xE8\xE2/" + cp1251},
+        // Latin-1, and the one byte Windows-1251 leaves undefined
+        {old + "/caf\xE9 \x98", old + "/caf\xE9 \x98", old + "/caf\xE9 \x98"},
+        {old + "/\xE6\x97\xA5\xE6\x9C\xAC", old, old + "/??"}, // "日本" in UTF-8
+    };
+    const QByteArray wav = readAll(QStringLiteral(KV_TEST_DATA_DIR "/wav/stereo-16bit-44100.wav"));
+    for (const auto &c : cases) {
+        for (qsizetype cut = old.size(); cut != -1; cut = c.folder.indexOf('/', cut + 1))
+            ::mkdir(c.folder.left(cut).constData(), 0755);
+        ::mkdir(c.folder.constData(), 0755);
+        writeFile(c.folder + "/take.wav", wav);
+        s.window.reset();
+        ASSERT_EQ(s.start(nameFromBytes(c.folder)), StartEnd::Running);
+        ASSERT_TRUE(s.window->close());
+        const QByteArray record = readAll(s.program + u"kestrvan.cfg"_s);
+        EXPECT_EQ(record.mid(ConfigRecord::kFolder, c.field.size() + 2).toHex(' ').toStdString(),
+                  (c.field + "/ ").toHex(' ').toStdString());
+
+        ASSERT_EQ(s.start(), StartEnd::Running);
+        EXPECT_EQ(s.controller->fileList().currentFolder, nameFromBytes(c.opened + '/'));
+        s.toolbar(ShowWav)->trigger();
+        EXPECT_EQ(s.list()->rowCount(), c.folder == c.opened ? 1 : 0) << c.folder.toHex(' ').constData();
+    }
 }
 
 // The Help panel and F1 open the one document beside the program, whichever the language.
