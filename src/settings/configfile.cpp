@@ -141,7 +141,8 @@ QString rememberedFolder(const QString &text, Folders &folders)
         // Only a part beyond ASCII reads differently as bytes; the text comes first.
         const QString asBytes = nameFromBytes(toWindows1251(part));
         if (i > 0 && asBytes != part) {
-            const std::optional<QStringList> names = folders.listFolders(parent.isEmpty() ? QStringLiteral("/") : parent);
+            const std::optional<QStringList> names =
+                folders.listFolders(parent.isEmpty() ? QStringLiteral("/") : parent);
             if (names && !names->contains(part) && names->contains(asBytes))
                 part = asBytes;
         }

@@ -58,7 +58,8 @@ int openRegularFile(const QString &path, int flags, struct stat &st)
         return -1;
     // A regular file never blocks, so clearing the flag only gives reads and writes their usual meaning.
     const int status = ::fcntl(fd, F_GETFL);
-    if (::fstat(fd, &st) != 0 || !S_ISREG(st.st_mode) || status < 0 || ::fcntl(fd, F_SETFL, status & ~O_NONBLOCK) != 0) {
+    if (::fstat(fd, &st) != 0 || !S_ISREG(st.st_mode) || status < 0
+        || ::fcntl(fd, F_SETFL, status & ~O_NONBLOCK) != 0) {
         ::close(fd);
         return -1;
     }
