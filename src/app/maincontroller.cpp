@@ -101,7 +101,7 @@ StartEnd MainController::Main(const StartOptions &options)
         if (configFileQualifies(m_configPath, m_env.files)) {
             m_configRead = true;
             LoadConfig(m_configPath, m_env.files, m_controls, m_record);
-            startFolder = m_controls.startFolder();
+            startFolder = rememberedFolder(m_controls.startFolder(), m_env.folders);
         } else {
             // No remembered folder: the root of the drive that holds the program.
             startFolder = volumeContaining(m_programFolder, m_drives).mountPoint;

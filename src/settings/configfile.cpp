@@ -2,6 +2,8 @@
 
 #include "common/checked.h"
 #include "common/failure.h"
+#include "platform/nativenames.h"
+#include "settings/windows1251.h"
 
 namespace kv {
 
@@ -16,6 +18,21 @@ Int16 twipsFromPixels(std::int16_t pixels)
 Int16 pixelsFromTwips(int twips)
 {
     return Int16::fromReal(static_cast<double>(twips) / SettingsControls::kTwipsPerPixel);
+}
+
+// The folder field is Windows-1251. A part of the path whose name is not UTF-8 goes in as its own
+// bytes (each byte has its character in the code page), so a folder named in Windows-1251 or any
+// other single-byte code is remembered as it is. A UTF-8 name goes in as text, and characters the
+// code page lacks become "?" as in every text of the record: the next start then opens the
+// nearest folder above it.
+QString folderFieldText(const QString &folder)
+{
+    QStringList parts = folder.split(QLatin1Char('/'));
+    for (QString &part : parts) {
+        if (shownName(part) != part) // holds bytes that are not UTF-8
+            part = fromWindows1251(bytesFromName(part));
+    }
+    return parts.join(QLatin1Char('/'));
 }
 
 } // namespace
@@ -115,6 +132,25 @@ bool LoadConfig(const QString &path, Files &files, SettingsControls &controls, C
     });
 }
 
+QString rememberedFolder(const QString &text, Folders &folders)
+{
+    QStringList parts = text.split(QLatin1Char('/'));
+    QString parent;
+    for (qsizetype i = 0; i < parts.size(); ++i) {
+        QString &part = parts[i];
+        // Only a part beyond ASCII reads differently as bytes; the text comes first.
+        const QString asBytes = nameFromBytes(toWindows1251(part));
+        if (i > 0 && asBytes != part) {
+            const std::optional<QStringList> names =
+                folders.listFolders(parent.isEmpty() ? QStringLiteral("/") : parent);
+            if (names && !names->contains(part) && names->contains(asBytes))
+                part = asBytes;
+        }
+        parent += (i > 0 ? QStringLiteral("/") : QString()) + part;
+    }
+    return parts.join(QLatin1Char('/'));
+}
+
 bool SaveConfig(const QString &path, Files &files, const SettingsControls &controls,
                 ConfigRecord &record)
 {
@@ -129,7 +165,7 @@ bool SaveConfig(const QString &path, Files &files, const SettingsControls &contr
         }
         record.setByte(R::kTab, controls.selectedTab());
         record.setByte(R::kLanguage, controls.languagePanelText() == QStringLiteral("English") ? 0 : 1);
-        record.setText(R::kFolder, trimBlanks(controls.startFolder()));
+        record.setText(R::kFolder, folderFieldText(trimBlanks(controls.startFolder())));
 
         const EncoderSettings &s = controls.settings();
         record.setByte(R::kMp3Mode, s.mp3.mode);

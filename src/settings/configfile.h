@@ -3,6 +3,7 @@
 #include <QString>
 
 #include "platform/files.h"
+#include "platform/folders.h"
 #include "settings/configrecord.h"
 #include "settings/settingscontrols.h"
 
@@ -29,6 +30,12 @@ bool ResetToDefaults(SettingsControls &controls);
 // value ends the load silently: what was applied stays, the rest keeps its value. False when the
 // load ended early (or the file could not be read as one record).
 bool LoadConfig(const QString &path, Files &files, SettingsControls &controls, ConfigRecord &record);
+
+// The folder a remembered folder text names. The record keeps a name that is not UTF-8 as its
+// own bytes, read back as Windows-1251 text: where a part of the path does not exist as that text
+// but its Windows-1251 bytes name a folder there, the part is that folder. Anything else comes
+// back as it was, and the tree opens the nearest folder of it that exists.
+QString rememberedFolder(const QString &text, Folders &folders);
 
 // Gathers the controls into `record` and writes it at the start of the file. The first refused
 // value (a list without selection, say) ends the save before anything is written. False then,

@@ -188,9 +188,10 @@ TEST(Convert, HardStopsKillOnlyWhatStillRuns)
 {
     ProgramCopy program;
     const QString pids = program.dir.filePath(u"pids"_s);
-    // f1 runs until its f1.go file appears, any other job for 30 s.
+    // f1 runs until its f1.go file appears (20 s at most), any other job for 30 s.
     program.fakeLame("echo $$ >> '" + pids.toUtf8() + "'\n/usr/bin/head -c 5000 /dev/zero > \"$t\"\n"
-                     "case \"$t\" in *f1.mp3) while [ ! -e \"${t%.mp3}.go\" ]; do /bin/sleep 0.02; done;;\n"
+                     "case \"$t\" in *f1.mp3) i=0; while [ ! -e \"${t%.mp3}.go\" ] && [ $i -lt 1000 ]; do\n"
+                     " /bin/sleep 0.02; i=$((i + 1)); done;;\n"
                      "*) exec /bin/sleep 30;;\nesac\n");
     auto started = [&](int codecs) {
         for (int i = 0; i < 1000 && bytes(pids).count('\n') < codecs; ++i)

@@ -28,6 +28,7 @@ namespace {
 
 // Every codec entry is this script. It logs its name and arguments, then acts by the source's
 // name: fail*, crash*, empty*, hang*, flood* and slow* misbehave as they say, others write 4 KB.
+// Each ends by itself, a hang after 30 s.
 // Codecs start with no environment, so the log's path is written into the script.
 const char codecScript[] = R"(#!/bin/sh
 PATH=/usr/bin:/bin
@@ -38,7 +39,7 @@ case $(basename "$src") in
 fail*) echo "cannot read $src" >&2; exit 1 ;;
 crash*) kill -SEGV $$ ;;
 empty*) : > "$dst"; exit 0 ;;
-hang*) head -c 3000 /dev/zero > "$dst"; exec sleep 600 ;;
+hang*) head -c 3000 /dev/zero > "$dst"; exec sleep 30 ;;
 flood*) head -c 3000000 /dev/zero | tr '\000' x >&2; echo; echo "last words" >&2; head -c 4096 /dev/zero > "$dst"; exit 2 ;;
 slow*) sleep 0.6 ;;
 esac

@@ -11,6 +11,7 @@
 #include <QApplication>
 #include <QComboBox>
 #include <QDirIterator>
+#include <QProcess>
 #include <QGroupBox>
 #include <QLabel>
 #include <QPushButton>
@@ -27,6 +28,7 @@
 #include "platform/posix/posixfolders.h"
 #include "settings/configrecord.h"
 #include "support/bytefiles.h"
+#include "support/fifoguard.h"
 #include "support/qtprinters.h"
 #include "windowrig.h"
 
@@ -43,14 +45,19 @@ struct Recorder : Messages
     void critical(const QString &t) override { shown.append(u"c "_s + t); }
 };
 
-// Real folders, except those named here, which cannot be opened (the tests run as any user).
+// Real folders, except those named here, which cannot be opened (the tests run as any user), and
+// names listed as files that were swapped for something else before they are read.
 struct Folders : PosixFolders
 {
     std::set<QString> refused;
+    std::map<QString, QStringList> swapped;
     bool refuses(const QString &f) const { return refused.count(QDir::cleanPath(f)) != 0; }
     std::optional<QStringList> listFiles(const QString &f, const QString &p) override
     {
-        return refuses(f) ? std::nullopt : PosixFolders::listFiles(f, p);
+        std::optional<QStringList> names = refuses(f) ? std::nullopt : PosixFolders::listFiles(f, p);
+        if (names)
+            *names += swapped[QDir::cleanPath(f)];
+        return names;
     }
     std::optional<FolderListing> listFolder(const QString &f) override
     {
@@ -565,6 +572,77 @@ TEST(WindowConfiguration, SavedAtCloseRestoredAtTheNextStartAndRefusedWhileConve
             EXPECT_EQ(QFileInfo(cfg).size(), ConfigRecord::kSize);
         }
         QDir(cfg).removeRecursively();
+    }
+}
+
+// A listed file swapped for a FIFO before it is read, and a FIFO in place of the configuration
+// file: the list shows the other files, the window closes at once, and both FIFOs stay as they
+// were. Opening either would wait for the FIFO's other end.
+TEST(WindowFaults, FifosInPlaceOfAListedFileAndOfTheConfigurationHoldNothing)
+{
+    Session s;
+    const QByteArray swapped = QFile::encodeName(s.at("rock/swapped.mp3"));
+    const QByteArray cfg = QFile::encodeName(s.program) + "kestrvan.cfg";
+    FifoGuard listed(swapped);
+    FifoGuard config(cfg);
+    ASSERT_TRUE(listed.made() && config.made());
+    s.folders.swapped[s.at("rock")] = QStringList{u"swapped.mp3"_s};
+
+    ASSERT_EQ(s.start(s.at("rock")), StartEnd::Running);
+    s.toolbar(ShowMp3)->trigger();
+    QAbstractItemModel *list = s.list();
+    ASSERT_EQ(list->rowCount(), 2);
+    EXPECT_EQ(list->index(0, 0).data().toString(), u"mono.mp3"_s);
+    EXPECT_EQ(list->index(1, 0).data().toString(), u"vbr.mp3"_s);
+    EXPECT_EQ(s.label("stbMain_3"), u"Files: 2  "_s);
+    EXPECT_FALSE(listed.finish()) << "the scan waited for the FIFO";
+
+    EXPECT_TRUE(s.window->close());
+    EXPECT_FALSE(config.finish()) << "the save at close waited for the FIFO";
+    EXPECT_TRUE(isFifo(swapped));
+    EXPECT_TRUE(isFifo(cfg));
+}
+
+// A folder whose name is not UTF-8 is remembered by its bytes and opened again by the next start
+// without a folder argument, also below a UTF-8 name. A UTF-8 name the record's code page cannot
+// hold opens the folder above it.
+TEST(WindowConfiguration, FolderNamedInWindows1251OpensAgainAtTheNextStart)
+{
+    Session s;
+    const QByteArray old = QFile::encodeName(s.at("old"));
+    // The temporary folder cannot remove names that are not UTF-8.
+    struct RemoveAtEnd
+    {
+        QString folder;
+        ~RemoveAtEnd() { QProcess::execute(u"/bin/rm"_s, {u"-rf"_s, folder}); }
+    } removeAtEnd{s.at("old")};
+    const QByteArray cp1251 = "\xCF\xF0\xEE\xE2\xE5\xF0\xEA\xE0"; // "Проверка" in Windows-1251
+    const QByteArray archive = "\xD0\x90\xD1\x80\xD1\x85\xD0\xB8\xD0\xB2"; // "Архив" in UTF-8
+    // The record's folder field: UTF-8 names as Windows-1251 text, other names as their bytes.
+    const struct { QByteArray folder; QByteArray opened; QByteArray field; } cases[] = {
+        {old + '/' + cp1251, old + '/' + cp1251, old + '/' + cp1251},
+        {old + '/' + archive + '/' + cp1251, old + '/' + archive + '/' + cp1251, old + "/\xC0\xF0\xF5\xE8\xE2/" + cp1251},
+        // Latin-1, and the one byte Windows-1251 leaves undefined
+        {old + "/caf\xE9 \x98", old + "/caf\xE9 \x98", old + "/caf\xE9 \x98"},
+        {old + "/\xE6\x97\xA5\xE6\x9C\xAC", old, old + "/??"}, // "日本" in UTF-8
+    };
+    const QByteArray wav = readAll(QStringLiteral(KV_TEST_DATA_DIR "/wav/stereo-16bit-44100.wav"));
+    for (const auto &c : cases) {
+        for (qsizetype cut = old.size(); cut != -1; cut = c.folder.indexOf('/', cut + 1))
+            ::mkdir(c.folder.left(cut).constData(), 0755);
+        ::mkdir(c.folder.constData(), 0755);
+        writeFile(c.folder + "/take.wav", wav);
+        s.window.reset();
+        ASSERT_EQ(s.start(nameFromBytes(c.folder)), StartEnd::Running);
+        ASSERT_TRUE(s.window->close());
+        const QByteArray record = readAll(s.program + u"kestrvan.cfg"_s);
+        EXPECT_EQ(record.mid(ConfigRecord::kFolder, c.field.size() + 2).toHex(' ').toStdString(),
+                  (c.field + "/ ").toHex(' ').toStdString());
+
+        ASSERT_EQ(s.start(), StartEnd::Running);
+        EXPECT_EQ(s.controller->fileList().currentFolder, nameFromBytes(c.opened + '/'));
+        s.toolbar(ShowWav)->trigger();
+        EXPECT_EQ(s.list()->rowCount(), c.folder == c.opened ? 1 : 0) << c.folder.toHex(' ').constData();
     }
 }
 

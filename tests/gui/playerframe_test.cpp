@@ -7,6 +7,7 @@
 #include <QDirIterator>
 #include <QLabel>
 #include <QProgressBar>
+#include <QPushButton>
 #include <QTest>
 #include <QTimer>
 #include <QToolButton>
@@ -334,5 +335,14 @@ TEST(Accessibility, ToggleAndPressActionsRunTheirCommands)
 
     act(u"tbMain_4"_s, press); // Make Wav, of every file
     ASSERT_TRUE(s.waitFor([&] { return s.w(u"frEncode"_s)->isVisible(); }));
-    EXPECT_EQ(s.w<QTreeView>("lstCode")->model()->rowCount(), 2);
+    QTreeView *jobs = s.w<QTreeView>("lstCode");
+    EXPECT_EQ(jobs->model()->rowCount(), 2);
+
+    // Its codec would go on for 20 s: Stop skips the waiting job, Delete aborts the running one.
+    ASSERT_TRUE(s.waitPlayed(3));
+    s.w<QPushButton>("cmbEncode_0")->click();
+    jobs->setFocus();
+    jobs->setCurrentIndex(jobs->model()->index(0, 0));
+    QTest::keyClick(jobs, Qt::Key_Delete);
+    EXPECT_TRUE(s.waitFor([&] { return s.noneAlive(); }));
 }

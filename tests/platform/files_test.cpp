@@ -1,19 +1,24 @@
 #include <gtest/gtest.h>
 
+#include <functional>
+
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include "platform/nativenames.h"
 #include "platform/posix/posixfiles.h"
 #include "support/bytefiles.h"
+#include "support/fifoguard.h"
 #include "support/qtprinters.h"
 #include "support/unprivileged.h"
 
 using namespace kv;
+using namespace kv::test;
 using namespace Qt::StringLiterals;
 
 // The home trash comes from XDG_DATA_HOME, else from HOME even when ~/.local/share is missing;
@@ -104,4 +109,42 @@ TEST(DescribeUnreadable, AFileWeMayNotReadIsNotMissing)
     ::chmod(bytePath(dir), 0755);
     ::chmod(file, 0000);
     EXPECT_EQ(asUnprivileged([&] { return describeUnreadable(QFile::decodeName(file)) == u"not readable: Permission denied"_s ? 0 : 1; }), 0);
+}
+
+// A FIFO or a device where a file is read or written is refused at once: opening a FIFO would
+// wait for its other end for ever. Nothing is written into it, and it stays what it was.
+TEST(PosixFiles, FifosAndDevicesAreRefusedWithoutWaiting)
+{
+    QTemporaryDir dir;
+    const QByteArray root = bytePath(dir) + '/';
+    PosixFiles files;
+    const struct { const char *call; std::function<bool(const QString &)> refused; } calls[] = {
+        {"open", [&](const QString &path) { return files.open(path) == nullptr; }},
+        {"readAll", [&](const QString &path) { return !files.readAll(path).has_value(); }},
+        {"writeAtStart", [&](const QString &path) { return !files.writeAtStart(path, "record"); }},
+    };
+    for (const auto &c : calls) {
+        const QByteArray fifo = root + c.call + ".fifo";
+        FifoGuard guard(fifo);
+        ASSERT_TRUE(guard.made());
+        EXPECT_TRUE(c.refused(QFile::decodeName(fifo))) << c.call;
+        EXPECT_FALSE(guard.finish()) << c.call << " waited for the other end of the FIFO";
+        EXPECT_TRUE(isFifo(fifo)) << c.call;
+    }
+    // With a reader already there the open would not wait; still nothing reaches it.
+    const QByteArray fifo = root + "read.fifo";
+    ASSERT_EQ(::mkfifo(fifo.constData(), 0644), 0);
+    const int reader = ::open(fifo.constData(), O_RDONLY | O_NONBLOCK);
+    ASSERT_GE(reader, 0);
+    EXPECT_FALSE(files.writeAtStart(QFile::decodeName(fifo), "record"));
+    char byte = 0;
+    EXPECT_LE(::read(reader, &byte, 1), 0);
+    ::close(reader);
+
+    // Devices reached through links, as a configuration file or a listed file might be.
+    ASSERT_EQ(::symlink("/dev/null", root + "null.cfg"), 0);
+    ASSERT_EQ(::symlink("/dev/zero", root + "zero.wav"), 0);
+    for (const auto &c : calls)
+        EXPECT_TRUE(c.refused(QFile::decodeName(root + "null.cfg"))) << c.call;
+    EXPECT_TRUE(calls[0].refused(QFile::decodeName(root + "zero.wav")));
 }

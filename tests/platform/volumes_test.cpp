@@ -1,10 +1,12 @@
 #include <gtest/gtest.h>
 
+#include <QFile>
 #include <QTemporaryDir>
 
 #include "platform/posix/posixinstancelock.h"
 #include "platform/posix/posixvolumes.h"
 #include "platform/volumes.h"
+#include "support/fifoguard.h"
 #include "support/qtprinters.h"
 
 using namespace kv;
@@ -75,4 +77,16 @@ TEST(InstanceLock, OnePerProgramFolderUntilReleased)
     EXPECT_TRUE(PosixInstanceLock(b.path() + QLatin1Char('/')).tryLock()); // another installation
     first.reset();
     EXPECT_TRUE(PosixInstanceLock(a.path() + QLatin1Char('/')).tryLock());
+
+    // A FIFO at the lock's path is refused at once, as another's lock.
+    QTemporaryDir c;
+    const QByteArray fifo = QFile::encodeName(PosixInstanceLock::lockPath(c.path() + QLatin1Char('/')));
+    {
+        kv::test::FifoGuard guard(fifo);
+        ASSERT_TRUE(guard.made());
+        EXPECT_FALSE(PosixInstanceLock(c.path() + QLatin1Char('/')).tryLock());
+        EXPECT_FALSE(guard.finish()) << "the lock waited for the other end of the FIFO";
+    }
+    EXPECT_TRUE(kv::test::isFifo(fifo));
+    QFile::remove(QFile::decodeName(fifo));
 }

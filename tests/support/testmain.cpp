@@ -2,9 +2,13 @@
 
 #include <QCoreApplication>
 
+#include "support/leftovers.h"
+
 int main(int argc, char **argv)
 {
     QCoreApplication app(argc, argv);
     ::testing::InitGoogleTest(&argc, argv);
-    return RUN_ALL_TESTS();
+    const kv::test::Leftovers &leftovers = kv::test::Leftovers::install();
+    const int failed = RUN_ALL_TESTS();
+    return leftovers.found() ? 1 : failed;
 }

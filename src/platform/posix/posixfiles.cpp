@@ -48,6 +48,24 @@ private:
     std::int64_t m_size;
 };
 
+// Opens a regular file. The open itself never waits, so a FIFO or device put where a file was
+// (or is about to be written) cannot hold the program: a FIFO's open would wait for its other
+// end. Whatever is not a regular file is closed unread and unwritten; -1 then.
+int openRegularFile(const QString &path, int flags, struct stat &st)
+{
+    const int fd = ::open(bytesFromName(path).constData(), flags | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, 0644);
+    if (fd < 0)
+        return -1;
+    // A regular file never blocks, so clearing the flag only gives reads and writes their usual meaning.
+    const int status = ::fcntl(fd, F_GETFL);
+    if (::fstat(fd, &st) != 0 || !S_ISREG(st.st_mode) || status < 0
+        || ::fcntl(fd, F_SETFL, status & ~O_NONBLOCK) != 0) {
+        ::close(fd);
+        return -1;
+    }
+    return fd;
+}
+
 } // namespace
 
 std::optional<std::int64_t> PosixFiles::fileSize(const QString &path)
@@ -60,14 +78,10 @@ std::optional<std::int64_t> PosixFiles::fileSize(const QString &path)
 
 std::unique_ptr<ByteSource> PosixFiles::open(const QString &path)
 {
-    const int fd = ::open(bytesFromName(path).constData(), O_RDONLY | O_CLOEXEC);
+    struct stat st {};
+    const int fd = openRegularFile(path, O_RDONLY, st);
     if (fd < 0)
         return nullptr;
-    struct stat st {};
-    if (::fstat(fd, &st) != 0 || !S_ISREG(st.st_mode)) {
-        ::close(fd);
-        return nullptr;
-    }
     return std::make_unique<FdByteSource>(fd, static_cast<std::int64_t>(st.st_size));
 }
 
@@ -119,7 +133,8 @@ QString describeUnreadable(const QString &path)
 
 std::optional<QByteArray> PosixFiles::readAll(const QString &path)
 {
-    const int fd = ::open(bytesFromName(path).constData(), O_RDONLY | O_CLOEXEC);
+    struct stat st {};
+    const int fd = openRegularFile(path, O_RDONLY, st);
     if (fd < 0)
         return std::nullopt;
     QFile f;
@@ -135,7 +150,8 @@ std::optional<QByteArray> PosixFiles::readAll(const QString &path)
 
 bool PosixFiles::writeAtStart(const QString &path, const QByteArray &bytes)
 {
-    const int fd = ::open(bytesFromName(path).constData(), O_WRONLY | O_CREAT | O_CLOEXEC, 0644);
+    struct stat st {};
+    const int fd = openRegularFile(path, O_WRONLY | O_CREAT, st);
     if (fd < 0)
         return false;
     qsizetype done = 0;

@@ -2,7 +2,10 @@
 
 #include <QCryptographicHash>
 #include <QDir>
+#include <QFile>
 #include <QLockFile>
+
+#include <sys/stat.h>
 
 namespace kv {
 
@@ -17,7 +20,14 @@ PosixInstanceLock::~PosixInstanceLock() = default;
 
 bool PosixInstanceLock::tryLock()
 {
-    return m_lock->isLocked() || m_lock->tryLock(0);
+    if (m_lock->isLocked())
+        return true;
+    // Anyone may put a FIFO at this path in the shared temporary folder, and reading it as a lock
+    // would wait for ever: whatever is not a regular file there counts as another's lock.
+    struct stat st {};
+    if (::lstat(QFile::encodeName(m_lock->fileName()).constData(), &st) == 0 && !S_ISREG(st.st_mode))
+        return false;
+    return m_lock->tryLock(0);
 }
 
 QString PosixInstanceLock::lockPath(const QString &programFolder)
