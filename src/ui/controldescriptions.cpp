@@ -56,8 +56,9 @@ constexpr Entry entries[] = {
     {"imPlay_1", "Stop", "Stops playing", "Стоп", "Останавливает проигрывание"},
     {"imPlay_2", "Previous", "Plays the file before this one", "Предыдущий", "Проигрывает предыдущий файл"},
     {"imPlay_3", "Next", "Plays the file after this one", "Следующий", "Проигрывает следующий файл"},
-    {"lblPlay", "Playing", "The file that plays and its duration", "Играет", "Проигрываемый файл и его длительность"},
-    {"lblPlayTime", "Elapsed", "Time played of this file", "Прошло", "Сколько проиграно от файла"},
+    // The two labels are named by their text: the file that plays and the time played.
+    {"lblPlay", "", "The file that plays and its duration", "", "Проигрываемый файл и его длительность"},
+    {"lblPlayTime", "", "Time played of this file", "", "Сколько проиграно от файла"},
     {"pbPlay", "Position", "Seconds played against the file's duration", "Позиция",
      "Проигранные секунды против длительности файла"},
     {"stbMain", "Status", "Processors, free space and totals of the listed folder", "Состояние",
