@@ -114,14 +114,17 @@ TEST(NamesWithControlCharacters, EscapedInListConvertAndMessages)
     QTemporaryDir dir;
     const QByteArray wav = sineWav();
     const QByteArray root = QFile::encodeName(dir.path()) + '/';
-    for (const char *name : {"tab\tname.wav", "line\nbreak.wav", "back\\slash.wav", "esc\x1b\r.wav", "nel\xC2\x85.wav"})
+    // U+0085 and U+009F are controls too, the first and the last of C1; U+00A0 is not.
+    for (const char *name : {"tab\tname.wav", "line\nbreak.wav", "back\\slash.wav", "esc\x1b\r.wav", "nel\xC2\x85.wav",
+                             "apc\xC2\x9F.wav", "nbsp\xC2\xA0.wav"})
         writeRaw(root + name, wav);
     const QByteArray tail = "\t172\t0:00:01\t1411\t44100\tStereo";
 
     const RawResult listed = runRaw({"list", root});
     EXPECT_EQ(listed.status, 0);
-    EXPECT_EQ(rows(listed.out), (QByteArrayList{"back\\\\slash.wav" + tail, "esc\\x1b\\r.wav" + tail,
-                                                "line\\nbreak.wav" + tail, "nel\\xc2\\x85.wav" + tail,
+    EXPECT_EQ(rows(listed.out), (QByteArrayList{"apc\\xc2\\x9f.wav" + tail, "back\\\\slash.wav" + tail,
+                                                "esc\\x1b\\r.wav" + tail, "line\\nbreak.wav" + tail,
+                                                "nbsp\xC2\xA0.wav" + tail, "nel\\xc2\\x85.wav" + tail,
                                                 "tab\\tname.wav" + tail}));
 
     const RawResult converted = runRaw({"convert", "--to", "ogg", root, "tab\tname.wav", "line\nbreak.wav"});
