@@ -96,11 +96,11 @@ struct Session : WindowRig
         window.reset();
         controller.reset();
     }
-    StartEnd start(const QString &folder = {})
+    StartEnd start(const QString &folder = {}, bool programFolderWritable = true)
     {
         Environment environment = WindowRig::environment(folders, messages);
         environment.openDocument = [this](const QString &document) { opened.append(document); };
-        return open(environment, folder);
+        return open(environment, folder, programFolderWritable);
     }
 
     QString label(const char *name) const { return w<QLabel>(name)->text(); }
@@ -542,6 +542,7 @@ TEST(WindowConfiguration, SavedAtCloseRestoredAtTheNextStartAndRefusedWhileConve
     EXPECT_EQ(s.language()->text(), u"Русский"_s);
     EXPECT_EQ(s.controller->fileList().currentFolder, s.at("rock/"));
     EXPECT_EQ(s.window->size(), QSize(900, 640));
+    EXPECT_EQ(s.window->pos(), QPoint(30, 40));
 
     // Files that are not one record, and a folder of that name: defaults, and the window works.
     // A record of 0xFF with a zero window: Russian applied, then the MP3 mode 255 ends the load.
@@ -677,4 +678,86 @@ TEST(WindowHelp, DocumentUrlNamesTheFileByteForByte)
         EXPECT_EQ(QByteArray::fromPercentEncoding(url.path(QUrl::FullyEncoded).toLatin1()), path);
         EXPECT_FALSE(url.hasQuery() || url.hasFragment()) << path.constData();
     }
+}
+
+// Each statistics caption has its own value beside it (the label a screen reader pairs it with),
+// and the forecast follows every MP3 preset and the Ogg average bit rate as they are chosen.
+TEST(WindowStatistics, EachCaptionShowsItsOwnValueAndTheForecastFollowsTheOptions)
+{
+    Session s;
+    ASSERT_EQ(s.start(s.at("rock")), StartEnd::Running);
+    s.toolbar(MakeAll)->trigger();
+    auto shown = [&] {
+        std::map<QString, QString> pairs;
+        for (QLabel *caption : s.w("frInfo")->findChildren<QLabel *>())
+            if (auto *value = qobject_cast<QLabel *>(caption->buddy()))
+                pairs[caption->text()] = value->text();
+        return pairs;
+    };
+    const std::map<QString, QString> expected = {
+        {u"Selected:"_s, u"2"_s},
+        {u"Size:"_s, u"40 MB"_s},
+        {u"Average Wav File Size:"_s, QString()},
+        {u"Average Mp3 File Size:"_s, u"6.6 MB"_s},
+        {u"Average Ogg File Size:"_s, u"5.4 MB"_s},
+        {u"Average Mpc File Size:"_s, u"6.8 MB"_s},
+    };
+    EXPECT_EQ(shown(), expected);
+
+    // Two files of 20 MB at each preset's bit rate: insane, extreme, standard, medium.
+    const char *byPreset[] = {"9.1 MB", "6.6 MB", "5.6 MB", "4.2 MB"};
+    auto *preset = s.w<QComboBox>("cmbPreset");
+    preset->setFocus();
+    preset->setCurrentIndex(0);
+    Q_EMIT preset->activated(0);
+    for (int i = 0; i < preset->count(); ++i) {
+        EXPECT_EQ(shown()[u"Average Mp3 File Size:"_s], QLatin1String(byPreset[i])) << i;
+        QTest::keyClick(preset, Qt::Key_Down);
+    }
+
+    // The Ogg average bit rate: its label and the forecast follow the slider's keys.
+    s.window->findChild<QTabBar *>(u"TabOpt"_s)->setCurrentIndex(1);
+    auto *mode = s.w<QComboBox>("cmbModeOgg");
+    mode->setCurrentIndex(1);
+    Q_EMIT mode->activated(1);
+    auto *abr = s.w<QSlider>("sliAbrOgg");
+    ASSERT_TRUE(abr->isVisible());
+    const QString before = s.label("lblAbrOgg"), forecast = shown()[u"Average Ogg File Size:"_s];
+    abr->setFocus();
+    QTest::keyClick(abr, Qt::Key_PageUp);
+    EXPECT_EQ(s.label("lblAbrOgg"), u"%1 kbps"_s.arg(abr->value()));
+    EXPECT_NE(s.label("lblAbrOgg"), before);
+    EXPECT_NE(shown()[u"Average Ogg File Size:"_s], forecast);
+}
+
+// The arrow keys in the folder tree list the folder they reach.
+TEST(WindowTree, ArrowKeysListTheFolderReached)
+{
+    Session s;
+    ASSERT_EQ(s.start(s.at("jazz")), StartEnd::Running);
+    EXPECT_EQ(s.list()->rowCount(), 0);
+    s.tree()->setFocus();
+    QTest::keyClick(s.tree(), Qt::Key_Down);
+    EXPECT_EQ(s.controller->fileList().currentFolder, s.at("rock/"));
+    EXPECT_EQ(s.list()->rowCount(), 2);
+    QTest::keyClick(s.tree(), Qt::Key_Up);
+    EXPECT_EQ(s.controller->fileList().currentFolder, s.at("jazz/"));
+    EXPECT_EQ(s.list()->rowCount(), 0);
+}
+
+// A program folder that cannot be written keeps the settings in the user's configuration folder,
+// which is made at the first close.
+TEST(WindowConfiguration, AReadOnlyProgramFolderSavesInTheUserFolder)
+{
+    Session s;
+    ASSERT_EQ(s.start(s.at("rock"), false), StartEnd::Running);
+    s.language()->click();
+    const QString user = s.dir.path() + u"/config/kestrvan.cfg"_s;
+    ASSERT_FALSE(QFileInfo::exists(s.dir.path() + u"/config"_s));
+    EXPECT_TRUE(s.window->close());
+    EXPECT_EQ(QFileInfo(user).size(), ConfigRecord::kSize);
+    EXPECT_FALSE(QFileInfo::exists(s.program + u"kestrvan.cfg"_s));
+    ASSERT_EQ(s.start({}, false), StartEnd::Running);
+    EXPECT_EQ(s.language()->text(), u"Русский"_s);
+    EXPECT_EQ(s.controller->fileList().currentFolder, s.at("rock/"));
 }

@@ -81,11 +81,11 @@ struct WindowRig
                            headerReaders(files),
                            [] { return 2; }, {}};
     }
-    StartEnd open(const Environment &environment, const QString &folder)
+    StartEnd open(const Environment &environment, const QString &folder, bool programFolderWritable = true)
     {
         controller = std::make_unique<MainController>(environment);
-        const StartEnd end =
-            controller->Main(StartOptions{program, dir.path() + QStringLiteral("/config"), true, folder, QLocale::c()});
+        const StartEnd end = controller->Main(
+            StartOptions{program, dir.path() + QStringLiteral("/config"), programFolderWritable, folder, QLocale::c()});
         if (end == StartEnd::Running) {
             window = std::make_unique<MainWindow>(*controller);
             window->placeWindow();
