@@ -5,6 +5,9 @@
 #include <QAbstractItemModelTester>
 #include <QApplication>
 #include <QLabel>
+#include <QToolButton>
+#include <QLineEdit>
+#include <QComboBox>
 #include <QPlainTextEdit>
 #include <QProcess>
 #include <QPushButton>
@@ -238,7 +241,47 @@ TEST(ConversionFrame, StopBreaksTheWaitingAtOnceAndTheRunningFinish)
     EXPECT_EQ(s.finishedLine(), u"Finished 2 of 5"_s);
     EXPECT_EQ(s.logged().size(), 2);
     EXPECT_EQ(s.beeps, 1);
-    EXPECT_EQ(s.w<QLabel>(u"imProc_0"_s)->property("activity").toString(), u"idle"_s);
+    // Both slots show their idle picture once the run is over.
+    for (const char *slot : {"imProc_0", "imProc_1"}) {
+        EXPECT_FALSE(s.w(QLatin1String(slot))->isHidden()) << slot;
+        EXPECT_EQ(s.w<QLabel>(QLatin1String(slot))->property("activity").toString(), u"idle"_s) << slot;
+    }
+}
+
+// The language switched during a run: the rows go on in the new language and the run still
+// ends, with its finished line in that language.
+TEST(ConversionFrame, ALanguageSwitchDuringARunKeepsItGoingToItsEnd)
+{
+    Session s({u"slow1.wav"_s, u"slow2.wav"_s, u"slow3.wav"_s});
+    s.start();
+    s.makeAll(MakeMp3);
+    ASSERT_TRUE(s.waitFor([&] { return s.statusOf(0, u"In Progress"_s); }));
+    s.w<QToolButton>(u"stbMain_7"_s)->click();
+    EXPECT_TRUE(s.statusOf(0, u"Кодируется"_s));
+    ASSERT_TRUE(s.waitFor([&] { return s.ended(); }));
+    EXPECT_EQ(s.rows().join(u'|'), u"slow1.wav Готово|slow2.wav Готово|slow3.wav Готово"_s);
+    EXPECT_EQ(s.cell(0, EncodeJob::TargetSize), u"4 КБ"_s);
+    EXPECT_EQ(s.beeps, 1);
+}
+
+// What is typed in the MP3 command-line box is what the encoder gets.
+TEST(ConversionFrame, TheTypedMp3CommandLineReachesTheEncoder)
+{
+    Session s({u"a.wav"_s});
+    s.start();
+    auto *mode = s.w<QComboBox>(u"cmbMode"_s);
+    mode->setCurrentIndex(3);
+    Q_EMIT mode->activated(3);
+    auto *line = s.w<QLineEdit>(u"txtCmd"_s);
+    ASSERT_TRUE(line->isVisible());
+    line->clear();
+    line->setFocus();
+    QTest::keyClicks(line, u"-b 96 -q 2"_s);
+    s.tick(u"a.wav"_s);
+    s.toolbar(MakeMp3)->trigger();
+    ASSERT_TRUE(s.waitFor([&] { return s.ended(); }));
+    ASSERT_EQ(s.logged().size(), 1);
+    EXPECT_TRUE(s.logged()[0].startsWith(u"lame [-b] [96] [-q] [2] "_s)) << s.logged()[0].toStdString();
 }
 
 TEST(ConversionFrame, CloseIsRefusedWhileTheFrameShowsAndCloseRefreshesTheFreeSpace)
