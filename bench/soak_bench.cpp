@@ -342,7 +342,8 @@ int main(int argc, char **argv)
             fail("a run did not end");
         if (encode.done != count || decode.done != count)
             fail("a job did not finish Done");
-        if (encode.mostRunning != Slots)
+        // Sampled every 100 ms: a run of a few files may end between two samples.
+        if (count >= 100 && encode.mostRunning != Slots)
             fail("the encoders did not fill every slot");
         if (mp3Rows != count || mp3Valid != count || wavRows != count || wavValid != count)
             fail("a target is missing or invalid");
