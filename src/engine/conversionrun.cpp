@@ -88,8 +88,10 @@ bool ConversionRun::PrepareJobs(bool allFiles, int cbrIndex, int processorCount)
         m_state.jobCount = Int16(static_cast<long long>(m_jobs.size()));
         // Decoders write one file at a time; encoders get a processor each.
         m_state.slotCount = p.sourceExtension == QLatin1String(".wav") ? Int16(processorCount) : Int16(1);
+        // The last run's codecs have all ended and been recorded.
         for (SlotState &slot : m_state.slots) {
             slot.job = 0;
+            m_context.processes.release(slot.handle);
             slot.handle = 0;
         }
         m_display.stopEnabled = true;
@@ -259,6 +261,9 @@ void ConversionRun::launchNext(SlotState &slot)
     const auto slotIndex = static_cast<size_t>(&slot - m_state.slots.data());
     if (handle) {
         job[EncodeJob::Status] = m_text->statusInProgress;
+        // The slot's last codec was recorded when it ended; a long session must not keep every
+        // codec's record and error output.
+        m_context.processes.release(slot.handle);
         slot.handle = *handle;
         m_display.indicators.at(slotIndex) = Activity::Running;
     } else {

@@ -10,9 +10,8 @@
 
 namespace kv {
 
-// An opaque number for one started process; 0 is "no process". A handle stays valid for the
-// life of the program (handles are never closed), and never names a later process that happens
-// to get the same system id.
+// An opaque number for one started process; 0 is "no process". A handle stays valid until its
+// owner releases it, and never names a later process that happens to get the same system id.
 using ProcessHandle = std::int64_t;
 
 // Whose environment a started program gets: codecs get none at all, the system's sound player
@@ -47,6 +46,9 @@ public:
     virtual void kill(ProcessHandle handle) = 0;
     // How the process ended; nothing while it runs or for an unknown handle.
     virtual std::optional<ProcessEnd> endOf(ProcessHandle handle) = 0;
+    // The owner is done with an ended process: its record and error tail go, and the handle
+    // counts as unknown from then on. A process still running stays known, so it can be reaped.
+    virtual void release(ProcessHandle handle) = 0;
     // Number of processors, 1 to 8.
     virtual int processorCount() = 0;
 };

@@ -58,6 +58,7 @@ void Player::playStart()
     if (isWav()) {
         // One system sound at a time: a new one cuts the last one off.
         stopSound();
+        m_c.processes.release(m_soundProcess);
         const std::optional<ProcessHandle> sound = m_c.processes.start(soundCommandLine(path), ChildEnvironment::Inherited);
         ok = sound.has_value();
         m_soundProcess = sound.value_or(0);
@@ -66,8 +67,11 @@ void Player::playStart()
         m_playerCommand = playerCommandLine(m_c.programFolder, decoder.value_or(PlayerDecoder{}), path);
         const std::optional<ProcessHandle> started = m_c.processes.start(m_playerCommand, ChildEnvironment::Empty);
         ok = started.has_value();
-        if (started)
+        if (started) {
+            // The last row's decoder was told ended; its record would only pile up over a list.
+            m_c.processes.release(m_playerProcess);
             m_playerProcess = *started;
+        }
     }
     if (!ok) {
         m_display.lblPlay = QStringLiteral("PlayStart Failed");

@@ -29,6 +29,7 @@ struct Rig : Clock, Files, Processes
     std::map<ProcessHandle, ProcessEnd> ends; // of ended processes that did not simply succeed
     std::vector<QString> commandLines; // of successful launches
     std::set<ProcessHandle> running;
+    std::set<ProcessHandle> released; // ended ones only: a running process stays known
     bool failLaunches = false;
     RunParameters parameters{u"lame"_s, u"--preset extreme --silent --priority"_s, u".wav"_s, u".mp3"_s};
     FileListState list{.currentFolder = u"/m/"_s};
@@ -67,9 +68,16 @@ struct Rig : Clock, Files, Processes
     }
     std::optional<ProcessEnd> endOf(ProcessHandle h) override
     {
-        return running.count(h) ? std::nullopt : std::optional(ends.count(h) ? ends.at(h) : ProcessEnd{});
+        return running.count(h) || released.count(h) ? std::nullopt : std::optional(ends.count(h) ? ends.at(h) : ProcessEnd{});
+    }
+    void release(ProcessHandle h) override
+    {
+        if (h != 0 && !running.count(h))
+            released.insert(h);
     }
     int processorCount() override { return 4; }
+    // Processes started and not let go.
+    size_t held() const { return commandLines.size() - released.size(); }
 
     void addFile(const QString &name, std::int64_t bytes, const char *sampling = "44100", bool checked = true)
     {
@@ -155,6 +163,28 @@ TEST(ConversionRun, FourSlotsRunTenJobsAndEndWithOneBeep)
     EXPECT_EQ(rig.run.display().barValue, rig.run.display().barMax);
     EXPECT_EQ(rig.frame(), u"Finished 10 of 10: frame bar remaining close beep"_s);
     EXPECT_TRUE(rig.run.idle());
+}
+
+// A long run keeps no record of a codec once its job is recorded (each is let go when its slot
+// takes the next job), so a session converting thousands of files does not grow; a failing
+// codec's end is read before its record goes.
+TEST(ConversionRun, EndedCodecsAreLetGoOnceTheirJobsAreRecorded)
+{
+    Rig rig;
+    rig.begin(10, 4);
+    const ProcessEnd warned{.exitCode = 2, .errorTail = "warning\n"};
+    for (int row = 1; row <= 10; ++row) {
+        rig.now += 1;
+        rig.finish(row, 2048, row == 7 ? warned : ProcessEnd{});
+        rig.run.tick();
+        EXPECT_LE(rig.held(), 4u) << row;
+    }
+    EXPECT_EQ(rig.statuses(), u"DDDDDDDDDD"_s);
+    EXPECT_EQ(rig.run.jobs()[6].codecFailure, warned);
+    EXPECT_EQ(rig.held(), 4u); // the slots' last codecs, until the next run
+    rig.run.close();
+    ASSERT_TRUE(rig.run.PrepareJobs(true, 3, 4));
+    EXPECT_EQ(rig.held(), 0u);
 }
 
 // Ctrl-C, a job finishes, Ctrl-C again: only what still runs is killed and loses its target.

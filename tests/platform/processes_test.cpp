@@ -132,6 +132,34 @@ TEST(PosixProcesses, PollKillWholeGroupAndFailedStart)
     p.kill(*h); // reaped: never signalled again
 }
 
+// Letting go of a child: one that ended is reaped, never left a zombie, and forgotten with its
+// error output; one still running stays known, to be killed and told as before.
+TEST(PosixProcesses, ReleaseForgetsOnlyEndedChildrenAndReapsThem)
+{
+    PosixProcesses p;
+    const auto ended = p.start(u"\"/bin/sleep\" 0.1"_s, ChildEnvironment::Empty);
+    ASSERT_TRUE(ended.has_value());
+    const QString pid = childRunning("sleep");
+    ASSERT_FALSE(pid.isEmpty());
+    const QString stat = u"/proc/"_s + pid + u"/stat"_s;
+    for (int i = 0; i < 3000 && readProc(stat).mid(readProc(stat).lastIndexOf(')') + 2, 1) != "Z"; ++i)
+        QThread::msleep(1);
+    ASSERT_TRUE(readProc(stat).contains(") Z ")) << "ended, not yet polled";
+    p.release(*ended);
+    EXPECT_FALSE(QFile::exists(stat));
+    EXPECT_TRUE(p.hasEnded(*ended));
+    EXPECT_FALSE(p.endOf(*ended).has_value());
+
+    const auto running = p.start(u"\"/bin/sleep\" 30"_s, ChildEnvironment::Empty);
+    ASSERT_TRUE(running.has_value());
+    p.release(*running);
+    EXPECT_FALSE(p.hasEnded(*running));
+    p.kill(*running);
+    EXPECT_EQ(p.endOf(*running)->signal, SIGKILL);
+    p.release(*running);
+    EXPECT_FALSE(p.endOf(*running).has_value());
+}
+
 namespace {
 
 // Polls as a run does: the error output as it comes, the end at a short tick.

@@ -23,6 +23,7 @@ struct Rig : Clock, Processes
     std::vector<std::pair<QString, ChildEnvironment>> started;
     std::set<ProcessHandle> running;
     std::vector<ProcessHandle> killed;
+    std::vector<ProcessHandle> released; // ended ones only: a running process stays known
     bool failStarts = false;
     int selected = -1;
     std::vector<int> selections, scrolls;
@@ -58,6 +59,11 @@ struct Rig : Clock, Processes
             killed.push_back(h);
     }
     std::optional<ProcessEnd> endOf(ProcessHandle) override { return std::nullopt; }
+    void release(ProcessHandle h) override
+    {
+        if (h != 0 && !running.count(h))
+            released.push_back(h);
+    }
     int processorCount() override { return 1; }
 
     // The last process started ends by itself.
@@ -147,6 +153,7 @@ TEST(Player, DecodedRowsPlayInTurnToTheEndOfTheList)
     rig.endLast();
     rig.run(0.1);
     EXPECT_EQ(rig.started.size(), 3u);
+    EXPECT_EQ(rig.released, (std::vector<ProcessHandle>{1, 2})) << "a decoder's record goes when the next row starts";
     EXPECT_FALSE(rig.player.display().timerEnabled);
     EXPECT_TRUE(rig.boldRows().empty());
     EXPECT_EQ(rig.player.display().lblPlay, QString());
@@ -175,6 +182,7 @@ TEST(Player, WavRowsEndByTheirListedDuration)
     rig.run(0.1);
     ASSERT_EQ(rig.started.size(), 3u);
     EXPECT_EQ(rig.killed, std::vector<ProcessHandle>{2}) << "the second sound still played and was cut off";
+    EXPECT_EQ(rig.released, (std::vector<ProcessHandle>{1, 2}));
 }
 
 // The elapsed time of a row that plays across midnight goes on counting.

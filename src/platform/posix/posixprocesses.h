@@ -27,6 +27,7 @@ public:
     bool hasEnded(ProcessHandle handle) override;
     void kill(ProcessHandle handle) override;
     std::optional<ProcessEnd> endOf(ProcessHandle handle) override;
+    void release(ProcessHandle handle) override;
     int processorCount() override;
 
     // Readable while a child's standard error has bytes waiting; watch it and call readOutput(),
