@@ -8,6 +8,23 @@ target_compile_definitions(kv_options INTERFACE
   QT_NO_KEYWORDS)
 target_include_directories(kv_options INTERFACE ${PROJECT_SOURCE_DIR}/src)
 
+# The sanitizer build (scripts/test-sanitizers.sh) and the fuzzing build (scripts/fuzz.sh).
+# A report ends the process at once, so no test or fuzz run can pass over one.
+option(KV_SANITIZE "Build everything with AddressSanitizer and UndefinedBehaviorSanitizer" OFF)
+option(KV_BUILD_FUZZ "Build the libFuzzer targets of tests/fuzz (needs clang++)" OFF)
+if(KV_SANITIZE OR KV_BUILD_FUZZ)
+  target_compile_options(kv_options INTERFACE
+    -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(kv_options INTERFACE -fsanitize=address,undefined)
+endif()
+if(KV_BUILD_FUZZ)
+  if(NOT CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+    message(FATAL_ERROR "KV_BUILD_FUZZ needs clang++: configure with -DCMAKE_CXX_COMPILER=clang++")
+  endif()
+  # Coverage feedback from every library; only the fuzz executables link libFuzzer's main.
+  target_compile_options(kv_options INTERFACE -fsanitize=fuzzer-no-link)
+endif()
+
 # kv_add_library(name SOURCES ... DEPENDS ...): one static library per source folder.
 function(kv_add_library name)
   cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS" ${ARGN})
