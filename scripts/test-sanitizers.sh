@@ -11,9 +11,10 @@ launcher=()
 command -v ccache >/dev/null && launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
 
 start=$SECONDS
-# -O1: several times faster to run than -O0 and still exact enough in its stack traces.
+# -O1 keeps the instrumented tests quick; -g1 keeps the file and line of every frame of a report
+# but leaves out the variables, which makes a heavy source compile about a fifth faster.
 cmake -S "$root" -B "$build" -G Ninja -DCMAKE_CXX_COMPILER=g++ -DCMAKE_BUILD_TYPE=Debug \
-    -DCMAKE_CXX_FLAGS_DEBUG="-g -O1" -DKV_SANITIZE=ON -DKV_BUILD_BENCH=OFF "${launcher[@]}" >/dev/null
+    -DCMAKE_CXX_FLAGS_DEBUG="-g1 -O1" -DKV_SANITIZE=ON -DKV_BUILD_BENCH=OFF "${launcher[@]}" >/dev/null
 cmake --build "$build" -j "$jobs"
 built=$SECONDS
 
