@@ -1,5 +1,7 @@
 #!/usr/bin/env bash
 # Installs the Debian packages the build, the tests and the codec folder need, only those missing.
+# Usage: scripts/deps.sh [sanitizers] [fuzz], the groups adding what scripts/test-sanitizers.sh
+# and scripts/fuzz.sh need besides.
 set -euo pipefail
 
 packages=(
@@ -15,6 +17,15 @@ packages=(
   python3-pyatspi at-spi2-core dbus-x11
   appstream man-db
 )
+for group in "$@"; do
+  case $group in
+    # gcc's AddressSanitizer and UndefinedBehaviorSanitizer runtimes.
+    sanitizers) packages+=(libasan8 libubsan1) ;;
+    # clang with its runtimes, libFuzzer's among them.
+    fuzz) packages+=(clang libclang-rt-dev) ;;
+    *) echo "deps.sh: unknown group $group (sanitizers, fuzz)" >&2; exit 2 ;;
+  esac
+done
 
 missing=()
 for p in "${packages[@]}"; do

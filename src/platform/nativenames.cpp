@@ -76,7 +76,8 @@ QString nameFromBytes(QByteArrayView bytes)
         }
         char32_t codePoint = 0;
         if (const int length = validSequence(bytes, i, codePoint); length > 0) {
-            name += QString::fromUcs4(&codePoint, 1);
+            // Not QString::fromUcs4, which takes a leading U+FEFF for a byte order mark and drops it.
+            name += QChar::fromUcs4(codePoint);
             i += length;
         } else {
             name += QChar(static_cast<char16_t>(kEscapeBase + b));

@@ -26,6 +26,8 @@ TEST(NativeNames, DecodesValidUtf8AndEscapesEveryOtherByte)
         {"\xF0\x9F\x8E\xB5", QString::fromUtf8("\xF0\x9F\x8E\xB5")},
         // U+10080: a pair whose low half lies among the escapes, and must stay one character.
         {"\xF0\x90\x82\x80", QString::fromUcs4(U"\U00010080")},
+        // U+FEFF is a character like any other in a name, not a byte order mark to drop.
+        {"\xEF\xBB\xBF" "a\xEF\xBB\xBF", QStringLiteral(u"\uFEFFa\uFEFF")},
         // Windows-1251 "Пир" and Latin-1 "café".
         {"\xCF\xE8\xF0", escaped({0xCF, 0xE8, 0xF0})},
         {"caf\xE9.wav", QStringLiteral("caf") + escaped({0xE9}) + QStringLiteral(".wav")},

@@ -1,0 +1,31 @@
+// The codecs' command lines: any arguments, each quoted and joined by blanks, split back into the
+// same arguments; and any text splits into arguments that survive the same round.
+#include <QStringList>
+
+#include "fuzzing.h"
+#include "platform/processes.h"
+
+namespace {
+
+QString joinQuoted(const QStringList &arguments)
+{
+    QStringList quoted;
+    for (const QString &argument : arguments)
+        quoted.append(kv::quoteArgument(argument));
+    return quoted.join(QLatin1Char(' '));
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
+{
+    const QString text = kvfuzz::utf16Of(data, size);
+
+    // A NUL cannot be part of an argument, so it separates the arguments of the first round.
+    const QStringList arguments = text.split(QChar(u'\0'));
+    KV_FUZZ_CHECK(kv::splitCommandLine(joinQuoted(arguments)) == arguments);
+
+    const QStringList split = kv::splitCommandLine(text);
+    KV_FUZZ_CHECK(kv::splitCommandLine(joinQuoted(split)) == split);
+    return 0;
+}
