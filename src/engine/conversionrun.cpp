@@ -54,6 +54,7 @@ bool ConversionRun::PrepareJobs(bool allFiles, int cbrIndex, int processorCount)
         const RunParameters &p = m_context.parameters;
         const FileListState &list = m_context.list;
         m_jobs.clear();
+        m_finished.clear();
         m_leftOut.clear();
         std::map<QString, QString> targets; // target path -> the job's name that writes it
         for (const FileRow &row : list.rows) {
@@ -78,6 +79,7 @@ bool ConversionRun::PrepareJobs(bool allFiles, int cbrIndex, int processorCount)
             EncodeJob job;
             job[EncodeJob::Name] = name;
             m_jobs.push_back(job);
+            m_finished.emplace_back();
             const std::int64_t bytes = m_context.files.fileSize(paths.source).value_or(0);
             m_jobs.back()[EncodeJob::SourceSize] = QString::number(sizeInKb(bytes)) + m_text->kbUnit;
         }
@@ -157,7 +159,10 @@ void ConversionRun::complete(SlotState &slot, int slotIndex)
     const JobPaths paths = jobPaths(folder, job[EncodeJob::Name], p.targetExtension);
     const std::optional<std::int64_t> written = files.fileSize(paths.target);
     const Int32 targetKb = sizeInKb(written.value_or(0));
-    if (targetKb != 0) {
+    const bool finished = targetKb != 0;
+    if (finished) {
+        m_finished.at(static_cast<size_t>(slot.job.value() - 1)) =
+            {static_cast<double>(files.fileSize(paths.source).value_or(0)), static_cast<double>(*written)};
         job[EncodeJob::Percent] = QString::number(Int32::fromReal(divide(targetKb.value() * 100.0, sourceKb)).value());
         job[EncodeJob::SourceSize] = QString::number(Int32::fromReal(sourceKb).value()) + m_text->kbUnit;
         job[EncodeJob::TargetSize] = QString::number(targetKb.value()) + m_text->kbUnit;
@@ -180,19 +185,19 @@ void ConversionRun::complete(SlotState &slot, int slotIndex)
     if (const std::optional<ProcessEnd> end = m_context.processes.endOf(slot.handle); end && end->failed())
         job.codecFailure = end;
 
-    // Progress: finished jobs count whole, running ones by their target's size scaled by R.
-    // R is the plain sum of the finished jobs' percentages, not their mean; the estimate has
-    // always been made this way and the remaining time shown depends on it.
+    // Progress: finished jobs count whole, with the sizes they ended with; running ones by their
+    // target's size now, scaled by R. R is the plain sum of the finished jobs' percentages, not
+    // their mean; the estimate has always been made this way and the remaining time shown
+    // depends on it. The sums run in list order, so every figure comes out as it always has.
     auto bytesOf = [&](const QString &path) { return static_cast<double>(files.fileSize(path).value_or(0)); };
     double processedKb = 0;
     double ratioSum = 0;
-    for (const EncodeJob &j : m_jobs) {
-        if (j[EncodeJob::Status] != m_text->statusDone)
+    for (size_t row = 0; row < m_jobs.size(); ++row) {
+        if (m_jobs[row][EncodeJob::Status] != m_text->statusDone)
             continue;
-        const JobPaths jp = jobPaths(folder, j[EncodeJob::Name], p.targetExtension);
-        const double sourceBytes = bytesOf(jp.source);
-        processedKb += sourceBytes / 1024;
-        ratioSum += divide(bytesOf(jp.target), sourceBytes) * 100;
+        const FinishedBytes &bytes = m_finished.at(row);
+        processedKb += bytes.source / 1024;
+        ratioSum += divide(bytes.target, bytes.source) * 100;
     }
     for (const EncodeJob &j : m_jobs) {
         if (j[EncodeJob::Status] != m_text->statusInProgress || ratioSum <= 0)
@@ -203,10 +208,14 @@ void ConversionRun::complete(SlotState &slot, int slotIndex)
 
     const Int16 done = countStatus(m_text->statusDone);
     if (done == 1 && m_state.jobCount > m_state.slotCount) {
-        double total = 0;
-        for (const EncodeJob &j : m_jobs)
-            total += bytesOf(jobPaths(folder, j[EncodeJob::Name], p.targetExtension).source) / 1024;
-        m_state.totalSourceKb = total;
+        // Summed once, when the first job is done: later completions that fail leave done at 1,
+        // and summing every source again for each of them would make a failing run quadratic.
+        if (finished) {
+            double total = 0;
+            for (const EncodeJob &j : m_jobs)
+                total += bytesOf(jobPaths(folder, j[EncodeJob::Name], p.targetExtension).source) / 1024;
+            m_state.totalSourceKb = total;
+        }
         m_display.remainingVisible = true;
         m_display.barVisible = true;
     }

@@ -135,9 +135,18 @@ private:
     int countStatus(const QString &status) const;
     double nowSeconds();
 
+    // The sizes of a finished job's source and target when it ended, by row. Every completion's
+    // estimate needs them; asking the file system again made a run quadratic in its job count.
+    struct FinishedBytes
+    {
+        double source = 0;
+        double target = 0;
+    };
+
     ConversionContext m_context;
     const UiText *m_text;
     std::vector<EncodeJob> m_jobs;
+    std::vector<FinishedBytes> m_finished;
     std::vector<LeftOutSource> m_leftOut;
     RunState m_state;
     RunDisplay m_display;

@@ -34,12 +34,17 @@ struct Rig : Clock, Files, Processes
     FileListState list{.currentFolder = u"/m/"_s};
     int beeps = 0;
     int playerStops = 0;
+    int sizeQueries = 0;
     ConversionRun run{ConversionContext{*this, *this, *this, parameters, list, u"/opt/kv/"_s, [this] { ++beeps; },
                                         [this] { ++playerStops; }},
                       text};
 
     double secondsSinceMidnight() override { return now; }
-    std::optional<std::int64_t> fileSize(const QString &path) override { return sizes.count(path) ? std::optional(sizes.at(path)) : std::nullopt; }
+    std::optional<std::int64_t> fileSize(const QString &path) override
+    {
+        ++sizeQueries;
+        return sizes.count(path) ? std::optional(sizes.at(path)) : std::nullopt;
+    }
     std::unique_ptr<ByteSource> open(const QString &) override { return nullptr; }
     RemoveResult remove(const QString &path) override
     {
@@ -231,6 +236,8 @@ TEST(ConversionRun, RunningJobCountsItsTargetScaledByThePlainSumOfPercentages)
 
     // Two finished at 10 % each make R = 20, so the third's 1000 target bytes stand for 5000
     // source bytes: 25000 of 50000 bytes done after 30 s gives a 60 s estimate.
+    // A finished job counts with the sizes it ended with: its target deleted since changes nothing.
+    rig.sizes.erase(rig.target(1));
     rig.now += 20;
     rig.sizes[rig.target(3)] = 1000;
     rig.finish(2, 1000);
@@ -241,6 +248,33 @@ TEST(ConversionRun, RunningJobCountsItsTargetScaledByThePlainSumOfPercentages)
     EXPECT_EQ(rig.run.display().barValue, 31);
     EXPECT_EQ(rig.label(0), u"0:00:31"_s);
     EXPECT_EQ(rig.label(1), u"0:00:29"_s);
+}
+
+// Each completion's estimate needs every finished job's sizes. The file system is asked for them
+// once per job, so a run of many small files costs the same per file as a run of a few; asking
+// again at every completion made the CLI spend minutes on 10,000 files. A run that fails after
+// its first file (a full disk) must not sum every source again at each failure either.
+TEST(ConversionRun, SizeQueriesGrowLinearlyWithTheJobCount)
+{
+    const int jobs = 2000;
+    const int slots = 2;
+    for (const bool failing : {false, true}) {
+        Rig rig;
+        rig.begin(jobs, slots, 4454);
+        while (!rig.running.empty()) {
+            rig.now += 0.02;
+            for (const SlotState &s : rig.run.state().slots)
+                if (s.job >= 1 && rig.running.count(s.handle))
+                    rig.finish(s.job.value(), failing && s.job > 1 ? 0 : 2243);
+            rig.run.tick();
+        }
+        EXPECT_EQ(rig.label(2), failing ? u"Finished 1 of 2000"_s : u"Finished 2000 of 2000"_s);
+        EXPECT_EQ(rig.statuses().count(QLatin1Char(failing ? 'e' : 'D')), failing ? jobs - 1 : jobs);
+        // Per job: its source when listed, its old target before the launch, its target and source
+        // at its end; per completion: the targets of the jobs still running; once: every source
+        // for the total.
+        EXPECT_LE(rig.sizeQueries, jobs * 4 + jobs * (slots - 1) + jobs) << (failing ? "failing" : "succeeding");
+    }
 }
 
 TEST(ConversionRun, ExistingTargetsGoToTheTrashReadOnlyOnesMarkedAndFailedLaunchesMoveTheSlotOn)
