@@ -339,8 +339,9 @@ void ConversionRun::close()
 
 bool ConversionRun::idle()
 {
-    return std::none_of(m_jobs.begin(), m_jobs.end(), [](const EncodeJob &j) { return j[EncodeJob::Status].isEmpty(); })
-           && !anyRunning();
+    // The slots first: while a codec runs, the job list need not be walked.
+    return !anyRunning()
+           && std::none_of(m_jobs.begin(), m_jobs.end(), [](const EncodeJob &j) { return j[EncodeJob::Status].isEmpty(); });
 }
 
 bool ConversionRun::anyRunning()
