@@ -55,6 +55,8 @@ bool ConversionRun::PrepareJobs(bool allFiles, int cbrIndex, int processorCount)
         const FileListState &list = m_context.list;
         m_jobs.clear();
         m_finished.clear();
+        m_settled = {};
+        m_launched = 0;
         m_leftOut.clear();
         std::map<QString, QString> targets; // target path -> the job's name that writes it
         for (const FileRow &row : list.rows) {
@@ -188,25 +190,26 @@ void ConversionRun::complete(SlotState &slot, int slotIndex)
     // Progress: finished jobs count whole, with the sizes they ended with; running ones by their
     // target's size now, scaled by R. R is the plain sum of the finished jobs' percentages, not
     // their mean; the estimate has always been made this way and the remaining time shown
-    // depends on it. The sums run in list order, so every figure comes out as it always has.
+    // depends on it.
     auto bytesOf = [&](const QString &path) { return static_cast<double>(files.fileSize(path).value_or(0)); };
-    double processedKb = 0;
-    double ratioSum = 0;
-    for (size_t row = 0; row < m_jobs.size(); ++row) {
-        if (m_jobs[row][EncodeJob::Status] != m_text->statusDone)
-            continue;
-        const FinishedBytes &bytes = m_finished.at(row);
-        processedKb += bytes.source / 1024;
-        ratioSum += divide(bytes.target, bytes.source) * 100;
-    }
-    for (const EncodeJob &j : m_jobs) {
+    // Rows at the top that ended for good join the kept sums; a copy takes the rest that ended.
+    Settled sums = m_settled;
+    for (; sums.rows < m_launched && m_jobs[sums.rows][EncodeJob::Status] != m_text->statusInProgress; ++sums.rows)
+        count(sums, sums.rows);
+    m_settled = sums;
+    for (size_t row = m_settled.rows; row < m_launched; ++row)
+        count(sums, row);
+    double processedKb = sums.processedKb;
+    const double ratioSum = sums.ratioSum;
+    for (size_t row = m_settled.rows; row < m_launched; ++row) {
+        const EncodeJob &j = m_jobs[row];
         if (j[EncodeJob::Status] != m_text->statusInProgress || ratioSum <= 0)
             continue;
         const JobPaths jp = jobPaths(folder, j[EncodeJob::Name], p.targetExtension);
         processedKb += bytesOf(jp.target) / ratioSum * 100 / 1024;
     }
 
-    const Int16 done = countStatus(m_text->statusDone);
+    const Int16 done = sums.done;
     if (done == 1 && m_state.jobCount > m_state.slotCount) {
         // Summed once, when the first job is done: later completions that fail leave done at 1,
         // and summing every source again for each of them would make a failing run quadratic.
@@ -236,9 +239,19 @@ void ConversionRun::complete(SlotState &slot, int slotIndex)
         endOfRun();
 }
 
+void ConversionRun::count(Settled &sums, size_t row) const
+{
+    if (m_jobs[row][EncodeJob::Status] != m_text->statusDone)
+        return;
+    const FinishedBytes &bytes = m_finished.at(row);
+    sums.processedKb += bytes.source / 1024;
+    sums.ratioSum += divide(bytes.target, bytes.source) * 100;
+    sums.done += 1;
+}
+
 void ConversionRun::launchNext(SlotState &slot)
 {
-    const auto waiting = std::find_if(m_jobs.begin(), m_jobs.end(),
+    const auto waiting = std::find_if(m_jobs.begin() + static_cast<std::ptrdiff_t>(m_launched), m_jobs.end(),
                                       [](const EncodeJob &j) { return j[EncodeJob::Status].isEmpty(); });
     if (waiting == m_jobs.end())
         return;
@@ -274,6 +287,7 @@ void ConversionRun::launchNext(SlotState &slot)
         // The slot keeps its old, ended handle, so the next tick offers it the next job.
         job[EncodeJob::Status] = m_text->statusReadOnly;
     }
+    m_launched = static_cast<size_t>(row.value());
     slot.job = row;
     slot.start = static_cast<float>(nowSeconds());
 }

@@ -250,6 +250,36 @@ TEST(ConversionRun, RunningJobCountsItsTargetScaledByThePlainSumOfPercentages)
     EXPECT_EQ(rig.label(1), u"0:00:29"_s);
 }
 
+// Jobs end out of list order, one of them in error: each finished job counts once, at its own size
+// and percentage, and a running one by its target so far scaled by R.
+TEST(ConversionRun, EstimateCountsEachFinishedJobOnceWhateverOrderJobsEndIn)
+{
+    Rig rig;
+    rig.begin(5, 2, 10240); // 50 KB in all
+    auto step = [&](int row, std::int64_t bytes, int runningRow, std::int64_t runningBytes) {
+        rig.now += 10;
+        rig.sizes[rig.target(runningRow)] = runningBytes;
+        rig.finish(row, bytes);
+        rig.run.tick();
+        return rig.run.display().barMax;
+    };
+    // Job 2 done at 10 %, job 1 has 1 KB: 10 + 10 of 50 KB after 10 s.
+    EXPECT_DOUBLE_EQ(step(2, 1024, 1, 1024), 25);
+    // Job 1 fails; job 3 has 2 KB, so 20 KB at R = 10: 10 + 20 of 50 after 20 s.
+    EXPECT_DOUBLE_EQ(step(1, 300, 3, 2048), 50.0 / 30 * 20);
+    // Job 3 done at 20 %, R = 30; job 4 has 3 KB: 20 + 10 of 50 after 30 s.
+    EXPECT_DOUBLE_EQ(step(3, 2048, 4, 3072), 50);
+    // Job 5 ends before job 4: 30 KB done, R = 40; job 4's 6 KB stand for 15: 45 of 50 after 40 s.
+    EXPECT_DOUBLE_EQ(step(5, 1024, 4, 6144), 50.0 / 45 * 40);
+    EXPECT_EQ(rig.label(2), u"Finished 3 of 5"_s);
+    rig.now += 10;
+    rig.finish(4, 2048);
+    rig.run.tick();
+    EXPECT_DOUBLE_EQ(rig.run.display().barMax, 62.5); // the failed job never counts: 40 of 50 after 50 s
+    EXPECT_EQ(rig.statuses(), u"eDDDD"_s);
+    EXPECT_EQ(rig.frame(), u"Finished 4 of 5: frame bar remaining stop timer"_s);
+}
+
 // Each completion's estimate needs every finished job's sizes. The file system is asked for them
 // once per job, so a run of many small files costs the same per file as a run of a few; asking
 // again at every completion made the CLI spend minutes on 10,000 files. A run that fails after
