@@ -6,6 +6,7 @@
 #   - the CLI's own CPU time, its codecs left out (perf stat --no-inherit, task-clock);
 #   - the same files run by `xargs -P SLOTS` on the same codec entry with the options the CLI puts
 #     on its command lines (`kestrelvane-cli options`); two rounds, the second in reverse order;
+#     the ratio of elapsed times, and of the CPU time of all processes of each run (GNU time);
 #   - in one more run under strace -c (the CLI process alone, no -f; tracing slows it, so it is
 #     not timed): its stat calls (stat, lstat, fstat, newfstatat, statx) and all its system calls,
 #     and the peak resident memory of the run's largest process, the CLI (GNU time).
@@ -90,29 +91,32 @@ check() { # dir count report
     fi
 }
 
-# Prints "WALL CLI_CPU": elapsed seconds and the CLI process's own CPU seconds ("-" without perf).
+# "WALL CPU" of the last timed run: elapsed seconds and the CPU seconds of all its processes.
+wall_and_cpu() { tail -n 1 "$work/time" | awk '{ printf "%s %.2f", $1, $2 + $3 }'; }
+
+# Prints "WALL CPU CLI_CPU": as above, then the CLI process's own CPU seconds ("-" without perf).
 run_cli() { # dir count
     clean "$1"
     if [ $perf_ok = yes ]; then
-        /usr/bin/time -f '%e' -o "$work/time" perf stat --no-inherit -x, -e task-clock -o "$work/perf" -- \
+        /usr/bin/time -f '%e %U %S' -o "$work/time" perf stat --no-inherit -x, -e task-clock -o "$work/perf" -- \
             "$cli" convert --to mp3 --jobs "$slots" "$1" > "$work/report" 2> /dev/null || true
     else
-        /usr/bin/time -f '%e' -o "$work/time" \
+        /usr/bin/time -f '%e %U %S' -o "$work/time" \
             "$cli" convert --to mp3 --jobs "$slots" "$1" > "$work/report" 2> /dev/null || true
     fi
     check "$1" "$2" "$work/report"
     local cpu=-
     [ $perf_ok = yes ] && cpu=$(awk -F, '$3 ~ /^task-clock/ { printf "%.2f", $1 / 1000 }' "$work/perf")
-    echo "$(tail -n 1 "$work/time") $cpu"
+    echo "$(wall_and_cpu) $cpu"
 }
 
 run_xargs() { # dir count
     clean "$1"
     # shellcheck disable=SC2016 # expanded by the inner shell
-    /usr/bin/time -f '%e' -o "$work/time" sh -c 'for f in "$1"/*.wav; do printf "%s\0%s\0" "$f" "${f%.wav}.mp3"; done |
+    /usr/bin/time -f '%e %U %S' -o "$work/time" sh -c 'for f in "$1"/*.wav; do printf "%s\0%s\0" "$f" "${f%.wav}.mp3"; done |
         xargs -0 -n 2 -P "$3" "$2" $4' sh "$1" "$codec" "$slots" "$options"
     [ "$(find "$1" -name '*.mp3' | wc -l)" -eq "$2" ] || { echo "xargs run failed" >&2; exit 1; }
-    tail -n 1 "$work/time"
+    wall_and_cpu
 }
 
 # Prints "STAT_CALLS SYSCALLS PEAK_KB" of one traced run.
@@ -130,7 +134,9 @@ run_traced() { # dir count
 ratio() { awk -v a="$1" -v b="$2" 'BEGIN { printf "%.3f", a / b }'; }
 
 echo "kestrelvane-cli convert --to mp3 --jobs $slots, tiny WAVs; xargs -0 -n 2 -P $slots codec/lame $options"
-printf '%-7s %-6s %9s %8s %9s %9s %7s\n' jobs round "cli s" "ms/job" "cli CPU s" "xargs s" ratio
+# The CPU ratio compares the CPU time of all processes of each run: it is less moved than the
+# elapsed time by other work on the machine, and shows what the CLI costs beyond the codecs.
+printf '%-7s %-6s %9s %8s %9s %9s %7s %9s\n' jobs round "cli s" "ms/job" "cli CPU s" "xargs s" ratio "CPU ratio"
 declare -A perjob
 traced=()
 for n in "${counts[@]}"; do
@@ -142,15 +148,17 @@ for n in "${counts[@]}"; do
         # A failed run ends the script: the assignments pass on the exit status.
         if ((round == 1)); then
             cli_run=$(run_cli "$dir" "$n")
-            xargs_wall=$(run_xargs "$dir" "$n")
+            xargs_run=$(run_xargs "$dir" "$n")
         else
-            xargs_wall=$(run_xargs "$dir" "$n")
+            xargs_run=$(run_xargs "$dir" "$n")
             cli_run=$(run_cli "$dir" "$n")
         fi
-        read -r wall cpu <<< "$cli_run"
+        read -r wall tree cpu <<< "$cli_run"
+        read -r xargs_wall xargs_tree <<< "$xargs_run"
         sum=$(awk -v s="$sum" -v w="$wall" 'BEGIN { print s + w }')
-        printf '%-7s %-6s %9.2f %8.2f %9s %9.2f %7s\n' "$n" "$round" "$wall" \
-            "$(awk -v w="$wall" -v n="$n" 'BEGIN { print w * 1000 / n }')" "$cpu" "$xargs_wall" "$(ratio "$wall" "$xargs_wall")"
+        printf '%-7s %-6s %9.2f %8.2f %9s %9.2f %7s %9s\n' "$n" "$round" "$wall" \
+            "$(awk -v w="$wall" -v n="$n" 'BEGIN { print w * 1000 / n }')" "$cpu" "$xargs_wall" \
+            "$(ratio "$wall" "$xargs_wall")" "$(ratio "$tree" "$xargs_tree")"
     done
     perjob[$n]=$(awk -v s="$sum" -v n="$n" 'BEGIN { print s / 2 * 1000 / n }')
     if [ $trace = yes ]; then
