@@ -15,7 +15,7 @@
 #
 #   bench/convert_scale_bench.sh [--no-trace] [BUILD_DIR] [COUNT...]
 # BUILD_DIR defaults to build/ (or $KV_BUILD_DIR), COUNTs to 1000 10000. --no-trace skips the
-# strace run (a build that stats every finished job at every completion takes an hour there).
+# strace run, which stops the CLI at each of its system calls and so takes long where they are many.
 # Needs sox, lame, GNU time, strace and perf; as root (or with sudo) the missing Debian packages
 # are installed.
 set -euo pipefail
