@@ -1,6 +1,7 @@
 // kestrelvane-cli convert: one Make command on one folder, run to its end as the window runs it,
 // with the job list printed at the end.
 
+#include <algorithm>
 #include <csignal>
 
 #include <QCoreApplication>
@@ -129,13 +130,8 @@ private:
     QString text() const
     {
         const RunDisplay &d = m_run.display();
-        const auto &jobs = m_run.jobs();
-        qsizetype ended = 0;
-        for (const EncodeJob &j : jobs)
-            ended += j[EncodeJob::Time].isEmpty() ? 0 : 1;
         // The window's bar appears with its estimate; until then the share of ended jobs stands in.
-        const double share = d.barVisible && d.barMax > 0 ? d.barValue / d.barMax
-                                                          : (jobs.empty() ? 0.0 : double(ended) / double(jobs.size()));
+        const double share = d.barVisible && d.barMax > 0 ? d.barValue / d.barMax : endedShare();
         const int width = 24;
         const int filled = std::clamp(static_cast<int>(share * width), 0, width);
         QString line = QLatin1Char('[') + QString(filled, QLatin1Char('#')) + QString(width - filled, QLatin1Char('.'))
@@ -145,6 +141,13 @@ private:
         if (d.remainingVisible && !d.labels[1].isEmpty())
             line += QStringLiteral("  remaining ") + d.labels[1];
         return line;
+    }
+
+    double endedShare() const
+    {
+        const auto &jobs = m_run.jobs();
+        const auto ended = std::count_if(jobs.begin(), jobs.end(), [](const EncodeJob &j) { return !j[EncodeJob::Time].isEmpty(); });
+        return jobs.empty() ? 0.0 : double(ended) / double(jobs.size());
     }
 
     const ConversionRun &m_run;
@@ -269,17 +272,22 @@ int runConvert(const QStringList &args)
     int abortSignal = 0; // the signal that ended the run early
     auto work = [&] {
         PosixProcesses::clearExitEvents();
-        const std::vector<EncodeJob> before = run.jobs();
         run.tick();
         progress.update();
         if (run.idle()) {
             run.tick(); // records an end that came between the tick's poll and ours
             loop.quit();
-        } else if (!run.anyRunning() && run.jobs() == before) {
+        } else if (!run.anyRunning()) {
             // A step that fails alike on every tick (a source under 512 bytes rounds to 0 KB and
             // gives no percentage) leaves jobs waiting with nothing running: the window would
-            // tick on for ever, the command ends with them still waiting.
-            loop.quit();
+            // tick on for ever, the command ends with them still waiting once another tick
+            // changes nothing. Only then is the job list copied: a copy at every tick made a
+            // run of many files quadratic.
+            const std::vector<EncodeJob> before = run.jobs();
+            run.tick();
+            progress.update();
+            if (!run.anyRunning() && run.jobs() == before)
+                loop.quit();
         }
     };
     QTimer timer;

@@ -54,6 +54,9 @@ bool ConversionRun::PrepareJobs(bool allFiles, int cbrIndex, int processorCount)
         const RunParameters &p = m_context.parameters;
         const FileListState &list = m_context.list;
         m_jobs.clear();
+        m_finished.clear();
+        m_settled = {};
+        m_launched = 0;
         m_leftOut.clear();
         std::map<QString, QString> targets; // target path -> the job's name that writes it
         for (const FileRow &row : list.rows) {
@@ -78,6 +81,7 @@ bool ConversionRun::PrepareJobs(bool allFiles, int cbrIndex, int processorCount)
             EncodeJob job;
             job[EncodeJob::Name] = name;
             m_jobs.push_back(job);
+            m_finished.emplace_back();
             const std::int64_t bytes = m_context.files.fileSize(paths.source).value_or(0);
             m_jobs.back()[EncodeJob::SourceSize] = QString::number(sizeInKb(bytes)) + m_text->kbUnit;
         }
@@ -159,7 +163,10 @@ void ConversionRun::complete(SlotState &slot, int slotIndex)
     const JobPaths paths = jobPaths(folder, job[EncodeJob::Name], p.targetExtension);
     const std::optional<std::int64_t> written = files.fileSize(paths.target);
     const Int32 targetKb = sizeInKb(written.value_or(0));
-    if (targetKb != 0) {
+    const bool finished = targetKb != 0;
+    if (finished) {
+        m_finished.at(static_cast<size_t>(slot.job.value() - 1)) =
+            {static_cast<double>(files.fileSize(paths.source).value_or(0)), static_cast<double>(*written)};
         job[EncodeJob::Percent] = QString::number(Int32::fromReal(divide(targetKb.value() * 100.0, sourceKb)).value());
         job[EncodeJob::SourceSize] = QString::number(Int32::fromReal(sourceKb).value()) + m_text->kbUnit;
         job[EncodeJob::TargetSize] = QString::number(targetKb.value()) + m_text->kbUnit;
@@ -182,33 +189,38 @@ void ConversionRun::complete(SlotState &slot, int slotIndex)
     if (const std::optional<ProcessEnd> end = m_context.processes.endOf(slot.handle); end && end->failed())
         job.codecFailure = end;
 
-    // Progress: finished jobs count whole, running ones by their target's size scaled by R.
-    // R is the plain sum of the finished jobs' percentages, not their mean; the estimate has
-    // always been made this way and the remaining time shown depends on it.
+    // Progress: finished jobs count whole, with the sizes they ended with; running ones by their
+    // target's size now, scaled by R. R is the plain sum of the finished jobs' percentages, not
+    // their mean; the estimate has always been made this way and the remaining time shown
+    // depends on it.
     auto bytesOf = [&](const QString &path) { return static_cast<double>(files.fileSize(path).value_or(0)); };
-    double processedKb = 0;
-    double ratioSum = 0;
-    for (const EncodeJob &j : m_jobs) {
-        if (j[EncodeJob::Status] != m_text->statusDone)
-            continue;
-        const JobPaths jp = jobPaths(folder, j[EncodeJob::Name], p.targetExtension);
-        const double sourceBytes = bytesOf(jp.source);
-        processedKb += sourceBytes / 1024;
-        ratioSum += divide(bytesOf(jp.target), sourceBytes) * 100;
-    }
-    for (const EncodeJob &j : m_jobs) {
+    // Rows at the top that ended for good join the kept sums; a copy takes the rest that ended.
+    Settled sums = m_settled;
+    for (; sums.rows < m_launched && m_jobs[sums.rows][EncodeJob::Status] != m_text->statusInProgress; ++sums.rows)
+        count(sums, sums.rows);
+    m_settled = sums;
+    for (size_t row = m_settled.rows; row < m_launched; ++row)
+        count(sums, row);
+    double processedKb = sums.processedKb;
+    const double ratioSum = sums.ratioSum;
+    for (size_t row = m_settled.rows; row < m_launched; ++row) {
+        const EncodeJob &j = m_jobs[row];
         if (j[EncodeJob::Status] != m_text->statusInProgress || ratioSum <= 0)
             continue;
         const JobPaths jp = jobPaths(folder, j[EncodeJob::Name], p.targetExtension);
         processedKb += bytesOf(jp.target) / ratioSum * 100 / 1024;
     }
 
-    const Int16 done = countStatus(m_text->statusDone);
+    const Int16 done = sums.done;
     if (done == 1 && m_state.jobCount > m_state.slotCount) {
-        double total = 0;
-        for (const EncodeJob &j : m_jobs)
-            total += bytesOf(jobPaths(folder, j[EncodeJob::Name], p.targetExtension).source) / 1024;
-        m_state.totalSourceKb = total;
+        // Summed once, when the first job is done: later completions that fail leave done at 1,
+        // and summing every source again for each of them would make a failing run quadratic.
+        if (finished) {
+            double total = 0;
+            for (const EncodeJob &j : m_jobs)
+                total += bytesOf(jobPaths(folder, j[EncodeJob::Name], p.targetExtension).source) / 1024;
+            m_state.totalSourceKb = total;
+        }
         m_display.remainingVisible = true;
         m_display.barVisible = true;
     }
@@ -229,9 +241,19 @@ void ConversionRun::complete(SlotState &slot, int slotIndex)
         endOfRun();
 }
 
+void ConversionRun::count(Settled &sums, size_t row) const
+{
+    if (m_jobs[row][EncodeJob::Status] != m_text->statusDone)
+        return;
+    const FinishedBytes &bytes = m_finished.at(row);
+    sums.processedKb += bytes.source / 1024;
+    sums.ratioSum += divide(bytes.target, bytes.source) * 100;
+    sums.done += 1;
+}
+
 void ConversionRun::launchNext(SlotState &slot)
 {
-    const auto waiting = std::find_if(m_jobs.begin(), m_jobs.end(),
+    const auto waiting = std::find_if(m_jobs.begin() + static_cast<std::ptrdiff_t>(m_launched), m_jobs.end(),
                                       [](const EncodeJob &j) { return j[EncodeJob::Status].isEmpty(); });
     if (waiting == m_jobs.end())
         return;
@@ -270,6 +292,7 @@ void ConversionRun::launchNext(SlotState &slot)
         // The slot keeps its old, ended handle, so the next tick offers it the next job.
         job[EncodeJob::Status] = m_text->statusReadOnly;
     }
+    m_launched = static_cast<size_t>(row.value());
     slot.job = row;
     slot.start = static_cast<float>(nowSeconds());
 }
@@ -335,8 +358,9 @@ void ConversionRun::close()
 
 bool ConversionRun::idle()
 {
-    return std::none_of(m_jobs.begin(), m_jobs.end(), [](const EncodeJob &j) { return j[EncodeJob::Status].isEmpty(); })
-           && !anyRunning();
+    // The slots first: while a codec runs, the job list need not be walked.
+    return !anyRunning()
+           && std::none_of(m_jobs.begin(), m_jobs.end(), [](const EncodeJob &j) { return j[EncodeJob::Status].isEmpty(); });
 }
 
 bool ConversionRun::anyRunning()

@@ -135,9 +135,35 @@ private:
     int countStatus(const QString &status) const;
     double nowSeconds();
 
+    // The sizes of a finished job's source and target when it ended, by row. Every completion's
+    // estimate needs them; asking the file system again made a run quadratic in its job count.
+    struct FinishedBytes
+    {
+        double source = 0;
+        double target = 0;
+    };
+
+    // The estimate's share of the rows that ended for good, from the top of the list down to the
+    // first one still running: summed in list order as a walk of the whole list sums them, so a
+    // completion walks only the rows below and every figure stays the same.
+    struct Settled
+    {
+        size_t rows = 0;
+        Int16 done = 0;
+        double processedKb = 0;
+        double ratioSum = 0;
+    };
+    // Adds the row's share when it is "Done".
+    void count(Settled &sums, size_t row) const;
+
     ConversionContext m_context;
     const UiText *m_text;
     std::vector<EncodeJob> m_jobs;
+    std::vector<FinishedBytes> m_finished;
+    Settled m_settled;
+    // Jobs start in list order: the rows above this one have been launched, the rest wait or
+    // were broken off.
+    size_t m_launched = 0;
     std::vector<LeftOutSource> m_leftOut;
     RunState m_state;
     RunDisplay m_display;

@@ -151,6 +151,30 @@ TEST(Convert, EndsWhenNothingCanMoveOn)
     EXPECT_EQ(r.status, 1);
 }
 
+// Without a terminal a progress line is written whenever another job has finished. With no more
+// jobs than slots no estimate shows, and the bar is the share of jobs that have ended.
+TEST(Convert, ProgressLinesShowTheShareOfEndedJobs)
+{
+    ProgramCopy program;
+    // b ends well after a, so the two never end within one tick.
+    program.fakeLame("case \"$t\" in *b.mp3) while [ ! -e \"${t%b.mp3}a.mp3\" ]; do /bin/sleep 0.02; done;"
+                     " /bin/sleep 0.3;; esac\n/usr/bin/head -c 5000 /dev/zero > \"$t\"\n");
+    QTemporaryDir wavs;
+    makeWav(wavs.filePath(u"a.wav"_s));
+    makeWav(wavs.filePath(u"b.wav"_s));
+    const CliResult r = program.convert({u"--to"_s, u"mp3"_s, u"--jobs"_s, u"2"_s, wavs.path()});
+    EXPECT_EQ(r.status, 0);
+    static const QRegularExpression elapsed(u"  elapsed \\d+:\\d\\d:\\d\\d$"_s);
+    QStringList bars;
+    for (const QString &line : r.err.split(QLatin1Char('\n'))) {
+        if (line.startsWith(QLatin1Char('[')))
+            bars.append(QString(line).remove(elapsed));
+    }
+    EXPECT_EQ(bars, QStringList({u"[........................] Finished 0 of 2"_s, u"[############............] Finished 1 of 2"_s,
+                                 u"[########################] Finished 2 of 2"_s}))
+        << r.err.toStdString();
+}
+
 TEST(Convert, MissingCodecsAreReportedInCheckOrder)
 {
     ProgramCopy program;

@@ -35,12 +35,17 @@ struct Rig : Clock, Files, Processes
     FileListState list{.currentFolder = u"/m/"_s};
     int beeps = 0;
     int playerStops = 0;
+    int sizeQueries = 0;
     ConversionRun run{ConversionContext{*this, *this, *this, parameters, list, u"/opt/kv/"_s, [this] { ++beeps; },
                                         [this] { ++playerStops; }},
                       text};
 
     double secondsSinceMidnight() override { return now; }
-    std::optional<std::int64_t> fileSize(const QString &path) override { return sizes.count(path) ? std::optional(sizes.at(path)) : std::nullopt; }
+    std::optional<std::int64_t> fileSize(const QString &path) override
+    {
+        ++sizeQueries;
+        return sizes.count(path) ? std::optional(sizes.at(path)) : std::nullopt;
+    }
     std::unique_ptr<ByteSource> open(const QString &) override { return nullptr; }
     RemoveResult remove(const QString &path) override
     {
@@ -261,6 +266,8 @@ TEST(ConversionRun, RunningJobCountsItsTargetScaledByThePlainSumOfPercentages)
 
     // Two finished at 10 % each make R = 20, so the third's 1000 target bytes stand for 5000
     // source bytes: 25000 of 50000 bytes done after 30 s gives a 60 s estimate.
+    // A finished job counts with the sizes it ended with: its target deleted since changes nothing.
+    rig.sizes.erase(rig.target(1));
     rig.now += 20;
     rig.sizes[rig.target(3)] = 1000;
     rig.finish(2, 1000);
@@ -271,6 +278,63 @@ TEST(ConversionRun, RunningJobCountsItsTargetScaledByThePlainSumOfPercentages)
     EXPECT_EQ(rig.run.display().barValue, 31);
     EXPECT_EQ(rig.label(0), u"0:00:31"_s);
     EXPECT_EQ(rig.label(1), u"0:00:29"_s);
+}
+
+// Jobs end out of list order, one of them in error: each finished job counts once, at its own size
+// and percentage, and a running one by its target so far scaled by R.
+TEST(ConversionRun, EstimateCountsEachFinishedJobOnceWhateverOrderJobsEndIn)
+{
+    Rig rig;
+    rig.begin(5, 2, 10240); // 50 KB in all
+    auto step = [&](int row, std::int64_t bytes, int runningRow, std::int64_t runningBytes) {
+        rig.now += 10;
+        rig.sizes[rig.target(runningRow)] = runningBytes;
+        rig.finish(row, bytes);
+        rig.run.tick();
+        return rig.run.display().barMax;
+    };
+    // Job 2 done at 10 %, job 1 has 1 KB: 10 + 10 of 50 KB after 10 s.
+    EXPECT_DOUBLE_EQ(step(2, 1024, 1, 1024), 25);
+    // Job 1 fails; job 3 has 2 KB, so 20 KB at R = 10: 10 + 20 of 50 after 20 s.
+    EXPECT_DOUBLE_EQ(step(1, 300, 3, 2048), 50.0 / 30 * 20);
+    // Job 3 done at 20 %, R = 30; job 4 has 3 KB: 20 + 10 of 50 after 30 s.
+    EXPECT_DOUBLE_EQ(step(3, 2048, 4, 3072), 50);
+    // Job 5 ends before job 4: 30 KB done, R = 40; job 4's 6 KB stand for 15: 45 of 50 after 40 s.
+    EXPECT_DOUBLE_EQ(step(5, 1024, 4, 6144), 50.0 / 45 * 40);
+    EXPECT_EQ(rig.label(2), u"Finished 3 of 5"_s);
+    rig.now += 10;
+    rig.finish(4, 2048);
+    rig.run.tick();
+    EXPECT_DOUBLE_EQ(rig.run.display().barMax, 62.5); // the failed job never counts: 40 of 50 after 50 s
+    EXPECT_EQ(rig.statuses(), u"eDDDD"_s);
+    EXPECT_EQ(rig.frame(), u"Finished 4 of 5: frame bar remaining stop timer"_s);
+}
+
+// Each completion's estimate needs every finished job's sizes. The file system is asked for them
+// once per job, so a run of many small files costs the same per file as a run of a few; asking
+// again at every completion made the CLI spend minutes on 10,000 files. A run that fails after
+// its first file (a full disk) must not sum every source again at each failure either.
+TEST(ConversionRun, SizeQueriesGrowLinearlyWithTheJobCount)
+{
+    const int jobs = 2000;
+    const int slots = 2;
+    for (const bool failing : {false, true}) {
+        Rig rig;
+        rig.begin(jobs, slots, 4454);
+        while (!rig.running.empty()) {
+            rig.now += 0.02;
+            for (const SlotState &s : rig.run.state().slots)
+                if (s.job >= 1 && rig.running.count(s.handle))
+                    rig.finish(s.job.value(), failing && s.job > 1 ? 0 : 2243);
+            rig.run.tick();
+        }
+        EXPECT_EQ(rig.label(2), failing ? u"Finished 1 of 2000"_s : u"Finished 2000 of 2000"_s);
+        EXPECT_EQ(rig.statuses().count(QLatin1Char(failing ? 'e' : 'D')), failing ? jobs - 1 : jobs);
+        // Per job: its source when listed, its old target before the launch, its target and source
+        // at its end; per completion: the targets of the jobs still running; once: every source
+        // for the total.
+        EXPECT_LE(rig.sizeQueries, jobs * 4 + jobs * (slots - 1) + jobs) << (failing ? "failing" : "succeeding");
+    }
 }
 
 TEST(ConversionRun, ExistingTargetsGoToTheTrashReadOnlyOnesMarkedAndFailedLaunchesMoveTheSlotOn)
