@@ -216,6 +216,10 @@ TEST(ConversionFrame, MakeAllConvertsEveryListedFileOtherwiseOnlyTheTickedOnes)
         for (int r = 0; r < k.jobs.size(); ++r)
             EXPECT_EQ(s.cell(r, 0), k.jobs[r]);
         EXPECT_TRUE(k.jobs.isEmpty() || s.waitFor([&] { return s.ended(); }));
+        // The bar and the time remaining show from the first job done, when the jobs outnumber
+        // the two slots.
+        EXPECT_EQ(!s.w(u"pbEncode"_s)->isHidden(), k.jobs.size() > 2);
+        EXPECT_EQ(!s.w(u"lblEncodeTime_1"_s)->isHidden(), k.jobs.size() > 2);
     }
 }
 
@@ -230,6 +234,9 @@ TEST(ConversionFrame, StopBreaksTheWaitingAtOnceAndTheRunningFinish)
     for (int i = 0; i < 8; ++i)
         EXPECT_EQ(!s.w(u"imProc_%1"_s.arg(i))->isHidden(), i < 2) << i;
     EXPECT_EQ(s.w<QLabel>(u"imProc_0"_s)->property("activity").toString(), u"running"_s);
+    // Nothing done yet: no estimate, so neither the bar nor the time remaining shows.
+    EXPECT_TRUE(s.w(u"pbEncode"_s)->isHidden());
+    EXPECT_TRUE(s.w(u"lblEncodeTime_1"_s)->isHidden());
     s.stop()->click();
     EXPECT_EQ(s.rows().join(u'|'), u"slow1.wav In Progress|slow2.wav In Progress|slow3.wav Break|slow4.wav Break|slow5.wav Break"_s);
     EXPECT_TRUE(s.bold(2));
@@ -239,6 +246,8 @@ TEST(ConversionFrame, StopBreaksTheWaitingAtOnceAndTheRunningFinish)
     ASSERT_TRUE(s.waitFor([&] { return s.ended(); }));
     EXPECT_EQ(s.rows().mid(0, 2).join(u'|'), u"slow1.wav Done|slow2.wav Done"_s);
     EXPECT_EQ(s.finishedLine(), u"Finished 2 of 5"_s);
+    // Stopped, the run counts only its two running jobs, no more than its slots: still no bar.
+    EXPECT_TRUE(s.w(u"pbEncode"_s)->isHidden());
     EXPECT_EQ(s.logged().size(), 2);
     EXPECT_EQ(s.beeps, 1);
     // Both slots show their idle picture once the run is over.
