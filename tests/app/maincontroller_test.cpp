@@ -106,6 +106,16 @@ TEST(MainStartup, WithoutConfigurationOpensTheProgramsDriveAndFillsThePanels)
     EXPECT_EQ(c->configPath(), u"/opt/kv/kestrvan.cfg"_s);
 }
 
+// The program's own drive is the last resort: when it cannot be listed either, that is said once
+// and not tried again.
+TEST(MainStartup, AProgramDriveThatCannotBeListedIsReportedOnce)
+{
+    Machine m;
+    m.folders.unreadable.insert(u"/"_s);
+    auto c = m.start();
+    EXPECT_EQ(m.rec.shown, QStringList{u"i Drive is not ready, change another drive"_s});
+}
+
 TEST(MainStartup, ConfigurationLocation)
 {
     const struct { bool there, writable; const char *expected; } cases[] = {

@@ -8,6 +8,7 @@
 #include <QToolButton>
 #include <QLineEdit>
 #include <QComboBox>
+#include <QHeaderView>
 #include <QPlainTextEdit>
 #include <QProcess>
 #include <QPushButton>
@@ -221,6 +222,32 @@ TEST(ConversionFrame, MakeAllConvertsEveryListedFileOtherwiseOnlyTheTickedOnes)
         EXPECT_EQ(!s.w(u"pbEncode"_s)->isHidden(), k.jobs.size() > 2);
         EXPECT_EQ(!s.w(u"lblEncodeTime_1"_s)->isHidden(), k.jobs.size() > 2);
     }
+}
+
+// Drags the right border of a column's caption by dx pixels, as a user widening it does, and
+// gives how much wider the column became.
+int widenedByDragging(QTreeView *view, int column, int dx)
+{
+    QHeaderView *header = view->header();
+    const int before = header->sectionSize(column);
+    const QPoint border(header->sectionViewportPosition(column) + before - 1, header->height() / 2);
+    QTest::mousePress(header->viewport(), Qt::LeftButton, {}, border);
+    QTest::mouseMove(header->viewport(), border + QPoint(dx, 0));
+    QTest::mouseRelease(header->viewport(), Qt::LeftButton, {}, border + QPoint(dx, 0));
+    return header->sectionSize(column) - before;
+}
+
+// The number columns of the file list and of the job list are sized to their texts, and a user
+// who wants them wider drags their border; the name column takes what is left.
+TEST(ConversionFrame, NumberColumnsOfBothListsWidenWhenTheirBorderIsDragged)
+{
+    Session s({u"a.wav"_s, u"b.wav"_s, u"c.wav"_s});
+    s.start();
+    s.makeAll(MakeMp3);
+    ASSERT_TRUE(s.waitFor([&] { return s.ended(); }));
+    for (QTreeView *view : {s.w<QTreeView>(u"lstMain"_s), s.jobs()})
+        for (int column = 1; column < view->model()->columnCount(); ++column)
+            EXPECT_EQ(widenedByDragging(view, column, 30), 30) << view->objectName().toStdString() << " " << column;
 }
 
 TEST(ConversionFrame, StopBreaksTheWaitingAtOnceAndTheRunningFinish)
