@@ -3,6 +3,8 @@
 #include "clifixtures.h"
 #include "support/qtprinters.h"
 
+using namespace Qt::StringLiterals;
+
 TEST(OptionsCommand, PrintsEveryEncoder)
 {
     QByteArray commandLine = record({{2, 3}, {6, 2}});
@@ -48,17 +50,28 @@ TEST(OptionsCommand, OptionTextsAreTheSameInEveryLocale)
     }
 }
 
-TEST(Usage, UnknownOptionGivesTheCommandsUsage)
+// Every misuse names what is wrong, then the command's usage, and ends with status 2.
+TEST(Usage, MisusesGiveTheirReasonAndTheCommandsUsage)
 {
-    const struct { const char *command, *usage; } cases[] = {
-        {"options", "options [--config FILE]"},
-        {"list", "list [--kind wav|mp3|ogg|mpc] [--lang en|ru] FOLDER"},
+    const char *optionsUsage = "options [--config FILE]";
+    const char *listUsage = "list [--kind wav|mp3|ogg|mpc] [--lang en|ru] FOLDER";
+    const char *convertUsage = "convert --to mp3|ogg|mpc|wav [--from mp3|ogg|mpc] [--jobs N] FOLDER [NAME...]";
+    const struct { QStringList args; const char *reason, *usage; } cases[] = {
+        {{u"options"_s, u"--verbose"_s, u"/"_s}, "unknown option \"--verbose\"", optionsUsage},
+        {{u"options"_s, u"a"_s}, "unexpected argument \"a\"", optionsUsage},
+        {{u"list"_s, u"--verbose"_s, u"/"_s}, "unknown option \"--verbose\"", listUsage},
+        {{u"list"_s}, "no FOLDER given", listUsage},
+        {{u"list"_s, u"/"_s, u"/tmp"_s}, "only one FOLDER can be listed", listUsage},
+        {{u"list"_s, u"--kind"_s, u"flac"_s, u"/"_s}, "unknown kind \"flac\" (wav, mp3, ogg or mpc)", listUsage},
+        {{u"list"_s, u"--lang"_s, u"de"_s, u"/"_s}, "unknown language \"de\" (en or ru)", listUsage},
+        {{u"convert"_s, u"/"_s}, "no --to given", convertUsage},
+        {{u"convert"_s, u"--to"_s, u"flac"_s, u"/"_s}, "unknown target \"flac\" (mp3, ogg, mpc or wav)", convertUsage},
     };
     for (const auto &c : cases) {
-        const CliResult r = runCli({QLatin1String(c.command), QStringLiteral("--verbose"), QStringLiteral("/")});
+        const CliResult r = runCli(c.args);
         EXPECT_EQ(r.out, QString());
-        EXPECT_EQ(r.err, QStringLiteral("kestrelvane-cli: unknown option \"--verbose\"\nusage: kestrelvane-cli ")
+        EXPECT_EQ(r.err, u"kestrelvane-cli: "_s + QString::fromUtf8(c.reason) + u"\nusage: kestrelvane-cli "_s
                              + QLatin1String(c.usage) + QLatin1Char('\n'));
-        EXPECT_EQ(r.status, 2);
+        EXPECT_EQ(r.status, 2) << c.args.join(u' ').toStdString();
     }
 }

@@ -687,11 +687,21 @@ TEST(WindowStatistics, EachCaptionShowsItsOwnValueAndTheForecastFollowsTheOption
     Session s;
     ASSERT_EQ(s.start(s.at("rock")), StartEnd::Running);
     s.toolbar(MakeAll)->trigger();
+    // Read as a user reads it: a caption's value is the label on its line, to its right.
     auto shown = [&] {
+        QWidget *frame = s.w("frInfo");
+        const QList<QLabel *> labels = frame->findChildren<QLabel *>();
+        auto place = [&](QLabel *l) { return QRect(l->mapTo(frame, QPoint()), l->size()); };
         std::map<QString, QString> pairs;
-        for (QLabel *caption : s.w("frInfo")->findChildren<QLabel *>())
-            if (auto *value = qobject_cast<QLabel *>(caption->buddy()))
-                pairs[caption->text()] = value->text();
+        for (QLabel *caption : labels) {
+            if (!caption->buddy())
+                continue;
+            const QRect c = place(caption);
+            for (QLabel *value : labels)
+                if (const QRect v = place(value); value != caption && v.left() > c.right() && v.center().y() > c.top()
+                                                   && v.center().y() < c.bottom())
+                    pairs[caption->text()] = value->text();
+        }
         return pairs;
     };
     const std::map<QString, QString> expected = {

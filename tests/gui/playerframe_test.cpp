@@ -175,6 +175,37 @@ TEST(PlayerFrame, RowsPlayInTurnFromTheSelectedOne)
     EXPECT_EQ(s.played().size(), 3);
 }
 
+// A decoder's end starts the next row by itself, not at the timer's next tick; each row that
+// plays comes into view with the one after it, in a list longer than the window.
+TEST(PlayerFrame, ADecodersEndStartsTheNextRowAndBringsItIntoView)
+{
+    QList<QByteArray> names;
+    for (int i = 0; i < 60; ++i)
+        names.append(QByteArray("r") + QByteArray::number(i).rightJustified(2, '0') + ".mp3");
+    Session s(names);
+    s.start();
+    ASSERT_EQ(s.list()->model()->rowCount(), 60);
+    s.select(56);
+    s.list()->scrollToTop();
+    auto inView = [&](int row) {
+        return s.list()->viewport()->rect().contains(s.list()->visualRect(s.list()->model()->index(row, 0)));
+    };
+    ASSERT_FALSE(inView(56));
+    s.button(Player::Play)->click();
+    ASSERT_TRUE(s.waitPlayed(1));
+    // From here the timer would not tick again within the test.
+    s.window->findChild<QTimer *>(u"tmrPlay"_s)->setInterval(600000);
+    for (int row = 56; row < 59; ++row) {
+        ASSERT_TRUE(s.waitFor([&] { return s.boldRows() == std::vector<int>{row}; }, 3000)) << row;
+        EXPECT_TRUE(inView(row)) << row;
+        EXPECT_TRUE(inView(row + 1)) << row;
+    }
+    ASSERT_TRUE(s.waitPlayed(3));
+    EXPECT_EQ(s.played().mid(0, 3), QStringList({mp3("r56.mp3"), mp3("r57.mp3"), mp3("r58.mp3")}));
+    s.button(Player::Stop)->click();
+    EXPECT_TRUE(s.goneSoon());
+}
+
 // A long row counts its time; Next and Previous move and end the decoder they leave; Stop ends
 // the last one, children included; a refill stops the player and rewinds it.
 TEST(PlayerFrame, StopNextPreviousAndARefillEndEveryProcessOfThePlayer)

@@ -38,6 +38,9 @@ TEST(OptionTextAndEstimate, ByEncoderAndMode)
         {Encoder::Ogg, {.ogg = {.mode = 1, .abrKbps = 256}}, "--quiet --bitrate 256", 256},
         {Encoder::Ogg, {.ogg = {.mode = 2, .commandLine = QStringLiteral(" -q 3 ")}}, "--quiet -q 3", 224},
         {Encoder::Mpc, {.mpc = {.presetIndex = 6}}, "--overwrite --silent --telephone", 60},
+        // One past the end of a preset list (a damaged configuration): no preset at all.
+        {Encoder::Mp3, {.mp3 = {.presetIndex = 4}}, " --silent --priority", 0},
+        {Encoder::Mpc, {.mpc = {.presetIndex = 7}}, "--overwrite --silent ", 0},
         {Encoder::Mpc, mpcQuality(0), "--overwrite --silent --quality 0", 20},
         {Encoder::Mpc, mpcQuality(19), "--overwrite --silent --quality 1.9", 58},
         {Encoder::Mpc, mpcQuality(29), "--overwrite --silent --quality 2.9", 87},
