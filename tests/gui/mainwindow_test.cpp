@@ -184,6 +184,48 @@ TEST(WindowStart, MissingCodecsGiveOneMessageEachInOrderThenTheEnd)
     EXPECT_EQ(messages.shown, QStringList{u"i Kestrelvane is already started"_s});
 }
 
+// Every control the user sees has its own place: no two visible controls side by side in one
+// parent cover each other, in each mode of each encoder's options, at the window's smallest size
+// and a larger one.
+TEST(WindowLayout, NoTwoVisibleControlsOverlap)
+{
+    Session s;
+    ASSERT_EQ(s.start(s.at("rock")), StartEnd::Running);
+    auto overlaps = [&] {
+        QStringList found;
+        for (QWidget *parent : s.window->findChildren<QWidget *>()) {
+            if (!parent->isVisible())
+                continue;
+            QList<QWidget *> shown;
+            for (QObject *o : parent->children())
+                if (auto *w = qobject_cast<QWidget *>(o); w && w->isVisible() && !w->isWindow())
+                    shown.append(w);
+            for (qsizetype i = 0; i < shown.size(); ++i)
+                for (qsizetype j = i + 1; j < shown.size(); ++j)
+                    if (shown[i]->geometry().intersects(shown[j]->geometry()))
+                        found.append(shown[i]->objectName() + u'/' + shown[j]->objectName() + u" ("_s
+                                     + QLatin1String(shown[i]->metaObject()->className()) + u'/'
+                                     + QLatin1String(shown[j]->metaObject()->className()) + u')');
+        }
+        return found;
+    };
+    auto *tabs = s.window->findChild<QTabBar *>(u"TabOpt"_s);
+    const char *modes[] = {"cmbMode", "cmbModeOgg", "cmbModeMpc"};
+    for (const QSize size : {s.window->minimumSize(), QSize(1400, 1000)}) {
+        s.window->resize(size);
+        for (int tab = 0; tab < 3; ++tab) {
+            tabs->setCurrentIndex(tab);
+            auto *mode = s.w<QComboBox>(modes[tab]);
+            for (int m = 0; m < mode->count(); ++m) {
+                mode->setCurrentIndex(m);
+                Q_EMIT mode->activated(m);
+                QApplication::processEvents();
+                EXPECT_EQ(overlaps(), QStringList()) << size.width() << "x" << size.height() << " " << modes[tab] << " " << m;
+            }
+        }
+    }
+}
+
 TEST(WindowLayout, ControlsCarryTheirNamesAndModelsPassTheTester)
 {
     Session s;
@@ -714,16 +756,22 @@ TEST(WindowStatistics, EachCaptionShowsItsOwnValueAndTheForecastFollowsTheOption
     };
     EXPECT_EQ(shown(), expected);
 
-    // Two files of 20 MB at each preset's bit rate: insane, extreme, standard, medium.
-    const char *byPreset[] = {"9.1 MB", "6.6 MB", "5.6 MB", "4.2 MB"};
+    // Two files of 20 MB at the bit rate of the preset the list shows chosen.
+    const std::map<QString, QString> byPreset = {{u"--preset insane"_s, u"9.1 MB"_s},
+                                                 {u"--preset extreme"_s, u"6.6 MB"_s},
+                                                 {u"--preset standard"_s, u"5.6 MB"_s},
+                                                 {u"--preset medium"_s, u"4.2 MB"_s}};
     auto *preset = s.w<QComboBox>("cmbPreset");
     preset->setFocus();
     preset->setCurrentIndex(0);
     Q_EMIT preset->activated(0);
+    QStringList seen;
     for (int i = 0; i < preset->count(); ++i) {
-        EXPECT_EQ(shown()[u"Average Mp3 File Size:"_s], QLatin1String(byPreset[i])) << i;
+        seen.append(preset->currentText());
+        EXPECT_EQ(shown()[u"Average Mp3 File Size:"_s], byPreset.at(preset->currentText())) << i;
         QTest::keyClick(preset, Qt::Key_Down);
     }
+    EXPECT_EQ(seen.size(), 4);
 
     // The Ogg average bit rate: its label and the forecast follow the slider's keys.
     s.window->findChild<QTabBar *>(u"TabOpt"_s)->setCurrentIndex(1);

@@ -328,6 +328,30 @@ TEST(PlayerFrame, FailingDecodersAndAwkwardNames)
 
 // A screen reader's actions do what clicks do: Show Mp3 lists the kind, Make All counts every
 // file in the statistics and converts them all, and the player's buttons play and stop.
+// A keyboard user: Alt+L reaches the file list, Tab goes on through Play, Stop, Previous and
+// Next in that order, and Space on the focused Play plays the selected row.
+TEST(PlayerFrame, KeyboardUsersTabFromTheListThroughTheButtonsInOrder)
+{
+    Session s({"a.mp3", "b.mp3"});
+    s.start();
+    s.window->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(s.window.get()));
+    QTest::keyClick(s.window.get(), Qt::Key_L, Qt::AltModifier);
+    ASSERT_EQ(QApplication::focusWidget(), s.list());
+    for (int i = 0; i < 4; ++i) {
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        EXPECT_EQ(QApplication::focusWidget(), s.button(i)) << i;
+    }
+    s.select(1);
+    QTest::keyClick(s.window.get(), Qt::Key_L, Qt::AltModifier);
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Space);
+    ASSERT_TRUE(s.waitPlayed(1));
+    EXPECT_EQ(s.played().front(), mp3("b.mp3"));
+    s.button(Player::Stop)->click();
+    EXPECT_TRUE(s.goneSoon());
+}
+
 TEST(Accessibility, ToggleAndPressActionsRunTheirCommands)
 {
     Session s({"long1.mp3", "long2.mp3"});

@@ -9,6 +9,9 @@
 #include <QFile>
 #include <QTemporaryDir>
 
+#include <csignal>
+
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -209,4 +212,28 @@ TEST(DesktopTrash, WhereNoTrashCanTakeTheFileItStays)
         ::chmod(source.constData(), 0755);
         ::chmod(parent.constData(), 0755);
     }
+}
+
+// A disk that fills while the record is written (a file-size limit stands in for it): the record
+// is taken back and the file stays where it was, so the caller deletes it instead.
+TEST(DesktopTrash, ARecordThatCannotBeWrittenWholeLeavesTheFileInPlace)
+{
+    QTemporaryDir dir;
+    const QByteArray root = bytePath(dir);
+    writeFile(root + "/old.mp3", "old");
+    const QByteArray home = root + "/Trash";
+    const pid_t pid = ::fork();
+    if (pid == 0) {
+        ::signal(SIGXFSZ, SIG_IGN);
+        const rlimit limit{16, 16};
+        ::setrlimit(RLIMIT_FSIZE, &limit);
+        ::_exit(moveToDesktopTrash(root + "/old.mp3", home) ? 1 : 0);
+    }
+    int status = 0;
+    ::waitpid(pid, &status, 0);
+    ASSERT_TRUE(WIFEXITED(status));
+    EXPECT_EQ(WEXITSTATUS(status), 0);
+    EXPECT_EQ(readFile(root + "/old.mp3"), "old");
+    EXPECT_TRUE(QDir(QFile::decodeName(home + "/info")).isEmpty());
+    EXPECT_TRUE(QDir(QFile::decodeName(home + "/files")).isEmpty());
 }
