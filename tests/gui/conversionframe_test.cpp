@@ -11,6 +11,7 @@
 #include <QHeaderView>
 #include <QPlainTextEdit>
 #include <QProcess>
+#include <QProgressBar>
 #include <QPushButton>
 #include <QTest>
 #include <QTimer>
@@ -221,6 +222,8 @@ TEST(ConversionFrame, MakeAllConvertsEveryListedFileOtherwiseOnlyTheTickedOnes)
         // the two slots.
         EXPECT_EQ(!s.w(u"pbEncode"_s)->isHidden(), k.jobs.size() > 2);
         EXPECT_EQ(!s.w(u"lblEncodeTime_1"_s)->isHidden(), k.jobs.size() > 2);
+        // A run estimated under half a second still has a bar to fill, not a busy indicator.
+        EXPECT_GE(s.w<QProgressBar>(u"pbEncode"_s)->maximum(), 1);
     }
 }
 
@@ -256,6 +259,8 @@ TEST(ConversionFrame, StopBreaksTheWaitingAtOnceAndTheRunningFinish)
     s.start();
     QAbstractItemModelTester tester(s.jobs()->model(), QAbstractItemModelTester::FailureReportingMode::Fatal);
     s.makeAll(MakeMp3);
+    // The slots fill as the command is given, not a timer's tick later.
+    EXPECT_EQ(s.rows().mid(0, 3).join(u'|'), u"slow1.wav In Progress|slow2.wav In Progress|slow3.wav "_s);
     ASSERT_TRUE(s.waitFor([&] { return s.statusOf(1, u"In Progress"_s); }));
     // Two slots: two pictures, both running.
     for (int i = 0; i < 8; ++i)

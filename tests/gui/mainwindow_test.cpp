@@ -240,6 +240,13 @@ TEST(WindowLayout, ControlsCarryTheirNamesAndModelsPassTheTester)
     EXPECT_FALSE(s.w("frEncode")->isVisible());
     EXPECT_TRUE(s.w("frPlayer")->isVisible());
     EXPECT_GE(s.window->minimumSize().width(), 800);
+    // A wider window mostly widens the file list, not the folder tree.
+    s.window->resize(s.window->minimumSize());
+    QApplication::processEvents();
+    const int tree = s.tree()->width(), list = s.w("lstMain")->width();
+    s.window->resize(s.window->minimumSize() + QSize(400, 0));
+    QApplication::processEvents();
+    EXPECT_GT(s.w("lstMain")->width() - list, 2 * (s.tree()->width() - tree));
 
     // Eleven positions, 5 and 7 separators.
     const QList<QAction *> actions = s.w<QToolBar>("tbMain")->actions();

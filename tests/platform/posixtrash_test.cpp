@@ -72,6 +72,8 @@ TEST(DesktopTrash, HomeTrashTakesTheFileWithItsRecordUnderAFreeName)
         {"a b%#\xD1\x91.mp3", "a b%#\xD1\x91.mp3", "a%20b%25%23%D1%91.mp3"},
         // 250 bytes: the record's name would pass the length limit, so the name is cut.
         {longName, QByteArray(241, 'x') + ".wav", longName},
+        // The same long name again: the number takes its place from the cut stem.
+        {longName, QByteArray(239, 'x') + ".2.wav", longName},
         // The longest extension kept whole when the name is cut: sixteen bytes with the dot.
         {QByteArray(235, 'y') + ".abcdefghijklmno", QByteArray(229, 'y') + ".abcdefghijklmno",
          QByteArray(235, 'y') + ".abcdefghijklmno"},
