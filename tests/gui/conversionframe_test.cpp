@@ -67,6 +67,7 @@ struct Session : WindowRig
     PosixProcesses processes;
     PosixClock clock;
     int beeps = 0;
+    int processors = 2;
 
     // A program folder with the script as every codec, and a music folder with these files:
     // WAV names get a real 44100 Hz WAV, other kinds the fixture of their kind.
@@ -97,6 +98,7 @@ struct Session : WindowRig
         environment.processes = &processes;
         environment.clock = &clock;
         environment.beep = [this] { ++beeps; };
+        environment.processorCount = [n = processors] { return n; };
         environment.wakeups = processes.wakeups();
         ASSERT_EQ(open(environment, music), StartEnd::Running);
     }
@@ -287,6 +289,28 @@ TEST(ConversionFrame, StopBreaksTheWaitingAtOnceAndTheRunningFinish)
         EXPECT_FALSE(s.w(QLatin1String(slot))->isHidden()) << slot;
         EXPECT_EQ(s.w<QLabel>(QLatin1String(slot))->property("activity").toString(), u"idle"_s) << slot;
     }
+}
+
+// Eight processors: eight slots, each with its picture, running while its codec runs and idle
+// once the run is over.
+TEST(ConversionFrame, EachOfEightSlotsShowsItsOwnActivity)
+{
+    QStringList names;
+    for (int i = 1; i <= 9; ++i)
+        names.append(u"slow%1.wav"_s.arg(i));
+    Session s(names);
+    s.processors = 8;
+    s.start();
+    s.makeAll(MakeMp3);
+    auto activity = [&](int slot) { return s.w<QLabel>(u"imProc_%1"_s.arg(slot))->property("activity").toString(); };
+    ASSERT_TRUE(s.waitFor([&] { return activity(7) == u"running"_s; }));
+    for (int slot = 0; slot < 8; ++slot) {
+        EXPECT_FALSE(s.w(u"imProc_%1"_s.arg(slot))->isHidden()) << slot;
+        EXPECT_EQ(activity(slot), u"running"_s) << slot;
+    }
+    ASSERT_TRUE(s.waitFor([&] { return s.ended(); }));
+    for (int slot = 0; slot < 8; ++slot)
+        EXPECT_EQ(activity(slot), u"idle"_s) << slot;
 }
 
 // The language switched during a run: the rows go on in the new language and the run still

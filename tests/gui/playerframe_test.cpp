@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <set>
 
 #include <unistd.h>
 
@@ -158,6 +159,13 @@ TEST(PlayerFrame, RowsPlayInTurnFromTheSelectedOne)
     Session s({"a.mp3", "b.mp3", "c.mp3", "d.mp3"});
     s.start();
     EXPECT_FALSE(s.timerOn()) << "an idle player has no timer running";
+    // Each row whose look changes is announced to the view, which repaints it.
+    std::set<int> repainted;
+    QObject::connect(s.list()->model(), &QAbstractItemModel::dataChanged, s.list(),
+                     [&](const QModelIndex &from, const QModelIndex &to) {
+                         for (int r = from.row(); r <= to.row(); ++r)
+                             repainted.insert(r);
+                     });
     s.select(1);
     s.button(Player::Play)->click();
     ASSERT_TRUE(s.waitPlayed(1));
@@ -173,6 +181,8 @@ TEST(PlayerFrame, RowsPlayInTurnFromTheSelectedOne)
     EXPECT_EQ(s.time(), u"0:00:00"_s);
     EXPECT_TRUE(s.boldRows().empty());
     EXPECT_EQ(s.played().size(), 3);
+    for (int row : {1, 2, 3})
+        EXPECT_TRUE(repainted.count(row)) << row;
 }
 
 // A decoder's end starts the next row by itself, not at the timer's next tick; each row that

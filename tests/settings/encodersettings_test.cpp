@@ -75,6 +75,19 @@ TEST(OptionTextAndEstimate, EveryConstantBitrateEntry)
     }
 }
 
+// Every preset entry reaches the codec as the switch it names.
+TEST(OptionText, EveryPresetEntry)
+{
+    const char *mp3[] = {"--preset insane", "--preset extreme", "--preset standard", "--preset medium"};
+    for (int i = 0; i < 4; ++i)
+        EXPECT_EQ(OptionTextBuilder().BuildOptionText(Encoder::Mp3, {.mp3 = {.presetIndex = i}}),
+                  QLatin1String(mp3[i]) + QLatin1String(" --silent --priority"));
+    const char *mpc[] = {"--braindead", "--insane", "--extreme", "--standard", "--radio", "--thumb", "--telephone"};
+    for (int i = 0; i < 7; ++i)
+        EXPECT_EQ(OptionTextBuilder().BuildOptionText(Encoder::Mpc, {.mpc = {.presetIndex = i}}),
+                  QLatin1String("--overwrite --silent ") + QLatin1String(mpc[i]));
+}
+
 TEST(OptionText, ModePartIsSharedAcrossEncoders)
 {
     OptionTextBuilder builder;
