@@ -283,9 +283,9 @@ bool PosixProcesses::hasEnded(ProcessHandle handle)
 void PosixProcesses::release(ProcessHandle handle)
 {
     // Polled first: a child that ended but was not reaped yet is reaped now, never left a zombie.
-    if (!m_children.count(handle) || !hasEnded(handle))
-        return;
     const auto it = m_children.find(handle);
+    if (it == m_children.end() || !hasEnded(handle))
+        return;
     closeErrors(it->second);
     m_children.erase(it);
 }
