@@ -7,6 +7,7 @@
 #include <QFile>
 #include <QThread>
 
+#include <fcntl.h>
 #include <poll.h>
 #include <unistd.h>
 
@@ -88,15 +89,26 @@ int liveMembers(const QString &group)
 TEST(PosixProcesses, ChildGetsEmptyEnvironmentNullInputOwnGroupNoInheritedDescriptors)
 {
     qputenv("KV_INHERITED", "1"); // so an inherited environment would show
+    const int inheritable = ::open("/dev/null", O_RDONLY); // so an inherited descriptor would show
+    ASSERT_GE(inheritable, 3);
     PosixProcesses p;
     const auto h = p.start(u"\"/bin/sleep\" 30"_s, ChildEnvironment::Empty);
+    ::close(inheritable);
     ASSERT_TRUE(h.has_value());
     const QString pid = childRunning("sleep");
     ASSERT_FALSE(pid.isEmpty());
     const QString proc = u"/proc/"_s + pid;
     EXPECT_EQ(readProc(proc + u"/environ"_s), QByteArray());
-    const QStringList fds = QDir(proc + u"/fd"_s).entryList(QDir::System | QDir::NoDotAndDotDot);
-    EXPECT_EQ(fds, QStringList({u"0"_s, u"1"_s, u"2"_s}));
+    // Right after its exec, sleep itself opens and closes its locale files: wait for it to
+    // settle, as an inherited descriptor never would.
+    const QStringList bare({u"0"_s, u"1"_s, u"2"_s});
+    QStringList fds;
+    for (int i = 0; i < 200 && fds != bare; ++i) {
+        if (i > 0)
+            QThread::msleep(10);
+        fds = QDir(proc + u"/fd"_s).entryList(QDir::System | QDir::NoDotAndDotDot);
+    }
+    EXPECT_EQ(fds, bare);
     EXPECT_EQ(QFile::symLinkTarget(proc + u"/fd/0"_s), u"/dev/null"_s);
     EXPECT_EQ(QFile::symLinkTarget(proc + u"/fd/1"_s), u"/dev/null"_s);
     EXPECT_TRUE(QFile::symLinkTarget(proc + u"/fd/2"_s).contains(u"pipe:"_s)); // kept for a failure report
