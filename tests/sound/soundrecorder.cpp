@@ -144,18 +144,6 @@ std::vector<SoundSegment> SoundRecorder::timeline(std::int64_t from, std::int64_
     return kv::test::timeline(std::span(m_samples).subspan(std::size_t(begin), std::size_t(end - begin)), begin, m_listening);
 }
 
-std::optional<std::int64_t> SoundRecorder::firstSoundAfter(std::int64_t position) const
-{
-    std::lock_guard lock(m_mutex);
-    return firstSound(m_samples, 0, position, m_listening.level);
-}
-
-std::optional<std::int64_t> SoundRecorder::lastSoundBefore(std::int64_t position) const
-{
-    std::lock_guard lock(m_mutex);
-    return kv::test::lastSoundBefore(m_samples, 0, position, m_listening.level);
-}
-
 std::optional<std::int64_t> SoundRecorder::silenceFrom(std::int64_t position, std::chrono::milliseconds hold) const
 {
     std::lock_guard lock(m_mutex);
@@ -188,7 +176,10 @@ bool SoundRecorder::waitForPosition(std::int64_t position, std::chrono::millisec
 
 std::optional<std::int64_t> SoundRecorder::waitForSound(std::int64_t after, std::chrono::milliseconds timeout) const
 {
-    return waitFor<std::int64_t>([&] { return firstSoundAfter(after); }, timeout);
+    return waitFor<std::int64_t>([&] {
+        std::lock_guard lock(m_mutex);
+        return firstSound(m_samples, 0, after, m_listening.level);
+    }, timeout);
 }
 
 std::optional<std::int64_t> SoundRecorder::waitForSilence(std::int64_t from, std::chrono::milliseconds hold,

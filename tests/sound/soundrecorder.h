@@ -44,8 +44,6 @@ public:
 
     // What has been received so far; positions beyond it are not analysed yet.
     std::vector<SoundSegment> timeline(std::int64_t from, std::int64_t to) const;
-    std::optional<std::int64_t> firstSoundAfter(std::int64_t position) const;
-    std::optional<std::int64_t> lastSoundBefore(std::int64_t position) const;
     std::optional<std::int64_t> silenceFrom(std::int64_t position, std::chrono::milliseconds hold) const;
 
     // Waits, handling the thread's Qt events so a window and its timers go on working, until the
