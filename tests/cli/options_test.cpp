@@ -33,23 +33,6 @@ TEST(OptionsCommand, PrintsEveryEncoder)
     }
 }
 
-// The encoders read their numbers in the C locale: the option texts are the same in every locale.
-TEST(OptionsCommand, OptionTextsAreTheSameInEveryLocale)
-{
-    QTemporaryDir dir;
-    const QString path = dir.filePath(QStringLiteral("kestrvan.cfg"));
-    // MP3 ABR 300, Ogg quality 6.5, Musepack quality 6.5 (mode 1).
-    write(path, record({{2, 1}, {4, 172}, {7, 75}, {9, 1}, {11, 65}}));
-    for (const char *locale : {"C.UTF-8", "en_US.UTF-8", "de_DE.UTF-8", "ru_RU.UTF-8", "sv_SE.UTF-8", "ar_EG.UTF-8"}) {
-        const CliResult c = runCli({QStringLiteral("options"), QStringLiteral("--config"), path}, locale);
-        EXPECT_EQ(c.out, QStringLiteral("Mp3\t--preset 300 --silent --priority\t300\nOgg\t--quiet --quality 6.5\t208\n"
-                                        "Mpc\t--overwrite --silent --quality 6.5\t225\n"))
-            << locale;
-        EXPECT_EQ(c.err, QString()) << locale;
-        EXPECT_EQ(c.status, 0);
-    }
-}
-
 // Every misuse names what is wrong, then the command's usage, and ends with status 2.
 TEST(Usage, MisusesGiveTheirReasonAndTheCommandsUsage)
 {
