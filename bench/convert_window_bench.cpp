@@ -20,21 +20,13 @@
 #include <QSocketNotifier>
 #include <QTimer>
 
-#include "app/maincontroller.h"
-#include "gui/guiplatform.h"
 #include "gui/mainwindow.h"
-#include "platform/posix/posixclock.h"
-#include "platform/posix/posixfiles.h"
-#include "platform/posix/posixfolders.h"
-#include "platform/posix/posixinstancelock.h"
-#include "platform/posix/posixprocesses.h"
 
-#include "benchfakes.h"
+#include "benchwindow.h"
 
 namespace {
 
-using kv::bench::OneDrive;
-using kv::bench::Quiet;
+using kv::bench::RealEnvironment;
 
 double threadCpuSeconds()
 {
@@ -97,20 +89,8 @@ int main(int argc, char **argv)
     const QString program = QString::fromLocal8Bit(argv[1]);
     const QString folder = QString::fromLocal8Bit(argv[2]);
     const int slots = std::clamp(QByteArray(argv[3]).toInt(), 1, 8);
-    kv::PosixFiles files;
-    kv::PosixFolders folders;
-    OneDrive drive;
-    drive.root = QStringLiteral("/");
-    kv::PosixInstanceLock lock(program);
-    kv::PosixProcesses processes;
-    kv::PosixClock clock;
-    Quiet messages;
-    kv::GuiBusyCursor busy;
-    kv::MainController c(kv::Environment{
-        files, folders, drive, lock, messages, busy,
-        kv::headerReaders(files),
-        [slots] { return slots; }, {}, &processes, &clock, [] {},
-        processes.wakeups()});
+    RealEnvironment real(program, QStringLiteral("/"), [slots] { return slots; });
+    kv::MainController &c = real.controller;
     kv::StartOptions options{program, program + QStringLiteral("config"), true, folder, QLocale::system()};
     if (c.Main(options) != kv::StartEnd::Running)
         return 1;

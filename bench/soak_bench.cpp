@@ -32,22 +32,14 @@
 #include <QTimer>
 #include <QTreeView>
 
-#include "app/maincontroller.h"
-#include "gui/guiplatform.h"
 #include "gui/mainwindow.h"
 #include "media/mediainfo.h"
-#include "platform/posix/posixclock.h"
-#include "platform/posix/posixfiles.h"
-#include "platform/posix/posixfolders.h"
-#include "platform/posix/posixinstancelock.h"
-#include "platform/posix/posixprocesses.h"
 
-#include "benchfakes.h"
+#include "benchwindow.h"
 
 namespace {
 
-using kv::bench::OneDrive;
-using kv::bench::Quiet;
+using kv::bench::RealEnvironment;
 
 constexpr double RssGoalMb = 5.0;
 constexpr int Slots = 8;
@@ -269,21 +261,9 @@ int main(int argc, char **argv)
         sources[f.completeBaseName()] = f.size();
     const int count = static_cast<int>(sources.size());
 
-    kv::PosixFiles files;
-    kv::PosixFolders folders;
-    OneDrive drive;
-    drive.root = work;
-    kv::PosixInstanceLock lock(program);
-    kv::PosixProcesses processes;
-    kv::PosixClock clock;
-    Quiet messages;
-    kv::GuiBusyCursor busy;
     // Eight slots whatever the machine has: more codecs than processors is the harder case.
-    kv::MainController controller(kv::Environment{
-        files, folders, drive, lock, messages, busy,
-        kv::headerReaders(files),
-        [] { return Slots; }, {}, &processes, &clock, [] {},
-        processes.wakeups()});
+    RealEnvironment real(program, work, [] { return Slots; });
+    kv::MainController &controller = real.controller;
     if (controller.Main(kv::StartOptions{program, work + QStringLiteral("/config"), true, folder, QLocale::c()})
         != kv::StartEnd::Running)
         return 2;

@@ -16,24 +16,17 @@
 #include <QToolBar>
 #include <QTreeView>
 
-#include "app/maincontroller.h"
 #include "gui/foldertreemodel.h"
-#include "gui/guiplatform.h"
 #include "gui/mainwindow.h"
-#include "platform/posix/posixfiles.h"
-#include "platform/posix/posixfolders.h"
-#include "platform/posix/posixinstancelock.h"
-#include "platform/posix/posixprocesses.h"
 
-#include "benchfakes.h"
+#include "benchwindow.h"
 
 #include <ctime>
 #include <unistd.h>
 
 namespace {
 
-using kv::bench::OneDrive;
-using kv::bench::Quiet;
+using kv::bench::RealEnvironment;
 
 // Seconds since this process started, from the kernel's start time (10 ms resolution).
 double sinceProcessStart()
@@ -86,18 +79,8 @@ int main(int argc, char **argv)
         return 2;
     }
     const QString work = QString::fromLocal8Bit(argv[1]);
-    kv::PosixFiles files;
-    kv::PosixFolders folders;
-    OneDrive drive;
-    drive.root = work;
-    kv::PosixInstanceLock lock(work + QStringLiteral("/prog/"));
-    kv::PosixProcesses processes;
-    Quiet messages;
-    kv::GuiBusyCursor busy;
-    kv::MainController c(kv::Environment{
-        files, folders, drive, lock, messages, busy,
-        kv::headerReaders(files),
-        [&processes] { return processes.processorCount(); }, {}});
+    RealEnvironment real(work + QStringLiteral("/prog/"), work);
+    kv::MainController &c = real.controller;
     kv::StartOptions options{work + QStringLiteral("/prog/"), work + QStringLiteral("/config"), true,
                              work + QStringLiteral("/mp3"), QLocale::system()};
     if (c.Main(options) != kv::StartEnd::Running)
