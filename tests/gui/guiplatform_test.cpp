@@ -5,38 +5,15 @@
 #include <QApplication>
 #include <QMessageBox>
 #include <QTimer>
+#include <QUrl>
 
 #include "gui/guiplatform.h"
+#include "platform/nativenames.h"
 #include "support/qtprinters.h"
 
 using namespace kv;
 
-namespace {
-
-// Closes the first message box that shows, noting its icon, text and the pointer over it.
-struct BoxWatcher
-{
-    QMessageBox::Icon icon = QMessageBox::NoIcon;
-    QString text;
-    Qt::CursorShape pointer = Qt::BlankCursor;
-    QTimer timer;
-
-    BoxWatcher()
-    {
-        QObject::connect(&timer, &QTimer::timeout, [this] {
-            if (auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget())) {
-                icon = box->icon();
-                text = box->text();
-                pointer = QApplication::overrideCursor() != nullptr ? QApplication::overrideCursor()->shape() : Qt::ArrowCursor;
-                box->accept();
-            }
-        });
-        timer.start(10);
-    }
-};
-
-} // namespace
-
+// A message box over the hourglass shows the ordinary pointer, and the hourglass comes back.
 TEST(GuiMessages, ShowTheOrdinaryPointerOverTheHourglassAndGiveItBack)
 {
     GuiMessages messages;
@@ -47,14 +24,41 @@ TEST(GuiMessages, ShowTheOrdinaryPointerOverTheHourglassAndGiveItBack)
     };
     for (const auto &c : cases) {
         busy.begin();
-        BoxWatcher box;
+        // Closes the box that shows, noting its icon, text and the pointer over it.
+        QMessageBox::Icon icon = QMessageBox::NoIcon;
+        QString text;
+        Qt::CursorShape pointer = Qt::BlankCursor;
+        QTimer timer;
+        QObject::connect(&timer, &QTimer::timeout, [&] {
+            if (auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget())) {
+                icon = box->icon();
+                text = box->text();
+                pointer = QApplication::overrideCursor() != nullptr ? QApplication::overrideCursor()->shape() : Qt::ArrowCursor;
+                box->accept();
+            }
+        });
+        timer.start(10);
         c.show();
-        EXPECT_EQ(box.icon, c.icon);
-        EXPECT_FALSE(box.text.isEmpty());
-        EXPECT_EQ(box.pointer, Qt::ArrowCursor);
+        EXPECT_EQ(icon, c.icon);
+        EXPECT_FALSE(text.isEmpty());
+        EXPECT_EQ(pointer, Qt::ArrowCursor);
         ASSERT_NE(QApplication::overrideCursor(), nullptr);
         EXPECT_EQ(QApplication::overrideCursor()->shape(), Qt::WaitCursor);
         busy.end();
         EXPECT_EQ(QApplication::overrideCursor(), nullptr);
+    }
+}
+
+// The desktop gets a URL that names the help document byte for byte, wherever the program lies.
+TEST(WindowHelp, DocumentUrlNamesTheFileByteForByte)
+{
+    for (const QByteArray &folder : {QByteArray("/opt/kestrelvane/"),
+                                    QByteArray("/home/me/Kestrel vane #2?/"),              // a blank, a fragment and a query mark
+                                    QByteArray("/home/\xd0\xbc\xd0\xbe\xd1\x8f/prog/"), // Cyrillic, UTF-8
+                                    QByteArray("/media/old/\xcf\xf0\xee\xe3/")}) {        // Windows-1251, not UTF-8
+        const QByteArray path = folder + "help/rus/index.htm";
+        const QUrl url = documentUrl(nameFromBytes(path));
+        EXPECT_TRUE(url.isValid() && url.isLocalFile() && !url.hasQuery() && !url.hasFragment()) << path.constData();
+        EXPECT_EQ(QByteArray::fromPercentEncoding(url.path(QUrl::FullyEncoded).toLatin1()), path);
     }
 }

@@ -1,25 +1,16 @@
-#include <gtest/gtest.h>
-
-#include <csignal>
+#include <algorithm>
 #include <set>
 
 #include <unistd.h>
 
 #include <QAccessible>
 #include <QApplication>
-#include <QDirIterator>
 #include <QLabel>
 #include <QProgressBar>
-#include <QPushButton>
-#include <QTest>
 #include <QTimer>
 #include <QToolButton>
 #include <QTreeView>
 
-#include "platform/nativenames.h"
-#include "platform/posix/posixclock.h"
-#include "platform/posix/posixfolders.h"
-#include "platform/posix/posixprocesses.h"
 #include "player/player.h"
 #include "support/bytefiles.h"
 #include "support/qtprinters.h"
@@ -31,9 +22,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// Every codec entry is this script. It logs its process id, name, options and file, then acts by
-// the file's name: fail* exits at once with an error, long* plays for 20 s, family* starts a
-// child of its own and waits for it, others play for 0.4 s. Each ends by itself.
+// Every codec entry is this script. It logs its process id, name, option and file, then acts by
+// the file's name: fail* fails at once, long* plays for 20 s, family* starts a child of its own
+// and waits for it, others play for 0.4 s.
 const char playerScript[] = R"(#!/bin/sh
 PATH=/usr/bin:/bin
 eval "file=\${$#}"
@@ -46,30 +37,17 @@ family*) sleep 20 & echo "$! child" >> '%1'; wait ;;
 esac
 )";
 
-struct Recorder : Messages
-{
-    void information(const QString &) override {}
-    void critical(const QString &) override {}
-};
-
 // Alive and not merely waiting to be reaped.
 bool alive(qint64 pid)
 {
-    QFile stat(u"/proc/%1/stat"_s.arg(pid));
-    if (!stat.open(QIODevice::ReadOnly))
-        return false;
-    const QByteArray line = stat.readAll();
+    const QByteArray line = readAll(u"/proc/%1/stat"_s.arg(pid));
     const qsizetype close = line.lastIndexOf(')');
     return close > 0 && line.mid(close + 2, 1) != "Z";
 }
 
-struct Session : WindowRig
+struct Session : ProcessRig
 {
     QString music = dir.path() + u"/music/"_s, log = dir.path() + u"/player.log"_s;
-    PosixFolders folders;
-    Recorder messages;
-    PosixProcesses processes;
-    PosixClock clock;
 
     // MP3 rows (a fixture of one second each) under the given names, and the script as every entry.
     explicit Session(const QList<QByteArray> &names)
@@ -80,19 +58,11 @@ struct Session : WindowRig
         for (const QByteArray &name : names)
             writeFile(QFile::encodeName(music) + name, fixture);
     }
-    ~Session()
+    void start(bool showMp3 = true)
     {
-        window.reset();
-        controller.reset();
-    }
-    void start()
-    {
-        Environment environment = WindowRig::environment(folders, messages);
-        environment.processes = &processes;
-        environment.clock = &clock;
-        environment.wakeups = processes.wakeups();
-        ASSERT_EQ(open(environment, music), StartEnd::Running);
-        toolbar(ShowMp3)->trigger();
+        ASSERT_EQ(open(environment(), music), StartEnd::Running);
+        if (showMp3)
+            toolbar(ShowMp3)->trigger();
     }
 
     QTreeView *list() const { return w<QTreeView>("lstMain"); }
@@ -113,11 +83,12 @@ struct Session : WindowRig
                 rows.push_back(r);
         return rows;
     }
+    QStringList logLines() const { return QString::fromUtf8(readAll(log)).split(u'\n', Qt::SkipEmptyParts); }
     // The logged starts: "entry [option] [file name]", the folder left out.
     QStringList played() const
     {
         QStringList out;
-        for (const QString &line : QString::fromUtf8(readAll(log)).split(u'\n', Qt::SkipEmptyParts))
+        for (const QString &line : logLines())
             if (!line.endsWith(u" child"_s))
                 out.append(line.section(u' ', 1).replace(music, QString()));
         return out;
@@ -126,22 +97,14 @@ struct Session : WindowRig
     std::vector<qint64> pids() const
     {
         std::vector<qint64> out;
-        for (const QString &line : QString::fromUtf8(readAll(log)).split(u'\n', Qt::SkipEmptyParts))
+        for (const QString &line : logLines())
             out.push_back(line.section(u' ', 0, 0).toLongLong());
         return out;
     }
+    bool noneAlive() const { return std::ranges::none_of(pids(), alive); }
     // Gone within a second: a killed process may take a moment to be scheduled and die.
-    bool goneSoon(const std::vector<qint64> &which) const
-    {
-        return waitFor([&] { return std::none_of(which.begin(), which.end(), alive); }, 1000);
-    }
+    bool goneSoon(const std::vector<qint64> &which) const { return waitFor([&] { return std::ranges::none_of(which, alive); }, 1000); }
     bool goneSoon() const { return goneSoon(pids()); }
-    bool noneAlive() const
-    {
-        const auto all = pids();
-        return std::none_of(all.begin(), all.end(), alive);
-    }
-    static bool waitFor(const std::function<bool()> &done, int ms = 10000) { return QTest::qWaitFor(done, ms); }
     bool waitPlayed(int count) const { return waitFor([&] { return played().size() >= count; }); }
 };
 
@@ -161,11 +124,10 @@ TEST(PlayerFrame, RowsPlayInTurnFromTheSelectedOne)
     EXPECT_FALSE(s.timerOn()) << "an idle player has no timer running";
     // Each row whose look changes is announced to the view, which repaints it.
     std::set<int> repainted;
-    QObject::connect(s.list()->model(), &QAbstractItemModel::dataChanged, s.list(),
-                     [&](const QModelIndex &from, const QModelIndex &to) {
-                         for (int r = from.row(); r <= to.row(); ++r)
-                             repainted.insert(r);
-                     });
+    QObject::connect(s.list()->model(), &QAbstractItemModel::dataChanged, s.list(), [&](const QModelIndex &from, const QModelIndex &to) {
+        for (int r = from.row(); r <= to.row(); ++r)
+            repainted.insert(r);
+    });
     s.select(1);
     s.button(Player::Play)->click();
     ASSERT_TRUE(s.waitPlayed(1));
@@ -191,24 +153,19 @@ TEST(PlayerFrame, ADecodersEndStartsTheNextRowAndBringsItIntoView)
 {
     QList<QByteArray> names;
     for (int i = 0; i < 60; ++i)
-        names.append(QByteArray("r") + QByteArray::number(i).rightJustified(2, '0') + ".mp3");
+        names.append("r" + QByteArray::number(i).rightJustified(2, '0') + ".mp3");
     Session s(names);
     s.start();
-    ASSERT_EQ(s.list()->model()->rowCount(), 60);
     s.select(56);
     s.list()->scrollToTop();
-    auto inView = [&](int row) {
-        return s.list()->viewport()->rect().contains(s.list()->visualRect(s.list()->model()->index(row, 0)));
-    };
+    auto inView = [&](int row) { return s.list()->viewport()->rect().contains(s.list()->visualRect(s.list()->model()->index(row, 0))); };
     ASSERT_FALSE(inView(56));
     s.button(Player::Play)->click();
     ASSERT_TRUE(s.waitPlayed(1));
-    // From here the timer would not tick again within the test.
-    s.window->findChild<QTimer *>(u"tmrPlay"_s)->setInterval(600000);
+    s.window->findChild<QTimer *>(u"tmrPlay"_s)->setInterval(600000); // no tick within the test
     for (int row = 56; row < 59; ++row) {
         ASSERT_TRUE(s.waitFor([&] { return s.boldRows() == std::vector<int>{row}; }, 3000)) << row;
-        EXPECT_TRUE(inView(row)) << row;
-        EXPECT_TRUE(inView(row + 1)) << row;
+        EXPECT_TRUE(inView(row) && inView(row + 1)) << row;
     }
     ASSERT_TRUE(s.waitPlayed(3));
     EXPECT_EQ(s.played().mid(0, 3), QStringList({mp3("r56.mp3"), mp3("r57.mp3"), mp3("r58.mp3")}));
@@ -244,7 +201,6 @@ TEST(PlayerFrame, StopNextPreviousAndARefillEndEveryProcessOfThePlayer)
     QTest::qWait(300);
     EXPECT_EQ(s.played().size(), 3);
     EXPECT_FALSE(s.noneAlive());
-
     QTest::keyClick(s.window.get(), Qt::Key_F7);
     ASSERT_TRUE(s.waitPlayed(4));
     EXPECT_EQ(s.played().back(), mp3("long2.mp3"));
@@ -265,9 +221,7 @@ TEST(PlayerFrame, StopNextPreviousAndARefillEndEveryProcessOfThePlayer)
     s.button(Player::Next)->click();
     ASSERT_TRUE(s.waitPlayed(6));
     EXPECT_EQ(s.played().back(), mp3("long2.mp3"));
-
-    // Closing the window stops it too.
-    s.window->close();
+    s.window->close(); // closing the window stops it too
     EXPECT_TRUE(s.goneSoon());
 }
 
@@ -281,9 +235,7 @@ TEST(PlayerFrame, EnterAndDoubleClickPlayTheRow)
     QTest::keyClick(s.list(), Qt::Key_Return);
     ASSERT_TRUE(s.waitPlayed(1));
     EXPECT_EQ(s.played().back(), mp3("long3.mp3"));
-
-    const QModelIndex second = s.list()->model()->index(1, 1);
-    const QPoint at = s.list()->visualRect(second).center();
+    const QPoint at = s.list()->visualRect(s.list()->model()->index(1, 1)).center();
     QTest::mouseClick(s.list()->viewport(), Qt::LeftButton, {}, at);
     QTest::mouseDClick(s.list()->viewport(), Qt::LeftButton, {}, at);
     ASSERT_TRUE(s.waitPlayed(2));
@@ -304,14 +256,8 @@ TEST(PlayerFrame, FailingDecodersAndAwkwardNames)
     }
     {
         Session s({"a.mp3", "b.mp3"});
-        QFile::setPermissions(s.program + u"codec/madplay"_s, QFile::ReadOwner | QFile::WriteOwner);
-        Environment environment = s.WindowRig::environment(s.folders, s.messages);
-        environment.processes = &s.processes;
-        environment.clock = &s.clock;
+        s.start();
         // The start-up check refuses a codec folder like this, so the entry is spoilt afterwards.
-        QFile::setPermissions(s.program + u"codec/madplay"_s, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-        ASSERT_EQ(s.open(environment, s.music), StartEnd::Running);
-        s.toolbar(ShowMp3)->trigger();
         QFile::setPermissions(s.program + u"codec/madplay"_s, QFile::ReadOwner | QFile::WriteOwner);
         s.select(1);
         s.button(Player::Play)->click();
@@ -320,24 +266,19 @@ TEST(PlayerFrame, FailingDecodersAndAwkwardNames)
         QTest::qWait(250);
         EXPECT_FALSE(s.timerOn());
     }
-    {
-        const QByteArray names[] = {"-lead.mp3", "two  blanks.mp3", "say \"hi\" it's.mp3", "\xcf\xf0\xe8\xe2\xe5\xf2.mp3"};
-        Session s({names[0], names[1], names[2], names[3]});
-        s.start();
-        s.select(0);
-        s.button(Player::Play)->click();
-        ASSERT_TRUE(s.waitFor([&] { return s.played().size() == 4 && !s.timerOn(); }));
-        // The log holds the bytes the entry got; the list sorts them its own way.
-        const QByteArray logged = readAll(s.log);
-        for (const QByteArray &name : names)
-            EXPECT_TRUE(logged.contains("[-Q] [" + QFile::encodeName(s.music) + name + "]\n")) << name.toStdString();
-        // The temporary folder's own clean-up cannot name a file that is not UTF-8.
-        ::unlink((QFile::encodeName(s.music) + names[3]).constData());
-    }
+    const QByteArray names[] = {"-lead.mp3", "two  blanks.mp3", "say \"hi\" it's.mp3", "\xcf\xf0\xe8\xe2\xe5\xf2.mp3"};
+    Session s({names[0], names[1], names[2], names[3]});
+    s.start();
+    s.select(0);
+    s.button(Player::Play)->click();
+    ASSERT_TRUE(s.waitFor([&] { return s.played().size() == 4 && !s.timerOn(); }));
+    // The log holds the bytes the entry got; the list sorts them its own way.
+    for (const QByteArray &name : names)
+        EXPECT_TRUE(readAll(s.log).contains("[-Q] [" + QFile::encodeName(s.music) + name + "]\n")) << name.toStdString();
+    // The temporary folder's own clean-up cannot name a file that is not UTF-8.
+    ::unlink((QFile::encodeName(s.music) + names[3]).constData());
 }
 
-// A screen reader's actions do what clicks do: Show Mp3 lists the kind, Make All counts every
-// file in the statistics and converts them all, and the player's buttons play and stop.
 // A keyboard user: Alt+L reaches the file list, Tab goes on through Play, Stop, Previous and
 // Next in that order, and Space on the focused Play plays the selected row.
 TEST(PlayerFrame, KeyboardUsersTabFromTheListThroughTheButtonsInOrder)
@@ -362,63 +303,50 @@ TEST(PlayerFrame, KeyboardUsersTabFromTheListThroughTheButtonsInOrder)
     EXPECT_TRUE(s.goneSoon());
 }
 
+// A screen reader's actions do what clicks do: Show Mp3 lists the kind, Make All counts every
+// file in the statistics and converts them all, and the player's buttons play and stop.
 TEST(Accessibility, ToggleAndPressActionsRunTheirCommands)
 {
     Session s({"long1.mp3", "long2.mp3"});
     writeFile(QFile::encodeName(s.music) + "w.wav", readAll(QStringLiteral(KV_TEST_DATA_DIR "/wav/stereo-16bit-44100.wav")));
-    Environment environment = s.WindowRig::environment(s.folders, s.messages);
-    environment.processes = &s.processes;
-    environment.clock = &s.clock;
-    environment.wakeups = s.processes.wakeups();
-    ASSERT_EQ(s.open(environment, s.music), StartEnd::Running);
-    auto act = [&](const QString &name, const QString &action) {
-        QAccessibleInterface *a = QAccessible::queryAccessibleInterface(s.w(name));
-        ASSERT_NE(a, nullptr) << name.toStdString();
-        ASSERT_NE(a->actionInterface(), nullptr) << name.toStdString();
-        ASSERT_TRUE(a->actionInterface()->actionNames().contains(action)) << name.toStdString() << " "
-                                                                          << a->actionInterface()->actionNames().join(u',').toStdString();
-        a->actionInterface()->doAction(action);
+    s.start(false);
+    auto act = [&](const char *name, const QString &action) {
+        QAccessibleActionInterface *a = QAccessible::queryAccessibleInterface(s.w(name))->actionInterface();
+        ASSERT_TRUE(a && a->actionNames().contains(action)) << name;
+        a->doAction(action);
     };
     const QString toggle = QAccessibleActionInterface::toggleAction(), press = QAccessibleActionInterface::pressAction();
+    auto selected = [&] { return s.w<QLabel>("lblInfo_3")->text(); };
     ASSERT_EQ(s.list()->model()->rowCount(), 1);
 
-    act(u"tbMain_9"_s, toggle); // Show Mp3
+    act("tbMain_9", toggle); // Show Mp3
     EXPECT_EQ(s.list()->model()->rowCount(), 2);
     EXPECT_TRUE(s.toolbar(ShowMp3)->isChecked());
     EXPECT_FALSE(s.toolbar(ShowWav)->isChecked());
-    act(u"tbMain_9"_s, toggle); // pressed again: listed again, still pressed
-    EXPECT_TRUE(s.toolbar(ShowMp3)->isChecked());
-    EXPECT_TRUE(s.w<QToolButton>("tbMain_9")->isChecked());
+    act("tbMain_9", toggle); // pressed again: listed again, still pressed
+    EXPECT_TRUE(s.toolbar(ShowMp3)->isChecked() && s.w<QToolButton>("tbMain_9")->isChecked());
 
-    EXPECT_EQ(s.w<QLabel>("lblInfo_3")->text(), u"0"_s);
-    act(u"tbMain_6"_s, toggle); // Make All
-    EXPECT_TRUE(s.controller->makeAll());
+    EXPECT_EQ(selected(), u"0"_s);
+    act("tbMain_6", toggle); // Make All
     EXPECT_TRUE(s.toolbar(MakeAll)->isChecked());
-    EXPECT_EQ(s.w<QLabel>("lblInfo_3")->text(), u"2"_s) << "every listed file counts";
-    act(u"tbMain_6"_s, toggle);
-    EXPECT_FALSE(s.controller->makeAll());
-    EXPECT_EQ(s.w<QLabel>("lblInfo_3")->text(), u"0"_s);
-    act(u"tbMain_6"_s, toggle);
+    EXPECT_EQ(selected(), u"2"_s) << "every listed file counts";
+    act("tbMain_6", toggle);
+    EXPECT_FALSE(s.toolbar(MakeAll)->isChecked());
+    EXPECT_EQ(selected(), u"0"_s);
+    act("tbMain_6", toggle);
 
     s.select(0);
-    act(u"imPlay_0"_s, press);
+    act("imPlay_0", press);
     ASSERT_TRUE(s.waitPlayed(1));
-    act(u"imPlay_3"_s, press);
+    act("imPlay_3", press);
     ASSERT_TRUE(s.waitPlayed(2));
     EXPECT_EQ(s.played(), QStringList({mp3("long1.mp3"), mp3("long2.mp3")}));
-    act(u"imPlay_1"_s, press);
+    act("imPlay_1", press);
     ASSERT_TRUE(s.waitFor([&] { return s.noneAlive(); }));
 
-    act(u"tbMain_4"_s, press); // Make Wav, of every file
-    ASSERT_TRUE(s.waitFor([&] { return s.w(u"frEncode"_s)->isVisible(); }));
-    QTreeView *jobs = s.w<QTreeView>("lstCode");
-    EXPECT_EQ(jobs->model()->rowCount(), 2);
-
-    // Its codec would go on for 20 s: Stop skips the waiting job, Delete aborts the running one.
+    act("tbMain_4", press); // Make Wav, of every file
+    ASSERT_TRUE(s.waitFor([&] { return s.w("frEncode")->isVisible(); }));
+    EXPECT_EQ(s.w<QTreeView>("lstCode")->model()->rowCount(), 2);
+    // Its codec would go on for 20 s; the rig aborts it.
     ASSERT_TRUE(s.waitPlayed(3));
-    s.w<QPushButton>("cmbEncode_0")->click();
-    jobs->setFocus();
-    jobs->setCurrentIndex(jobs->model()->index(0, 0));
-    QTest::keyClick(jobs, Qt::Key_Delete);
-    EXPECT_TRUE(s.waitFor([&] { return s.noneAlive(); }));
 }

@@ -5,15 +5,9 @@
 
 #include <gtest/gtest.h>
 
-#include <QLabel>
-#include <QTest>
-#include <QTimer>
 #include <QToolButton>
 #include <QTreeView>
 
-#include "platform/posix/posixclock.h"
-#include "platform/posix/posixfolders.h"
-#include "platform/posix/posixprocesses.h"
 #include "player/player.h"
 #include "sound/soundrecorder.h"
 #include "support/qtprinters.h"
@@ -26,20 +20,10 @@ using namespace std::chrono_literals;
 
 namespace {
 
-struct Quiet : Messages
-{
-    void information(const QString &) override {}
-    void critical(const QString &) override {}
-};
-
 // The window over a folder of tone files, with the codec entries the build made.
-struct Hearing : WindowRig
+struct Hearing : ProcessRig
 {
     QString music = dir.path() + u"/music/"_s;
-    PosixFolders folders;
-    Quiet messages;
-    PosixProcesses processes;
-    PosixClock clock;
     SoundRecorder recorder{{440, 660, 990, 1480}};
 
     // Files named so that the list's order is the order given: "1 tone.mp3", "2 tone.mp3", ...
@@ -49,37 +33,28 @@ struct Hearing : WindowRig
         QDir().mkpath(program + u"codec"_s);
         for (const QString &entry : QDir(QStringLiteral(KV_BIN_DIR "/codec")).entryList(QDir::Files))
             QFile::copy(QStringLiteral(KV_BIN_DIR "/codec/") + entry, program + u"codec/"_s + entry);
+        const QString kind = QLatin1String(extension);
         int i = 1;
         for (const int pitch : pitches)
-            QFile::copy(QStringLiteral(KV_TEST_DATA_DIR "/sound/tone-%1.%2").arg(pitch).arg(QLatin1String(extension)),
-                        music + u"%1 tone.%2"_s.arg(i++).arg(QLatin1String(extension)));
-        Environment environment = WindowRig::environment(folders, messages);
-        environment.processes = &processes;
-        environment.clock = &clock;
-        environment.wakeups = processes.wakeups();
-        EXPECT_EQ(open(environment, music), StartEnd::Running);
+            QFile::copy(QStringLiteral(KV_TEST_DATA_DIR "/sound/tone-%1.%2").arg(pitch).arg(kind), music + u"%1 tone.%2"_s.arg(i++).arg(kind));
+        EXPECT_EQ(open(environment(), music), StartEnd::Running);
         const int show[] = {ShowWav, ShowMp3, ShowOgg, ShowMpc};
-        const QStringList kinds = {u"wav"_s, u"mp3"_s, u"ogg"_s, u"mpc"_s};
-        toolbar(show[kinds.indexOf(QLatin1String(extension))])->trigger();
-    }
-    ~Hearing()
-    {
-        window.reset();
-        controller.reset();
+        toolbar(show[QStringList{u"wav"_s, u"mp3"_s, u"ogg"_s, u"mpc"_s}.indexOf(kind)])->trigger();
     }
 
-    // Presses a player button (or a toolbar command) and gives the recording position of that moment.
+    // Presses a player button and gives the recording position of that moment.
     std::int64_t press(int button)
     {
         const std::int64_t at = recorder.samplePosition();
         w<QToolButton>(u"imPlay_%1"_s.arg(button))->click();
         return at;
     }
-    void select(int row) const
+    // Selects the first row and presses Play.
+    std::int64_t playFromTheTop()
     {
         auto *list = w<QTreeView>("lstMain");
-        list->selectionModel()->setCurrentIndex(list->model()->index(row, 0),
-                                                QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+        list->selectionModel()->setCurrentIndex(list->model()->index(0, 0), QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+        return press(Player::Play);
     }
     // The files heard, one segment each: a sound cut off mid-block leaves a click of no pitch,
     // and a busy machine may drop a few blocks of a file; neither is a file of its own.
@@ -103,11 +78,8 @@ struct Hearing : WindowRig
             out.push_back(s.pitch);
         return out;
     }
-    // Waits until the player has been idle and the server silent for half a second.
-    std::optional<std::int64_t> waitForEnd(std::int64_t from, std::chrono::milliseconds timeout = 10s)
-    {
-        return recorder.waitForSilence(from, 500ms, timeout);
-    }
+    // The end of the first silence of half a second after `from`.
+    std::optional<std::int64_t> waitForEnd(std::int64_t from) { return recorder.waitForSilence(from, 500ms, 10s); }
 };
 
 void report(const char *what, double ms) { std::printf("%-40s %5.0f ms\n", what, ms); }
@@ -120,12 +92,11 @@ TEST(PlayerHearing, RowsPlayInListOrderWithShortGaps)
 {
     Hearing l("mp3", {440, 660, 990});
     ASSERT_EQ(l.recorder.error(), "");
-    l.select(0);
-    const std::int64_t pressed = l.press(Player::Play);
+    const std::int64_t pressed = l.playFromTheTop();
     const std::optional<std::int64_t> first = l.recorder.waitForSound(pressed, 3s);
     ASSERT_TRUE(first) << "nothing was heard";
     // After the first sound, silence that lasts means the list is over.
-    const std::optional<std::int64_t> end = l.recorder.waitForSilence(*first + l.recorder.samplesIn(2500ms), 500ms, 10s);
+    const std::optional<std::int64_t> end = l.waitForEnd(*first + l.recorder.samplesIn(2500ms));
     ASSERT_TRUE(end);
     const std::vector<SoundSegment> heard = l.filesHeard(pressed, *end);
     ASSERT_EQ(l.pitchesHeard(pressed, *end), (std::vector<int>{440, 660, 990})) << ::testing::PrintToString(heard);
@@ -147,36 +118,30 @@ TEST(PlayerHearing, NextPreviousStopAndARefill)
 {
     Hearing l("mp3", {440, 660, 990});
     ASSERT_EQ(l.recorder.error(), "");
-    l.select(0);
-    const std::int64_t start = l.press(Player::Play);
-    auto heardFor = [&](std::int64_t after, std::chrono::milliseconds hold) {
+    auto heard = [&](std::int64_t after) {
         const std::optional<std::int64_t> sound = l.recorder.waitForSound(after, 3s);
-        EXPECT_TRUE(sound && l.recorder.waitForPosition(*sound + l.recorder.samplesIn(hold), 3s));
+        EXPECT_TRUE(sound && l.recorder.waitForPosition(*sound + l.recorder.samplesIn(300ms), 3s));
+        return after;
     };
-    heardFor(start, 300ms);
-    const std::int64_t next = l.press(Player::Next);
-    heardFor(next, 300ms);
-    const std::int64_t previous = l.press(Player::Previous);
-    heardFor(previous, 300ms);
+    const std::int64_t start = heard(l.playFromTheTop());
+    const std::int64_t next = heard(l.press(Player::Next));
+    const std::int64_t previous = heard(l.press(Player::Previous));
     const std::int64_t stop = l.press(Player::Stop);
     const std::optional<std::int64_t> silent = l.waitForEnd(stop);
     ASSERT_TRUE(silent);
     EXPECT_EQ(l.pitchesHeard(start, next), std::vector<int>{440});
     EXPECT_EQ(l.pitchesHeard(next, previous), std::vector<int>{660});
     EXPECT_EQ(l.pitchesHeard(previous, stop), std::vector<int>{440});
-    const double stopToSilence = l.recorder.milliseconds(*silent - stop);
-    EXPECT_LE(stopToSilence, 100);
-    report("Stop to silence", stopToSilence);
+    EXPECT_LE(l.recorder.milliseconds(*silent - stop), 100);
+    report("Stop to silence", l.recorder.milliseconds(*silent - stop));
 
     // A refill (the kind shown again) stops it too.
-    l.select(1);
-    const std::int64_t again = l.press(Player::Play);
-    heardFor(again, 300ms);
+    const std::int64_t again = heard(l.playFromTheTop());
     const std::int64_t refill = l.recorder.samplePosition();
     l.toolbar(ShowMp3)->trigger();
     const std::optional<std::int64_t> quiet = l.waitForEnd(refill);
     ASSERT_TRUE(quiet);
-    EXPECT_EQ(l.pitchesHeard(again, refill), std::vector<int>{660});
+    EXPECT_EQ(l.pitchesHeard(again, refill), std::vector<int>{440});
     EXPECT_LE(l.recorder.milliseconds(*quiet - refill), 100);
     report("refill to silence", l.recorder.milliseconds(*quiet - refill));
 }
@@ -190,11 +155,10 @@ TEST(PlayerHearing, EveryKindPlaysThroughItsEntry)
         SCOPED_TRACE(k.extension);
         Hearing l(k.extension, {k.a, k.b});
         ASSERT_EQ(l.recorder.error(), "");
-        l.select(0);
-        const std::int64_t pressed = l.press(Player::Play);
+        const std::int64_t pressed = l.playFromTheTop();
         const std::optional<std::int64_t> first = l.recorder.waitForSound(pressed, 3s);
         ASSERT_TRUE(first);
-        const std::optional<std::int64_t> end = l.recorder.waitForSilence(*first + l.recorder.samplesIn(1500ms), 500ms, 10s);
+        const std::optional<std::int64_t> end = l.waitForEnd(*first + l.recorder.samplesIn(1500ms));
         ASSERT_TRUE(end);
         EXPECT_EQ(l.pitchesHeard(pressed, *end), (std::vector<int>{k.a, k.b}))
             << ::testing::PrintToString(l.recorder.timeline(pressed, *end)) << " pressed at " << l.recorder.seconds(pressed);

@@ -4,16 +4,23 @@
 // temporary folder, and the window's controls found by their object names.
 #include <gtest/gtest.h>
 
+#include <functional>
+
 #include <QAction>
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
+#include <QTest>
 
 #include "app/maincontroller.h"
+#include "engine/conversionrun.h"
 #include "gui/guiplatform.h"
 #include "gui/mainwindow.h"
+#include "platform/posix/posixclock.h"
 #include "platform/posix/posixfiles.h"
+#include "platform/posix/posixfolders.h"
 #include "platform/posix/posixinstancelock.h"
+#include "platform/posix/posixprocesses.h"
 #include "platform/volumes.h"
 
 namespace kv::test {
@@ -21,10 +28,9 @@ namespace kv::test {
 inline void write(const QString &path, const QByteArray &bytes)
 {
     QFile f(path);
-    f.open(QIODevice::WriteOnly);
-    f.write(bytes);
+    if (f.open(QIODevice::WriteOnly))
+        f.write(bytes);
 }
-
 inline QByteArray readAll(const QString &path)
 {
     QFile f(path);
@@ -42,8 +48,15 @@ inline void installCodecs(const QString &program, const QByteArray &script)
     }
 }
 
-// The temporary folder alone, plus drives plugged in during a test: the tree never wanders
-// over the machine.
+// Messages noted as "i text" or "c text" instead of shown.
+struct Recorder : Messages
+{
+    QStringList shown;
+    void information(const QString &t) override { shown.append(QStringLiteral("i ") + t); }
+    void critical(const QString &t) override { shown.append(QStringLiteral("c ") + t); }
+};
+
+// The temporary folder alone, plus drives plugged in during a test: the tree never wanders.
 struct OneDrive : Volumes
 {
     QString root;
@@ -56,8 +69,7 @@ struct OneDrive : Volumes
     }
 };
 
-// A program folder beside a music folder, on a drive of one temporary folder, and the window
-// of a controller started there.
+// A program folder on a drive of one temporary folder, and the window of a controller started there.
 struct WindowRig
 {
     QTemporaryDir dir;
@@ -68,7 +80,6 @@ struct WindowRig
     std::unique_ptr<PosixInstanceLock> lock;
     std::unique_ptr<MainController> controller;
     std::unique_ptr<MainWindow> window;
-
     WindowRig() { drive.root = dir.path(); }
 
     // What every start needs; a test adds the rest before open().
@@ -77,9 +88,7 @@ struct WindowRig
         window.reset();
         controller.reset();
         lock = std::make_unique<PosixInstanceLock>(program);
-        return Environment{files, folders, drive, *lock, messages, busy,
-                           headerReaders(files),
-                           [] { return 2; }, {}};
+        return Environment{files, folders, drive, *lock, messages, busy, headerReaders(files), [] { return 2; }, {}};
     }
     StartEnd open(const Environment &environment, const QString &folder, bool programFolderWritable = true)
     {
@@ -94,16 +103,50 @@ struct WindowRig
         return end;
     }
 
-    template <typename T = QWidget>
-    T *w(const QString &name) const
+    template <typename T = QWidget> T *w(const QString &name) const
     {
         T *found = window->findChild<T *>(name);
         EXPECT_NE(found, nullptr) << name.toStdString();
         return found;
     }
-    template <typename T = QWidget>
-    T *w(const char *name) const { return w<T>(QLatin1String(name)); }
+    template <typename T = QWidget> T *w(const char *name) const { return w<T>(QLatin1String(name)); }
     QAction *toolbar(int position) const { return w<QAction>(QStringLiteral("tbMain_%1").arg(position)); }
+    // Waits with the event loop running, as the window does.
+    static bool waitFor(const std::function<bool()> &done, int ms = 10000) { return QTest::qWaitFor(done, ms); }
+};
+
+// Free space that shrinks at every query, so a refreshed panel reads differently.
+struct ShrinkingFolders : PosixFolders
+{
+    std::int64_t clusters = 100000;
+    std::optional<FreeSpace> freeSpace(const QString &) override { return FreeSpace{clusters -= 1000, 8, 512}; }
+};
+
+// A rig whose Make and Play commands start real processes.
+struct ProcessRig : WindowRig
+{
+    ShrinkingFolders folders;
+    Recorder messages;
+    PosixProcesses processes;
+    PosixClock clock;
+
+    // No test leaves a codec behind; the window and controller go before the parts they use.
+    ~ProcessRig()
+    {
+        if (controller && controller->run())
+            for (int row = 0; row < static_cast<int>(controller->run()->jobs().size()); ++row)
+                controller->abortJob(row);
+        window.reset();
+        controller.reset();
+    }
+    Environment environment()
+    {
+        Environment e = WindowRig::environment(folders, messages);
+        e.processes = &processes;
+        e.clock = &clock;
+        e.wakeups = processes.wakeups();
+        return e;
+    }
 };
 
 } // namespace kv::test
