@@ -423,3 +423,21 @@ TEST(ConversionRun, AbortAfterStopEndsTheRunWhenTheLastRunningJobGoes)
         EXPECT_EQ(rig.commandLines.size(), 2u);
     }
 }
+
+// The window's test switches language mid-run for the statuses; the sizes and the finished line
+// already shown are relabelled here.
+TEST(ConversionRun, LanguageSwitchedDuringARunRelabelsSizesAndTheFinishedLine)
+{
+    Rig rig;
+    UiText shown = text;
+    rig.run.setText(shown);
+    rig.begin(3, 2);
+    rig.finish(1, 2048);
+    rig.run.tick();
+    const UiText before = shown;
+    shown = russianTexts();
+    rig.run.relabel(before);
+    EXPECT_EQ(rig.run.jobs()[0][EncodeJob::TargetSize], u"2"_s + shown.kbUnit);
+    EXPECT_EQ(rig.run.jobs()[2][EncodeJob::SourceSize], u"10"_s + shown.kbUnit);
+    EXPECT_EQ(rig.label(2), shown.finishedLabel + u"1"_s + shown.ofLabel + u"3"_s);
+}
