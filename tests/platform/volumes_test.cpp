@@ -50,6 +50,7 @@ TEST(Volumes, DriveImageAndTheDriveOfAPath)
 {
     const struct { const char *mount, *type; DriveKind kind; } kinds[] = {
         {"/", "ext4", DriveKind::Fixed}, {"/mnt/disk", "ext4", DriveKind::Removable}, {"/run/media/a/b", "exfat", DriveKind::Removable},
+        {"/media/usb", "vfat", DriveKind::Removable}, {"/media/cd", "iso9660", DriveKind::CdRom},
         {"/srv/dvd", "udf", DriveKind::CdRom}, {"/mediathek", "ext4", DriveKind::Fixed},
     };
     for (const auto &k : kinds)
