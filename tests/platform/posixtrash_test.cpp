@@ -1,15 +1,12 @@
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <ctime>
-#include <string>
-#include <vector>
 
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
-
-#include <csignal>
 
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -33,19 +30,15 @@ int modeOf(const QByteArray &path)
 
 bool exists(const QByteArray &path) { return modeOf(path) >= 0; }
 
-// The record's lines, with the deletion date checked against the time of the move and cut off.
-// The times come from time(), the clock the record is made from, so whole seconds compare.
+// The record's lines, its deletion date checked against time() around the move and cut off.
 std::string recordWithoutDate(const QByteArray &infoPath, std::time_t before, std::time_t after)
 {
-    const std::string text = readFile(infoPath);
-    const std::string key = "\nDeletionDate=";
+    const std::string text = readFile(infoPath), key = "\nDeletionDate=";
     const size_t at = text.find(key);
     if (at == std::string::npos)
         return text;
-    const QString date = QString::fromStdString(text.substr(at + key.size(), 19));
-    const QDateTime when = QDateTime::fromString(date, Qt::ISODate);
-    EXPECT_TRUE(when.isValid() && when.toSecsSinceEpoch() >= before && when.toSecsSinceEpoch() <= after)
-        << date.toStdString();
+    const QDateTime when = QDateTime::fromString(QString::fromStdString(text.substr(at + key.size(), 19)), Qt::ISODate);
+    EXPECT_TRUE(when.isValid() && when.toSecsSinceEpoch() >= before && when.toSecsSinceEpoch() <= after) << text;
     EXPECT_EQ(text.substr(at + key.size() + 19), "\n");
     return text.substr(0, at + 1);
 }
@@ -59,11 +52,7 @@ TEST(DesktopTrash, HomeTrashTakesTheFileWithItsRecordUnderAFreeName)
     const QByteArray home = root + "/data/Trash"; // missing, parents included
     const QByteArray longName = QByteArray(246, 'x') + ".wav";
     std::vector<QByteArray> leftForQt; // QTemporaryDir cannot remove names that are not UTF-8
-    const struct {
-        QByteArray name;
-        QByteArray trashName;
-        QByteArray encodedName;
-    } cases[] = {
+    const struct { QByteArray name, trashName, encodedName; } cases[] = {
         {"song.wav", "song.wav", "song.wav"},
         {"song.wav", "song.2.wav", "song.wav"},
         {"song.wav", "song.3.wav", "song.wav"},
@@ -113,13 +102,8 @@ TEST(DesktopTrash, HomeTrashTakesTheFileWithItsRecordUnderAFreeName)
 TEST(DesktopTrash, AVolumeTrashIsASharedStickyFolderOrOurOwn)
 {
     const QByteArray uid = QByteArray::number(::getuid());
-    const struct {
-        const char *what;
-        mode_t shared; // mode of a .Trash folder, 0 for none
-        bool sharedByLink;
-        bool ownByLink;
-        const char *trash; // below the top; nothing where none may be used
-    } cases[] = {
+    // shared: the mode of a .Trash folder, 0 for none; trash: below the top, null where none may be used.
+    const struct { const char *what; mode_t shared; bool sharedByLink, ownByLink; const char *trash; } cases[] = {
         {"nothing there", 0, false, false, ".Trash-"},
         {"sticky .Trash", 01777, false, false, ".Trash/"},
         {".Trash without the sticky bit", 0777, false, false, ".Trash-"},
@@ -143,9 +127,7 @@ TEST(DesktopTrash, AVolumeTrashIsASharedStickyFolderOrOurOwn)
         const std::optional<QByteArray> trash = volumeTrashFolder(top);
         const QByteArray expected = c.trash ? top + '/' + c.trash + uid : "<none>";
         EXPECT_EQ(trash.value_or("<none>").toStdString(), expected.toStdString()) << c.what;
-        if (c.trash) {
-            EXPECT_EQ(modeOf(expected), 0700) << c.what;
-        }
+        EXPECT_TRUE(!c.trash || modeOf(expected) == 0700) << c.what;
     }
 }
 
@@ -188,18 +170,13 @@ TEST(DesktopTrash, WhereNoTrashCanTakeTheFileItStays)
     QTemporaryDir dir;
     const QByteArray root = bytePath(dir);
     ::chmod(root.constData(), 0755);
-    const struct {
-        const char *what;
-        mode_t sourceFolder;
-        mode_t trashParent;
-    } cases[] = {
+    const struct { const char *what; mode_t sourceFolder, trashParent; } cases[] = {
         {"the file's folder may not be written", 0555, 0777},
         {"the trash may not be made", 0777, 0555},
     };
-    int index = 0;
     for (const auto &c : cases) {
-        const QByteArray source = root + "/source" + QByteArray::number(index);
-        const QByteArray parent = root + "/trash" + QByteArray::number(index++);
+        const QByteArray source = root + "/source" + QByteArray::number(c.trashParent);
+        const QByteArray parent = root + "/trash" + QByteArray::number(c.trashParent);
         ::mkdir(source.constData(), 0700);
         ::mkdir(parent.constData(), 0700);
         writeFile(source + "/old.mp3", "old");

@@ -49,10 +49,9 @@ TEST(Volumes, DriveListKeepsRealFileSystemsOnce)
 TEST(Volumes, DriveImageAndTheDriveOfAPath)
 {
     const struct { const char *mount, *type; DriveKind kind; } kinds[] = {
-        {"/", "ext4", DriveKind::Fixed},           {"/home", "xfs", DriveKind::Fixed},
-        {"/media/usb", "vfat", DriveKind::Removable}, {"/mnt/disk", "ext4", DriveKind::Removable},
-        {"/run/media/a/b", "exfat", DriveKind::Removable}, {"/media/cd", "iso9660", DriveKind::CdRom},
-        {"/srv/dvd", "udf", DriveKind::CdRom},     {"/mediathek", "ext4", DriveKind::Fixed},
+        {"/", "ext4", DriveKind::Fixed}, {"/mnt/disk", "ext4", DriveKind::Removable}, {"/run/media/a/b", "exfat", DriveKind::Removable},
+        {"/media/usb", "vfat", DriveKind::Removable}, {"/media/cd", "iso9660", DriveKind::CdRom},
+        {"/srv/dvd", "udf", DriveKind::CdRom}, {"/mediathek", "ext4", DriveKind::Fixed},
     };
     for (const auto &k : kinds)
         EXPECT_EQ(driveKind(Volume{QLatin1String(k.mount), QLatin1String(k.type)}), k.kind) << k.mount;

@@ -14,8 +14,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// A player over a list in /m/ whose clock and processes are the rig's own. A started process
-// runs until the test ends it or the player kills it.
+// A player over a list in /m/; a started process runs until the test ends it or the player kills it.
 struct Rig : Clock, Processes
 {
     double now = 36000;
@@ -91,6 +90,12 @@ struct Rig : Clock, Processes
         const QString c = started.empty() ? QString() : started.back().first;
         return c.mid(c.lastIndexOf(u'/') + 1).chopped(1);
     }
+    // Nothing plays: no timer, title, time, bar or bold row.
+    bool cleared() const
+    {
+        const PlayerDisplay &d = player.display();
+        return !d.timerEnabled && d.lblPlay.isEmpty() && d.lblPlayTime == u"0:00:00"_s && d.progressValue == 0 && boldRows().empty();
+    }
 };
 
 TEST(PlayerCommand, DecoderTableAndExactCommandLines)
@@ -154,11 +159,7 @@ TEST(Player, DecodedRowsPlayInTurnToTheEndOfTheList)
     rig.run(0.1);
     EXPECT_EQ(rig.started.size(), 3u);
     EXPECT_EQ(rig.released, (std::vector<ProcessHandle>{1, 2})) << "a decoder's record goes when the next row starts";
-    EXPECT_FALSE(rig.player.display().timerEnabled);
-    EXPECT_TRUE(rig.boldRows().empty());
-    EXPECT_EQ(rig.player.display().lblPlay, QString());
-    EXPECT_EQ(rig.player.display().lblPlayTime, u"0:00:00"_s);
-    EXPECT_EQ(rig.player.display().progressValue, 0);
+    EXPECT_TRUE(rig.cleared());
 }
 
 // WAV rows go to the system's player at once and end by the clock against their listed duration;
@@ -242,11 +243,7 @@ TEST(Player, PreviousNextAndStop)
     rig.run(1.2);
     rig.player.click(Player::Stop);
     EXPECT_EQ(rig.killed.back(), 4);
-    EXPECT_FALSE(rig.player.display().timerEnabled);
-    EXPECT_EQ(rig.player.display().lblPlay, QString());
-    EXPECT_EQ(rig.player.display().lblPlayTime, u"0:00:00"_s);
-    EXPECT_EQ(rig.player.display().progressValue, 0);
-    EXPECT_TRUE(rig.boldRows().empty());
+    EXPECT_TRUE(rig.cleared());
     rig.run(1);
     EXPECT_EQ(rig.started.size(), 4u);
 
@@ -270,8 +267,7 @@ TEST(Player, FailuresLeaveTheDesignedState)
         rig.player.click(Player::Play); // no row selected
         rig.run(0.3);
         EXPECT_TRUE(rig.started.empty()) << pattern;
-        EXPECT_FALSE(rig.player.display().timerEnabled) << pattern;
-        EXPECT_TRUE(rig.boldRows().empty()) << pattern;
+        EXPECT_TRUE(rig.cleared()) << pattern;
     }
 
     Rig empty(u"*.mp3"_s, {});
