@@ -149,6 +149,8 @@ TEST(Readers, EncodedFixtures)
         {Mp3, "mp3", "mpeg2-24k.mp3", row({"mpeg2-24k.mp3", "4", "0:00:01", "64", "24000", "Joint Stereo"})},
         {Mp3, "mp3", "mpeg25-8k.mp3", row({"mpeg25-8k.mp3", "1", "0:00:01", "16", "8000", "Joint Stereo"})},
         {Mp3, "mp3", "mono.mp3", row({"mono.mp3", "4", "0:00:01", "64", "44100", "Mono "})},
+        // Stereo frames whose fourth byte is 0x04 read as joint stereo: the byte below 16 rule.
+        {Mp3, "mp3", "cbr320-stereo.mp3", row({"cbr320-stereo.mp3", "18", "0:00:00", "320", "44100", "Joint Stereo"})},
         // 66,150 samples: 1.5 s, a tie that goes to 2.
         {Mpc, "mpc", "stereo-44100.mpc", row({"stereo-44100.mpc", "7", "0:00:02", "~38", "44100", "2"})},
         {Mpc, "mpc", "mono-48000.mpc", row({"mono-48000.mpc", "4", "0:00:01", "~47", "48000", "1"})},
