@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <map>
 #include <set>
 
@@ -279,7 +280,14 @@ TEST(WindowLayout, ControlsCarryTheirNamesAndModelsPassTheTester)
     EXPECT_TRUE(s.w("cmbPreset")->hasFocus());
     QTest::keyClick(s.window.get(), Qt::Key_M, Qt::AltModifier);
     EXPECT_TRUE(s.w("cmbMode")->hasFocus());
+    // Descriptions are told in the language shown too.
+    auto describedInRussian = [&](const char *name) {
+        const QString d = QAccessible::queryAccessibleInterface(s.w(name))->text(QAccessible::Description);
+        return std::any_of(d.begin(), d.end(), [](QChar ch) { return ch.unicode() >= 0x400 && ch.unicode() < 0x500; });
+    };
+    EXPECT_FALSE(describedInRussian("tvMain") || describedInRussian("tbMain_1"));
     s.language()->click();
+    EXPECT_TRUE(describedInRussian("tvMain") && describedInRussian("tbMain_1"));
     for (const auto &c : captions)
         EXPECT_EQ(captionOf(c.name), QString::fromUtf8(c.russian)) << c.name;
     EXPECT_EQ(named("tvMain"), u"Папки"_s);
