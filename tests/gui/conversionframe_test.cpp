@@ -355,6 +355,18 @@ TEST(ConversionFrame, AbortThisJobKillsAHungCodecAndEndsTheRun)
     EXPECT_EQ(s.beeps, 1);
 }
 
+// The listed folder removed during a run: every job ends "Error" and the window goes on.
+TEST(ConversionFrame, AListedFolderRemovedDuringARunGivesErrorRows)
+{
+    Session s({u"slow1.wav"_s, u"slow2.wav"_s, u"slow3.wav"_s, u"slow4.wav"_s});
+    s.start();
+    s.makeAll(MakeMp3);
+    ASSERT_TRUE(s.waitFor([&] { return s.statusOf(0, u"In Progress"_s); }));
+    QDir(s.music).removeRecursively();
+    ASSERT_TRUE(s.waitFor([&] { return s.settled(); }));
+    EXPECT_EQ(s.rows().join(u'|'), u"slow1.wav Error|slow2.wav Error|slow3.wav Error|slow4.wav Error"_s);
+}
+
 // x.wav and x.WAV would both make x.mp3: the later one is left out, and the pane says so.
 TEST(ConversionFrame, SourcesLeftOutForASharedTargetAreShownInThePane)
 {
