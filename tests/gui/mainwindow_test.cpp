@@ -369,6 +369,8 @@ TEST(WindowTree, ExpandCollapseClickImagesAndFaults)
     s.toolbar(ShowWav)->trigger();
     Q_EMIT drives->activated(1);
     ASSERT_EQ(s.children({}), QStringList{stick});
+    ASSERT_EQ(s.drivesListed(), 2); // read again, the list shows the drive the tree shows
+    EXPECT_EQ(drives->currentIndex(), 1);
     const QModelIndex album = model->index(0, 0, model->index(0, 0));
     s.click(album);
     ASSERT_EQ(s.list()->rowCount(), 1);
