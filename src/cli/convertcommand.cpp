@@ -143,24 +143,14 @@ private:
         return line;
     }
 
-    // Jobs start in list order and a started job's status is never empty, so only those from the
-    // first unended one up to the first waiting one are counted: a terminal's redraw at every
-    // tick no longer walks the whole list (a run where every job fails never shows an estimate).
     double endedShare() const
     {
-        const auto &jobs = m_run.jobs();
-        const auto ended = [](const EncodeJob &j) { return !j[EncodeJob::Time].isEmpty(); };
-        while (m_allEndedBefore < jobs.size() && ended(jobs[m_allEndedBefore]))
-            ++m_allEndedBefore;
-        size_t count = m_allEndedBefore;
-        for (size_t i = m_allEndedBefore; i < jobs.size() && !jobs[i][EncodeJob::Status].isEmpty(); ++i)
-            count += ended(jobs[i]) ? 1 : 0;
-        return jobs.empty() ? 0.0 : double(count) / double(jobs.size());
+        const size_t jobs = m_run.jobs().size();
+        return jobs == 0 ? 0.0 : double(m_run.endedJobs()) / double(jobs);
     }
 
     const ConversionRun &m_run;
     bool m_terminal;
-    mutable size_t m_allEndedBefore = 0;
     QString m_lastLine;
     QString m_lastFinished;
 };

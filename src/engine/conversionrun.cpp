@@ -57,6 +57,7 @@ bool ConversionRun::PrepareJobs(bool allFiles, int cbrIndex, int processorCount)
         m_finished.clear();
         m_settled = {};
         m_launched = 0;
+        m_ended = 0;
         m_leftOut.clear();
         std::map<QString, QString> targets; // target path -> the job's name that writes it
         for (const FileRow &row : list.rows) {
@@ -184,6 +185,7 @@ void ConversionRun::complete(SlotState &slot, int slotIndex)
             job.reason = QStringLiteral("target of %1 bytes, under 1 KB").arg(*written);
     }
     job[EncodeJob::Time] = durationText(elapsedSeconds(nowSeconds(), slot.start));
+    ++m_ended;
     // The size decides the status as it always has; a failing codec is told all the same (a full
     // disk leaves part of a target, a read-only folder leaves the old one).
     if (const std::optional<ProcessEnd> end = m_context.processes.endOf(slot.handle); end && end->failed())
@@ -426,6 +428,7 @@ void ConversionRun::killJob(SlotState &slot, int slotIndex, EncodeJob &job, cons
         jobPaths(m_context.list.currentFolder, job[EncodeJob::Name], m_context.parameters.targetExtension).target);
     job[EncodeJob::Status] = status;
     job[EncodeJob::Time] = durationText(elapsedSeconds(nowSeconds(), slot.start));
+    ++m_ended;
     job.bold = true;
     m_display.indicators.at(static_cast<size_t>(slotIndex)) = Activity::Idle;
 }

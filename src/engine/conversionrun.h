@@ -120,6 +120,8 @@ public:
     bool abortJob(int row);
 
     const std::vector<EncodeJob> &jobs() const { return m_jobs; }
+    // Jobs whose codec has ended, however: done, failed or killed.
+    size_t endedJobs() const { return m_ended; }
     // The sources the last PrepareJobs left out, in list order.
     const std::vector<LeftOutSource> &leftOut() const { return m_leftOut; }
     const RunState &state() const { return m_state; }
@@ -164,6 +166,7 @@ private:
     // Jobs start in list order: the rows above this one have been launched, the rest wait or
     // were broken off.
     size_t m_launched = 0;
+    size_t m_ended = 0;
     std::vector<LeftOutSource> m_leftOut;
     RunState m_state;
     RunDisplay m_display;
