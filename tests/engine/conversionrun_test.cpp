@@ -425,20 +425,33 @@ TEST(ConversionRun, AbortAfterStopEndsTheRunWhenTheLastRunningJobGoes)
     }
 }
 
-// The window's test switches language mid-run for the statuses; the sizes and the finished line
-// already shown are relabelled here.
-TEST(ConversionRun, LanguageSwitchedDuringARunRelabelsSizesAndTheFinishedLine)
+// Relabelled mid-run, every status, size and the finished line read as in a run that was in the
+// new language from the start.
+TEST(ConversionRun, LanguageSwitchedDuringARunReadsAsARunStartedInIt)
 {
+    auto play = [](Rig &rig) {
+        rig.begin(7, 2);
+        rig.finish(1, 2048);
+        rig.finish(2, 0);
+        rig.failLaunches = true;
+        rig.run.tick();
+        rig.failLaunches = false;
+        rig.run.tick();
+        rig.run.stop();
+        rig.run.abortRunning();
+    };
+    Rig russian;
+    russian.run.setText(russianTexts());
+    play(russian);
+
     Rig rig;
     UiText shown = text;
     rig.run.setText(shown);
-    rig.begin(3, 2);
-    rig.finish(1, 2048);
-    rig.run.tick();
+    play(rig);
+    ASSERT_EQ(rig.statuses(), u"DeRRkkb"_s); // every word a job can end with
     const UiText before = shown;
     shown = russianTexts();
     rig.run.relabel(before);
-    EXPECT_EQ(rig.run.jobs()[0][EncodeJob::TargetSize], u"2"_s + shown.kbUnit);
-    EXPECT_EQ(rig.run.jobs()[2][EncodeJob::SourceSize], u"10"_s + shown.kbUnit);
-    EXPECT_EQ(rig.label(2), shown.finishedLabel + u"1"_s + shown.ofLabel + u"3"_s);
+    EXPECT_EQ(rig.run.jobs(), russian.run.jobs());
+    EXPECT_EQ(rig.label(2), russian.label(2));
 }

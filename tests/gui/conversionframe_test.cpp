@@ -38,7 +38,7 @@ fail*) echo "cannot read $src" >&2; exit 1 ;;
 crash*) kill -SEGV $$ ;;
 empty*) : > "$dst"; exit 0 ;;
 hang*) head -c 3000 /dev/zero > "$dst"; exec sleep 30 ;;
-flood*) head -c 3000000 /dev/zero | tr '\000' x >&2; echo; echo "last words" >&2; head -c 4096 /dev/zero > "$dst"; exit 2 ;;
+flood*) head -c 3000000 /dev/zero | tr '\000' x >&2; seq 1 20 >&2; echo "last words" >&2; head -c 4096 /dev/zero > "$dst"; exit 2 ;;
 slow*) sleep 0.6 ;;
 esac
 sleep 0.05
@@ -302,9 +302,12 @@ TEST(ConversionFrame, FailedJobsTellWhyInTheirTooltipAndTheDetailsPane)
         EXPECT_TRUE(tips[row].contains.isEmpty() ? tip.isEmpty() : tip.contains(tips[row].contains)) << row;
         EXPECT_EQ(s.jobs()->model()->index(row, 0).data(Qt::DecorationRole).isValid(), tips[row].warning) << row;
     }
-    // Megabytes of error output leave only their end.
-    EXPECT_TRUE(s.cell(3, 0, Qt::ToolTipRole).endsWith(u"last words"_s));
-    for (const QString &line : s.cell(3, 0, Qt::ToolTipRole).split(u'\n'))
+    // Megabytes of error output leave ten lines: the first two, a mark, and the last seven.
+    const QStringList flood = s.cell(3, 0, Qt::ToolTipRole).split(u'\n');
+    ASSERT_EQ(flood.size(), 10);
+    EXPECT_EQ(flood[2], u"…"_s);
+    EXPECT_EQ(flood.mid(3).join(u' '), u"15 16 17 18 19 20 last words"_s);
+    for (const QString &line : flood)
         EXPECT_LE(line.size(), 161);
 
     auto *pane = s.w<QPlainTextEdit>("txtDetails");

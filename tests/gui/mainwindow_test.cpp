@@ -524,6 +524,13 @@ TEST(WindowCommands, ShowEnablingStatisticsAndLanguage)
     QTest::keyClick(s.w("lstMain"), Qt::Key_Space);
     EXPECT_EQ(list->index(0, 0).data(Qt::CheckStateRole).value<Qt::CheckState>(), Qt::Checked);
     EXPECT_EQ(s.label("lblInfo_3"), u"1"_s);
+
+    // The mode lists are rewritten entry by entry: every entry follows the language.
+    const UiText &russian = russianTexts();
+    for (const auto &[combo, modes] : {std::pair{"cmbMode", russian.mp3Modes.data()}, {"cmbModeOgg", russian.oggModes.data()},
+                                       {"cmbModeMpc", russian.mpcModes.data()}})
+        for (int i = 0; i < s.w<QComboBox>(combo)->count(); ++i)
+            EXPECT_EQ(s.w<QComboBox>(combo)->itemText(i), modes[i]) << combo;
 }
 
 TEST(WindowConfiguration, SavedAtCloseRestoredAtTheNextStartAndRefusedWhileConverting)
