@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <csignal>
+#include <thread>
 
 #include <QDir>
 #include <QFile>
@@ -9,6 +10,7 @@
 
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include "platform/posix/posixprocesses.h"
@@ -109,6 +111,44 @@ TEST(PosixProcesses, ChildGetsEmptyEnvironmentNullInputOwnGroupNoInheritedDescri
     EXPECT_TRUE(QFile::symLinkTarget(proc + u"/fd/2"_s).contains(u"pipe:"_s)); // kept for a failure report
     EXPECT_EQ(readProc(proc + u"/stat"_s).split(' ').value(4), pid.toUtf8()); // group of its own
     p.kill(*h);
+}
+
+// The thread that reaps and starts codecs runs with a short slice and the user's nice; the codecs
+// it starts get the ordinary slice and that nice. (A kernel without per-task slices shows none.)
+TEST(PosixProcesses, APromptReaperStartsCodecsWithTheOrdinarySliceAndItsNice)
+{
+    auto slice = [](const QString &task) {
+        for (const QByteArray &line : readProc(task + u"/sched"_s).split('\n'))
+            if (line.startsWith("se.slice"))
+                return line.mid(line.indexOf(':') + 1).trimmed().toLongLong();
+        return -1LL;
+    };
+    auto nice = [](const QString &task) {
+        const QByteArray stat = readProc(task + u"/stat"_s);
+        return stat.mid(stat.lastIndexOf(')') + 2).split(' ').value(16).toInt();
+    };
+    const long long ordinary = slice(u"/proc/self"_s);
+    std::thread reaper([&] {
+        const QString self = u"/proc/%1/task/%2"_s.arg(::getpid()).arg(::gettid());
+        ASSERT_EQ(::setpriority(PRIO_PROCESS, static_cast<id_t>(::gettid()), 3), 0);
+        PosixProcesses::preferPromptWakeups();
+        PosixProcesses p;
+        const auto h = p.start(u"\"/bin/sleep\" 30"_s, ChildEnvironment::Empty);
+        ASSERT_TRUE(h.has_value());
+        QString child;
+        for (int i = 0; i < 2000 && !QFile::symLinkTarget(u"/proc/"_s + child + u"/exe"_s).endsWith(u"sleep"_s); ++i) {
+            QThread::msleep(1);
+            child = QString::fromLatin1(readProc(self + u"/children"_s).trimmed());
+        }
+        EXPECT_EQ(nice(self), 3);
+        EXPECT_EQ(nice(u"/proc/"_s + child), 3);
+        if (ordinary > 0) {
+            EXPECT_EQ(slice(self), 100000);
+            EXPECT_EQ(slice(u"/proc/"_s + child), ordinary);
+        }
+        p.kill(*h);
+    });
+    reaper.join();
 }
 
 TEST(PosixProcesses, PollKillWholeGroupAndFailedStart)

@@ -1,13 +1,17 @@
 #include "platform/posix/posixprocesses.h"
 
 #include <cerrno>
+#include <cstdint>
 #include <csignal>
 #include <cstring>
 #include <vector>
 
 #include <fcntl.h>
+#include <sched.h>
 #include <spawn.h>
 #include <sys/epoll.h>
+#include <sys/resource.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -190,6 +194,30 @@ std::optional<ProcessHandle> PosixProcesses::start(const QString &commandLine, C
     event.data.u64 = static_cast<std::uint64_t>(handle);
     ::epoll_ctl(m_outputEvents, EPOLL_CTL_ADD, child.errorPipe, &event);
     return handle;
+}
+
+void PosixProcesses::preferPromptWakeups()
+{
+    // The kernel's layout of sched_setattr's argument; its header clashes with glibc's sched.h.
+    struct
+    {
+        std::uint32_t size, policy;
+        std::uint64_t flags;
+        std::int32_t nice;
+        std::uint32_t priority;
+        std::uint64_t runtime, deadline, period;
+    } attr{};
+    constexpr std::uint64_t resetOnFork = 0x01;
+    errno = 0;
+    const int nice = ::getpriority(PRIO_PROCESS, 0);
+    if (errno != 0)
+        return;
+    attr.size = sizeof attr;
+    attr.policy = SCHED_OTHER;
+    attr.flags = resetOnFork;
+    attr.nice = nice; // a user's nice stays
+    attr.runtime = 100'000; // 0.1 ms, the shortest the kernel grants
+    ::syscall(SYS_sched_setattr, 0, &attr, 0);
 }
 
 void PosixProcesses::readErrors(Child &child)
