@@ -44,6 +44,7 @@ struct RealEnvironment
                                                     : std::function<int()>([this] { return processes.processorCount(); }),
                                      {}, &processes, &clock, [] {}, processes.wakeups()})
     {
+        kv::PosixProcesses::preferPromptWakeups(); // as the program does
     }
 
     kv::PosixFiles files;

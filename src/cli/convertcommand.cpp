@@ -244,6 +244,7 @@ int runConvert(const QStringList &args)
 
     PosixClock clock;
     PosixProcesses processes;
+    PosixProcesses::preferPromptWakeups();
     const bool bell = isTerminal(2);
     ConversionRun run(ConversionContext{clock, processes, files, parameters, list, program,
                                         [bell] {

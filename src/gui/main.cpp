@@ -73,6 +73,7 @@ int main(int argc, char **argv)
     kv::PosixVolumes volumes;
     kv::PosixInstanceLock lock(programFolder);
     kv::PosixProcesses processes;
+    kv::PosixProcesses::preferPromptWakeups(); // this thread reaps and starts the codecs
     kv::PosixClock clock;
     kv::GuiMessages messages;
     kv::GuiBusyCursor busy;
