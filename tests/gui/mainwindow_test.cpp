@@ -203,6 +203,8 @@ TEST(WindowLayout, NoTwoVisibleControlsOverlap)
             }
         }
     }
+    // The folder tree starts right under its frame: no column header above the folders.
+    EXPECT_EQ(s.tree()->viewport()->y(), s.tree()->frameWidth());
 }
 
 TEST(WindowLayout, ControlsCarryTheirNamesAndModelsPassTheTester)
