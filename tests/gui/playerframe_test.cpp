@@ -124,10 +124,11 @@ TEST(PlayerFrame, RowsPlayInTurnFromTheSelectedOne)
     EXPECT_FALSE(s.timerOn()) << "an idle player has no timer running";
     // Each row whose look changes is announced to the view, which repaints it.
     std::set<int> repainted;
-    QObject::connect(s.list()->model(), &QAbstractItemModel::dataChanged, s.list(), [&](const QModelIndex &from, const QModelIndex &to) {
-        for (int r = from.row(); r <= to.row(); ++r)
-            repainted.insert(r);
-    });
+    QObject::connect(s.list()->model(), &QAbstractItemModel::dataChanged, s.list(),
+                     [&](const QModelIndex &from, const QModelIndex &to, const QList<int> &roles) {
+                         for (int r = from.row(); r <= to.row() && roles.contains(Qt::FontRole); ++r)
+                             repainted.insert(r);
+                     });
     s.select(1);
     s.button(Player::Play)->click();
     ASSERT_TRUE(s.waitPlayed(1));
@@ -143,8 +144,8 @@ TEST(PlayerFrame, RowsPlayInTurnFromTheSelectedOne)
     EXPECT_EQ(s.time(), u"0:00:00"_s);
     EXPECT_TRUE(s.boldRows().empty());
     EXPECT_EQ(s.played().size(), 3);
-    for (int row : {1, 2, 3})
-        EXPECT_TRUE(repainted.count(row)) << row;
+    EXPECT_TRUE(repainted.count(1) && repainted.count(2) && repainted.count(3));
+    EXPECT_TRUE(*repainted.begin() >= 0 && *repainted.rbegin() < s.list()->model()->rowCount()) << "only rows that exist";
 }
 
 // A decoder's end starts the next row by itself, not at the timer's next tick; each row that

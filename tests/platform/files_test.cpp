@@ -122,6 +122,7 @@ TEST(PosixFiles, FifosAndDevicesAreRefusedWithoutWaiting)
         {"open", [&](const QString &path) { return files.open(path) == nullptr; }},
         {"readAll", [&](const QString &path) { return !files.readAll(path).has_value(); }},
         {"writeAtStart", [&](const QString &path) { return !files.writeAtStart(path, "record"); }},
+        {"fileSize", [&](const QString &path) { return !files.fileSize(path).has_value(); }},
     };
     for (const auto &c : calls) {
         const QByteArray fifo = root + c.call + ".fifo";
@@ -147,4 +148,5 @@ TEST(PosixFiles, FifosAndDevicesAreRefusedWithoutWaiting)
     for (const auto &c : calls)
         EXPECT_TRUE(c.refused(QFile::decodeName(root + "null.cfg"))) << c.call;
     EXPECT_TRUE(calls[0].refused(QFile::decodeName(root + "zero.wav")));
+    EXPECT_FALSE(files.fileSize(QFile::decodeName(root)).has_value()) << "a folder has no file size";
 }
