@@ -207,9 +207,11 @@ TEST(WindowLayout, NoTwoVisibleControlsOverlap)
     s.language()->click();
     s.window->resize(s.window->minimumSize());
     QApplication::processEvents();
-    for (QAction *a : s.window->findChild<QToolBar *>()->actions())
-        if (QWidget *button = s.window->findChild<QToolBar *>()->widgetForAction(a); button && !a->isSeparator())
+    for (QAction *a : s.window->findChild<QToolBar *>()->actions()) {
+        if (QWidget *button = s.window->findChild<QToolBar *>()->widgetForAction(a); button && !a->isSeparator()) {
             EXPECT_EQ(button->accessibleName(), a->text());
+        }
+    }
     // The folder tree starts right under its frame: no column header above the folders.
     EXPECT_EQ(s.tree()->viewport()->y(), s.tree()->frameWidth());
 }
