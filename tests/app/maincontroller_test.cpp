@@ -128,4 +128,8 @@ TEST(MainWindowState, SavedAtCloseAndRestoredWithTheLanguageSwitchedFromTheStatu
     EXPECT_EQ(c->fileList().currentFolder, u"/music/rock/"_s);
     c->statusPanelClick(8);
     EXPECT_EQ(m.opened, QStringList{u"/opt/kv/help/rus/index.htm"_s});
+    c->statusPanelClick(7); // and back to English, which is kept as well
+    EXPECT_TRUE(c->closeRequested(false));
+    c.reset();
+    EXPECT_EQ(m.start()->ui().status.panel(7), u"English"_s);
 }

@@ -242,6 +242,12 @@ TEST(PlayerFrame, EnterAndDoubleClickPlayTheRow)
     ASSERT_TRUE(s.waitPlayed(2));
     EXPECT_EQ(s.played().back(), mp3("long2.mp3"));
     EXPECT_EQ(s.boldRows(), std::vector<int>{1});
+    // With several rows selected, Play starts from the topmost of them.
+    s.select(2);
+    QTest::mouseClick(s.list()->viewport(), Qt::LeftButton, Qt::ControlModifier, s.list()->visualRect(s.list()->model()->index(0, 1)).center());
+    s.button(Player::Play)->click();
+    ASSERT_TRUE(s.waitPlayed(3));
+    EXPECT_EQ(s.played().back(), mp3("long1.mp3"));
 }
 
 // A decoder that fails ends its row and the list moves on; one that cannot start says so and
