@@ -27,6 +27,7 @@ TEST(Checked, EveryStoreIsRangeChecked)
 {
     EXPECT_EQ((Int16(32767) + Int16(-32768)).value(), -1);
     EXPECT_EQ(Int16::fromReal(32766.5).value(), 32766);
+    EXPECT_EQ(Int16::fromReal(-32768.5).value(), -32768); // the least value is in range
     const std::function<void()> failures[] = {
         [] { (void)(Int16(32767) + Int16(1)); }, [] { Int16(-32769); },
         [] { Byte(256); },                    [] { Byte(-1); },

@@ -219,6 +219,7 @@ TEST(WindowLayout, NoTwoVisibleControlsOverlap)
 TEST(WindowLayout, ControlsCarryTheirNamesAndModelsPassTheTester)
 {
     Session s;
+    QDir().mkpath(s.at("rock/old/new/deeper"));
     ASSERT_EQ(s.start(s.at("rock")), StartEnd::Running);
     for (const char *name : {"drvMain", "tvMain", "lstMain", "tbMain", "TabOpt", "frEncOpt_0", "frEncOpt_1", "frEncOpt_2",
                              "cmbMode", "cmbPreset", "sliAbr", "lblAbr", "cmbCbr", "txtCmd", "cmbModeOgg", "sliPresetOgg",
@@ -247,6 +248,7 @@ TEST(WindowLayout, ControlsCarryTheirNamesAndModelsPassTheTester)
     QAbstractItemModelTester treeTester(s.tree()->model(), QAbstractItemModelTester::FailureReportingMode::Fatal);
     s.toolbar(ShowMp3)->trigger();
     s.tree()->expand(s.node(s.music));
+    s.tree()->expand(s.node("rock/old")); // lists deeper under new: rows inserted
     s.click(s.node("jazz"));
     s.tree()->collapse(s.node(s.music));
 

@@ -296,10 +296,13 @@ TEST(PlayerFrame, KeyboardUsersTabFromTheListThroughTheButtonsInOrder)
     ASSERT_TRUE(QTest::qWaitForWindowActive(s.window.get()));
     QTest::keyClick(s.window.get(), Qt::Key_L, Qt::AltModifier);
     ASSERT_EQ(QApplication::focusWidget(), s.list());
+    std::set<QString> keysShown; // the key in parentheses at the end of each tooltip
     for (int i = 0; i < 4; ++i) {
         QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
         EXPECT_EQ(QApplication::focusWidget(), s.button(i)) << i;
+        keysShown.insert(s.button(i)->toolTip().section(u'(', -1));
     }
+    EXPECT_EQ(keysShown.size(), 4u) << "each button's tooltip names its own key";
     s.select(1);
     QTest::keyClick(s.window.get(), Qt::Key_L, Qt::AltModifier);
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
