@@ -56,12 +56,12 @@ QByteArray readProc(const QString &path)
     return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
 }
 
-// The pid of our only child once it runs the named program: read too early, /proc shows this
-// test's own image and environment.
-QString childRunning(const char *program)
+// The pid of the only child of a thread of ours (the main one by default) once it runs the named
+// program: read too early, /proc shows this test's own image and environment.
+QString childRunning(const char *program, pid_t thread = ::getpid())
 {
     for (int i = 0; i < 2000; ++i) {
-        const QString pid = QString::fromLatin1(readProc(u"/proc/%1/task/%1/children"_s.arg(::getpid())).trimmed());
+        const QString pid = QString::fromLatin1(readProc(u"/proc/%1/task/%2/children"_s.arg(::getpid()).arg(thread)).trimmed());
         if (!pid.isEmpty() && QFile::symLinkTarget(u"/proc/"_s + pid + u"/exe"_s).endsWith(QLatin1String(program)))
             return pid;
         QThread::msleep(1);
@@ -140,11 +140,8 @@ TEST(PosixProcesses, APromptReaperStartsCodecsWithTheOrdinarySliceAndItsNice)
         PosixProcesses p;
         const auto h = p.start(u"\"/bin/sleep\" 30"_s, ChildEnvironment::Empty);
         ASSERT_TRUE(h.has_value());
-        QString child;
-        for (int i = 0; i < 2000 && !QFile::symLinkTarget(u"/proc/"_s + child + u"/exe"_s).endsWith(u"sleep"_s); ++i) {
-            QThread::msleep(1);
-            child = QString::fromLatin1(readProc(self + u"/children"_s).trimmed());
-        }
+        const QString child = childRunning("sleep", ::gettid());
+        ASSERT_FALSE(child.isEmpty());
         EXPECT_EQ(nice(self), 3);
         EXPECT_EQ(nice(u"/proc/"_s + child), 3);
         if (slices) {
