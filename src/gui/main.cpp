@@ -1,6 +1,5 @@
 // kestrelvane: the window. Start-up runs in the controller's order before the window is shown.
 
-#include <algorithm>
 #include <cstdio>
 
 #include <QApplication>
@@ -92,9 +91,7 @@ int main(int argc, char **argv)
     if (!parser.positionalArguments().isEmpty()) {
         // A file given (a desktop's %f can be one) opens the folder that holds it.
         const QString given = kv::absolutePath(parser.positionalArguments().first());
-        options.folder = given;
-        if (kv::pathKind(given) == kv::PathKind::Other)
-            options.folder = given.left(std::max<qsizetype>(given.lastIndexOf(QLatin1Char('/')), 1));
+        options.folder = kv::folderToOpen(given, kv::pathKind(given));
     }
 
     switch (controller.Main(options)) {

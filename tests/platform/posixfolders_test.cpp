@@ -129,4 +129,10 @@ TEST(PosixPaths, KindsAndAbsolutePaths)
     EXPECT_EQ(absolutePath(QStringLiteral("/x//y/.")), QStringLiteral("/x/y"));
     ASSERT_EQ(::chdir(saved), 0);
     removeTree(dir);
+
+    // A file given on the command line opens the folder that holds it, the root included.
+    EXPECT_EQ(folderToOpen(QStringLiteral("/a.mp3"), PathKind::Other), QStringLiteral("/"));
+    EXPECT_EQ(folderToOpen(QStringLiteral("/m/a.mp3"), PathKind::Other), QStringLiteral("/m"));
+    EXPECT_EQ(folderToOpen(QStringLiteral("/m/gone"), PathKind::Missing), QStringLiteral("/m/gone"));
+    EXPECT_EQ(folderToOpen(QStringLiteral("/m"), PathKind::Folder), QStringLiteral("/m"));
 }

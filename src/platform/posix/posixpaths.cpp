@@ -1,5 +1,6 @@
 #include "platform/posix/posixpaths.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <vector>
 
@@ -38,6 +39,13 @@ QString absolutePath(const QString &path)
         buffer.resize(buffer.size() * 2);
     }
     return QDir::cleanPath(nameFromBytes(buffer.data()) + QLatin1Char('/') + path);
+}
+
+QString folderToOpen(const QString &absolute, PathKind kind)
+{
+    if (kind != PathKind::Other)
+        return absolute;
+    return absolute.left(std::max<qsizetype>(absolute.lastIndexOf(QLatin1Char('/')), 1));
 }
 
 QString executableFolder()
