@@ -107,9 +107,14 @@ QVariant JobListModel::data(const QModelIndex &index, int role) const
 
 QVariant JobListModel::headerData(int section, Qt::Orientation orientation, int role) const
 {
-    if (orientation != Qt::Horizontal || role != Qt::DisplayRole || section < 0 || section >= EncodeJob::ColumnCount)
+    if (orientation != Qt::Horizontal || section < 0 || section >= EncodeJob::ColumnCount)
         return {};
-    return m_controller.text().jobColumns.at(static_cast<size_t>(section));
+    if (role == Qt::DisplayRole)
+        return m_controller.text().jobColumns.at(static_cast<size_t>(section));
+    // A number column's caption stands over its numbers.
+    if (role == Qt::TextAlignmentRole && section >= EncodeJob::SourceSize)
+        return QVariant::fromValue(Qt::AlignRight | Qt::AlignVCenter);
+    return {};
 }
 
 } // namespace kv

@@ -162,15 +162,29 @@ int widenedByDragging(QTreeView *view, int column, int dx)
     return header->sectionSize(column) - before;
 }
 
-TEST(ConversionFrame, NumberColumnsOfBothListsWidenWhenTheirBorderIsDragged)
+// Numbers line up on the right under a caption aligned as they are; words on the left.
+TEST(ConversionFrame, NumberColumnsOfBothListsLineUpRightAndWidenWhenTheirBorderIsDragged)
 {
     Session s({u"a.wav"_s, u"b.wav"_s, u"c.wav"_s});
     s.start();
     s.makeAll(MakeMp3);
     ASSERT_TRUE(s.waitFor([&] { return s.ended(); }));
-    for (QTreeView *view : {s.w<QTreeView>("lstMain"), s.jobs()})
-        for (int column = 1; column < view->model()->columnCount(); ++column)
-            EXPECT_EQ(widenedByDragging(view, column, 30), 30) << view->objectName().toStdString() << " " << column;
+    for (QTreeView *view : {s.w<QTreeView>("lstMain"), s.jobs()}) {
+        QAbstractItemModel *m = view->model();
+        for (int column = 0; column < m->columnCount(); ++column) {
+            const std::string where = view->objectName().toStdString() + " " + std::to_string(column);
+            const auto right = [](const QVariant &v) { return (v.value<Qt::Alignment>() & Qt::AlignRight) != 0; };
+            const QString first = m->index(0, column).data().toString();
+            ASSERT_FALSE(first.isEmpty()) << where;
+            EXPECT_FALSE(m->headerData(column, Qt::Horizontal).toString().isEmpty()) << where;
+            EXPECT_EQ(right(m->headerData(column, Qt::Horizontal, Qt::TextAlignmentRole)), first[0].isDigit()) << where;
+            for (int row = 0; row < m->rowCount(); ++row)
+                EXPECT_EQ(right(m->index(row, column).data(Qt::TextAlignmentRole)), first[0].isDigit()) << where << " " << row;
+            if (column > 0) {
+                EXPECT_EQ(widenedByDragging(view, column, 30), 30) << where;
+            }
+        }
+    }
 }
 
 TEST(ConversionFrame, StopBreaksTheWaitingAtOnceAndTheRunningFinish)
