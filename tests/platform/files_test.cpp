@@ -21,7 +21,8 @@ using namespace kv;
 using namespace kv::test;
 using namespace Qt::StringLiterals;
 
-// The home trash comes from XDG_DATA_HOME, else from HOME even when ~/.local/share is missing;
+// The home trash comes from XDG_DATA_HOME, else (or when it is relative, which is invalid) from
+// HOME even when ~/.local/share is missing;
 // a name that is not valid UTF-8 reaches it with its bytes rather than being deleted.
 TEST(PosixFiles, ReplacedTargetsGoToTheTrashNotAway)
 {
@@ -30,6 +31,7 @@ TEST(PosixFiles, ReplacedTargetsGoToTheTrashNotAway)
         {"data", "song.wav", "data/Trash"},
         {"data", cp1251, "data/Trash"},
         {nullptr, "song.wav", "home/.local/share/Trash"},
+        {"./data", "song.wav", "home/.local/share/Trash"},
     };
     const QByteArray oldHome = qgetenv("HOME");
     const QByteArray oldDataHome = qgetenv("XDG_DATA_HOME");
@@ -37,7 +39,7 @@ TEST(PosixFiles, ReplacedTargetsGoToTheTrashNotAway)
         QTemporaryDir dir;
         const QByteArray root = QFile::encodeName(dir.path());
         if (c.xdgDataHome)
-            qputenv("XDG_DATA_HOME", root + '/' + c.xdgDataHome);
+            qputenv("XDG_DATA_HOME", c.xdgDataHome[0] == '.' ? QByteArray(c.xdgDataHome) : root + '/' + c.xdgDataHome);
         else
             qunsetenv("XDG_DATA_HOME");
         ASSERT_TRUE(QDir().mkdir(dir.filePath(u"home"_s)));
