@@ -644,6 +644,9 @@ TEST(WindowConfiguration, FolderNamedInWindows1251OpensAgainAtTheNextStart)
         {old + "/caf\xE9 \x98", old + "/caf\xE9 \x98", old + "/caf\xE9 \x98"}, // Latin-1, and a byte Windows-1251 leaves undefined
         {old + "/\xE6\x97\xA5\xE6\x9C\xAC", old, old + "/??"},                // "日本" in UTF-8
     };
+    // "Архив" in Windows-1251 bytes beside the UTF-8 one, which the text names first.
+    ::mkdir(old.constData(), 0755);
+    ::mkdir(old + "/\xC0\xF0\xF5\xE8\xE2", 0755);
     const QByteArray wav = readAll(QStringLiteral(KV_TEST_DATA_DIR "/wav/stereo-16bit-44100.wav"));
     for (const auto &c : cases) {
         for (qsizetype cut = old.size(); cut != -1; cut = c.folder.indexOf('/', cut + 1))

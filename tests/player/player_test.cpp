@@ -23,6 +23,7 @@ struct Rig : Clock, Processes
     std::set<ProcessHandle> running;
     std::vector<ProcessHandle> killed;
     std::vector<ProcessHandle> released; // ended ones only: a running process stays known
+    std::set<ProcessHandle> zombies;     // ended by themselves and not yet asked about
     bool failStarts = false;
     int selected = -1;
     std::vector<int> selections, scrolls;
@@ -51,7 +52,7 @@ struct Rig : Clock, Processes
         running.insert(h);
         return h;
     }
-    bool hasEnded(ProcessHandle h) override { return !running.count(h); }
+    bool hasEnded(ProcessHandle h) override { return zombies.erase(h), !running.count(h); }
     void kill(ProcessHandle h) override
     {
         if (running.erase(h))
@@ -66,7 +67,11 @@ struct Rig : Clock, Processes
     int processorCount() override { return 1; }
 
     // The last process started ends by itself.
-    void endLast() { running.erase(static_cast<ProcessHandle>(started.size())); }
+    void endLast()
+    {
+        running.erase(static_cast<ProcessHandle>(started.size()));
+        zombies.insert(static_cast<ProcessHandle>(started.size()));
+    }
     // Ticks of 100 ms for the given seconds, counted in tenths so no error adds up.
     void run(double seconds)
     {
@@ -174,6 +179,7 @@ TEST(Player, WavRowsEndByTheirListedDuration)
     rig.endLast(); // the sound itself is shorter: silence until the listed time is up
     rig.run(1.4);
     EXPECT_EQ(rig.started.size(), 1u);
+    EXPECT_TRUE(rig.zombies.empty()) << "the ended sound is reaped while the row's time runs on";
     rig.run(0.1); // 1.5 s rounds to 2: the bar is full
     ASSERT_EQ(rig.started.size(), 2u);
     EXPECT_EQ(rig.player.playRow(), 2);
