@@ -12,7 +12,9 @@ struct CliResult
     int status = -1;
 };
 
-CliResult runCli(const QStringList &args, const char *locale = "C.UTF-8", int timeoutMs = 120000);
+// errOnTerminal: standard error goes to a pseudo-terminal, as when a user runs it in one.
+CliResult runCli(const QStringList &args, const char *locale = "C.UTF-8", int timeoutMs = 120000,
+                 bool errOnTerminal = false);
 
 // The built binary's path.
 QString cliPath();

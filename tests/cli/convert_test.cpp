@@ -173,6 +173,24 @@ TEST(Convert, ProgressLinesShowTheShareOfEndedJobs)
     EXPECT_EQ(bars, QStringList({u"[........................] Finished 0 of 2"_s, u"[############............] Finished 1 of 2"_s,
                                  u"[########################] Finished 2 of 2"_s}))
         << r.err.toStdString();
+    EXPECT_FALSE(r.err.contains(u'\r') || r.err.contains(u'\a')) << "no redrawing or bell in a log";
+}
+
+// On a terminal the line is redrawn in place and wiped at the end, and the run's end rings the
+// bell once, whatever standard output goes to.
+TEST(Convert, OnATerminalTheProgressLineIsRedrawnInPlaceAndTheEndRingsTheBell)
+{
+    QTemporaryDir wavs;
+    makeWav(wavs.filePath(u"a.wav"_s));
+    makeWav(wavs.filePath(u"b.wav"_s));
+    const CliResult r = runCli({u"convert"_s, u"--to"_s, u"mp3"_s, u"--jobs"_s, u"1"_s, wavs.path()}, "C.UTF-8", 120000, true);
+    EXPECT_EQ(r.status, 0) << r.err.toStdString();
+    EXPECT_TRUE(r.out.endsWith(u"Finished 2 of 2\n"_s)) << r.out.toStdString();
+    EXPECT_EQ(r.err.count(u'\a'), 1) << r.err.toStdString();
+    EXPECT_FALSE(r.err.contains(u'\n')) << r.err.toStdString();
+    EXPECT_TRUE(r.err.startsWith(u"\r[........................] Finished 0 of 2"_s)) << r.err.toStdString();
+    EXPECT_TRUE(r.err.contains(u"\r[########################] Finished 2 of 2"_s)) << r.err.toStdString();
+    EXPECT_TRUE(r.err.endsWith(u"\r\x1b[K"_s)) << r.err.toStdString();
 }
 
 TEST(Convert, MissingCodecsAreReportedInCheckOrder)
