@@ -128,6 +128,7 @@ TEST(ConversionFrame, EachMakeCommandRunsItsCodecWithItsCommandLine)
         SCOPED_TRACE(k.line ? k.line : "disabled");
         Session s({QLatin1String(k.file)});
         s.start();
+        const ModelMirror jobsSeen(s.jobs()->model());
         for (const int show : k.shows)
             s.toolbar(show)->trigger();
         s.tick(QLatin1String(k.file));
@@ -141,6 +142,7 @@ TEST(ConversionFrame, EachMakeCommandRunsItsCodecWithItsCommandLine)
         EXPECT_EQ(s.logged(), QStringList{u"%1 [%2%3] [%2%4]"_s.arg(QLatin1String(k.line), s.music, QLatin1String(k.file),
                                                                       QLatin1String(k.target))});
         EXPECT_EQ(s.rows(), QStringList{QLatin1String(k.file) + u" Done"_s});
+        EXPECT_EQ(jobsSeen.rows, jobsSeen.now()) << "each change of a row is announced to the view";
         EXPECT_EQ(s.cell(0, EncodeJob::TargetSize), u"4 KB"_s);
         EXPECT_EQ(s.finishedLine(), u"Finished 1 of 1"_s);
         EXPECT_FALSE(s.shown("pbEncode")); // no more jobs than slots: no bar

@@ -6,7 +6,9 @@
 
 #include <functional>
 
+#include <QAbstractItemModel>
 #include <QAction>
+#include <QFont>
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
@@ -36,6 +38,40 @@ inline QByteArray readAll(const QString &path)
     QFile f(path);
     return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
 }
+
+// What a view that keeps its rows holds: each cell's text (a bold one marked "*") as the model's
+// signals announce it. Equal to now() when no change went unannounced.
+struct ModelMirror : QObject
+{
+    QAbstractItemModel *model;
+    std::vector<QStringList> rows = now();
+
+    explicit ModelMirror(QAbstractItemModel *m) : model(m)
+    {
+        connect(model, &QAbstractItemModel::modelReset, this, [this] { rows = now(); });
+        connect(model, &QAbstractItemModel::layoutChanged, this, [this] { rows = now(); });
+        connect(model, &QAbstractItemModel::rowsInserted, this, [this] { rows = now(); });
+        connect(model, &QAbstractItemModel::rowsRemoved, this, [this] { rows = now(); });
+        connect(model, &QAbstractItemModel::dataChanged, this, [this](const QModelIndex &from, const QModelIndex &to) {
+            for (int r = from.row(); r <= to.row(); ++r)
+                for (int c = from.column(); c <= to.column(); ++c)
+                    rows.at(static_cast<size_t>(r))[c] = cell(r, c);
+        });
+    }
+    QString cell(int r, int c) const
+    {
+        const QModelIndex i = model->index(r, c);
+        return i.data().toString() + (i.data(Qt::FontRole).value<QFont>().bold() ? QStringLiteral("*") : QString());
+    }
+    std::vector<QStringList> now() const
+    {
+        std::vector<QStringList> all(model ? static_cast<size_t>(model->rowCount()) : 0);
+        for (size_t r = 0; r < all.size(); ++r)
+            for (int c = 0; c < model->columnCount(); ++c)
+                all[r].append(cell(static_cast<int>(r), c));
+        return all;
+    }
+};
 
 // Every codec entry of the program folder is this script, executable.
 inline void installCodecs(const QString &program, const QByteArray &script)
