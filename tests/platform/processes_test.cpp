@@ -230,6 +230,8 @@ TEST(PosixProcesses, EndsAreToldWithTheTailOfTheErrorOutput)
         {"exit 0", 0, 0, ""},
         {"echo 'Error writing mp3 output' >&2; exit 3", 3, 0, "Error writing mp3 output\n"},
         {"echo crashing >&2; kill -SEGV $$", 0, SIGSEGV, "crashing\n"},
+        // A codec's progress can come a byte at a time.
+        {"printf E >&2; /bin/sleep 0.2; echo rror >&2; exit 2", 2, 0, "Error\n"},
         // Megabytes of errors pass without holding the codec up; only the last 4 KB are kept.
         {"/usr/bin/head -c 3000000 /dev/zero >&2; echo END >&2; exit 1", 1, 0,
          QByteArray(4092, '\0') + "END\n"},
