@@ -48,6 +48,7 @@ TEST_F(PosixFoldersTest, ListsPlainVisibleFilesAndLinksToThem)
     ASSERT_EQ(::symlink("missing.wav", root() + "dangling.wav"), 0);
     ASSERT_EQ(::symlink("folder.wav", root() + "folderlink.wav"), 0);
     ASSERT_EQ(::symlink("missing.mpc", root() + "dangling.mpc"), 0);
+    ASSERT_EQ(::mkfifo(root() + "pipe.wav", 0644), 0); // neither a file nor a folder
 
     EXPECT_EQ(folders.listFiles(dir.path(), QStringLiteral("*.wav")),
               (QStringList{QStringLiteral("A.WAV"), QStringLiteral("b.wav"), QStringLiteral("Ca.wav"),
