@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <csignal>
+#include <memory>
 #include <thread>
 
 #include <QDir>
@@ -183,9 +184,14 @@ TEST(PosixProcesses, PollKillWholeGroupAndFailedStart)
 
 // Letting go of a child: one that ended is reaped, never left a zombie, and forgotten with its
 // error output; one still running stays known, to be killed and told as before.
+// An owner that goes leaves no descriptor of its own behind.
 TEST(PosixProcesses, ReleaseForgetsOnlyEndedChildrenAndReapsThem)
 {
-    PosixProcesses p;
+    const auto descriptors = [] { return QDir(u"/proc/self/fd"_s).entryList(QDir::AllEntries | QDir::System).size(); };
+    PosixProcesses().exitEventDescriptor(); // the one pipe that child exits wake, open for good
+    const qsizetype before = descriptors();
+    auto owner = std::make_unique<PosixProcesses>();
+    PosixProcesses &p = *owner;
     const auto ended = p.start(u"\"/bin/sleep\" 0.1"_s, ChildEnvironment::Empty);
     ASSERT_TRUE(ended.has_value());
     const QString pid = childRunning("sleep");
@@ -207,6 +213,8 @@ TEST(PosixProcesses, ReleaseForgetsOnlyEndedChildrenAndReapsThem)
     EXPECT_EQ(p.endOf(*running)->signal, SIGKILL);
     p.release(*running);
     EXPECT_FALSE(p.endOf(*running).has_value());
+    owner.reset();
+    EXPECT_EQ(descriptors(), before);
 }
 
 namespace {
