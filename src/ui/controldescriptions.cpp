@@ -77,7 +77,7 @@ constexpr Entry entries[] = {
      "Нажата: все файлы списка; отпущена: только отмеченные"},
     {"tbMain_8", "", "Lists the WAV files of the folder", "", "Показывает WAV-файлы папки"},
     {"tbMain_9", "", "Lists the MP3 files of the folder", "", "Показывает MP3-файлы папки"},
-    {"tbMain_10", "", "Lists the Ogg Vorbis files of the folder", "", "Показывает Ogg-файлы папки"},
+    {"tbMain_10", "", "Lists the Ogg Vorbis files of the folder", "", "Показывает файлы Ogg Vorbis папки"},
     {"tbMain_11", "", "Lists the Musepack files of the folder", "", "Показывает Musepack-файлы папки"},
 };
 

@@ -16,6 +16,7 @@
 #include <QLabel>
 #include <QProcess>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QSlider>
 #include <QTabBar>
 #include <QToolBar>
@@ -299,8 +300,20 @@ TEST(WindowLayout, ControlsCarryTheirNamesAndModelsPassTheTester)
         return std::any_of(d.begin(), d.end(), [](QChar ch) { return ch.unicode() >= 0x400 && ch.unicode() < 0x500; });
     };
     EXPECT_FALSE(describedInRussian("tvMain") || describedInRussian("tbMain_1"));
+    // A translation tells the same numbers and format names, in the same order.
+    auto told = [&] {
+        std::map<QString, QStringList> all;
+        static const QRegularExpression word(u"-?\\d+|MP3|Ogg|Vorbis|Musepack|WAV"_s);
+        for (QWidget *w : s.window->findChildren<QWidget *>())
+            if (QAccessibleInterface *a = QAccessible::queryAccessibleInterface(w); a && !w->objectName().isEmpty())
+                for (const auto &m : word.globalMatch(a->text(QAccessible::Name) + u' ' + a->text(QAccessible::Description)))
+                    all[w->objectName()].append(m.captured());
+        return all;
+    };
+    const std::map<QString, QStringList> english = told();
     s.language()->click();
     EXPECT_TRUE(describedInRussian("tvMain") && describedInRussian("tbMain_1"));
+    EXPECT_EQ(told(), english);
     for (const auto &c : captions)
         EXPECT_EQ(captionOf(c.name), QString::fromUtf8(c.russian)) << c.name;
     EXPECT_EQ(named("tvMain"), u"Папки"_s);
