@@ -92,13 +92,13 @@ struct Session : ProcessRig
         jobs()->setCurrentIndex(jobs()->model()->index(row, 0));
         QTest::keyClick(jobs(), key);
     }
-    // Ticks a row of the file list as its check box does.
-    void tick(const QString &name) const
+    // Ticks (or clears) a row of the file list as its check box does.
+    void tick(const QString &name, bool on = true) const
     {
         QAbstractItemModel *list = w<QTreeView>("lstMain")->model();
         for (int r = 0; r < list->rowCount(); ++r)
             if (list->index(r, 0).data().toString() == name)
-                list->setData(list->index(r, 0), Qt::Checked, Qt::CheckStateRole);
+                list->setData(list->index(r, 0), on ? Qt::Checked : Qt::Unchecked, Qt::CheckStateRole);
     }
     QStringList logged() const { return QString::fromUtf8(readAll(log)).split(u'\n', Qt::SkipEmptyParts); }
     bool ended() const { return close()->isEnabled(); }
@@ -282,7 +282,8 @@ TEST(ConversionFrame, ALanguageSwitchDuringARunKeepsItGoingToItsEnd)
 // What is typed in the MP3 command-line box is what the encoder gets, for the ticked file only.
 TEST(ConversionFrame, TheTypedMp3CommandLineReachesTheEncoder)
 {
-    Session s({u"a.wav"_s, u"b.wav"_s});
+    Session s({u"a.wav"_s, u"b.wav"_s, u"c.wav"_s});
+    s.processors = 1;
     s.start();
     auto *mode = s.w<QComboBox>("cmbMode");
     mode->setCurrentIndex(3);
@@ -298,6 +299,16 @@ TEST(ConversionFrame, TheTypedMp3CommandLineReachesTheEncoder)
     s.toolbar(MakeMp3)->trigger();
     ASSERT_TRUE(s.waitFor([&] { return s.ended(); }));
     EXPECT_EQ(s.logged(), QStringList{u"lame [-b] [96] [-q] [2] [--silent] [--priority] [%1a.wav] [%1a.mp3]"_s.arg(s.music)});
+
+    // A second run of other files, the line edited again: the job that starts is the current row.
+    s.close()->click();
+    QTest::keyClicks(line, u" -m m"_s);
+    s.tick(u"a.wav"_s, false);
+    s.tick(u"b.wav"_s), s.tick(u"c.wav"_s);
+    s.toolbar(MakeMp3)->trigger();
+    EXPECT_EQ(s.jobs()->currentIndex().row(), 0);
+    ASSERT_TRUE(s.waitFor([&] { return s.ended(); }));
+    EXPECT_EQ(s.logged().value(1), u"lame [-b] [96] [-q] [2] [-m] [m] [--silent] [--priority] [%1b.wav] [%1b.mp3]"_s.arg(s.music));
 }
 
 // Codecs that fail in every way leave the sources as they were, and rows that tell why.
