@@ -239,6 +239,11 @@ TEST(WindowLayout, ControlsCarryTheirNamesAndModelsPassTheTester)
     s.window->resize(s.window->minimumSize() + QSize(400, 0));
     QApplication::processEvents();
     EXPECT_GT(s.w("lstMain")->width() - list, 2 * (s.tree()->width() - tree));
+    // A taller one gives all its height to the file list.
+    const int listHeight = s.w("lstMain")->height();
+    s.window->resize(s.window->size() + QSize(0, 300));
+    QApplication::processEvents();
+    EXPECT_EQ(s.w("lstMain")->height() - listHeight, 300);
     // Eleven positions, 5 and 7 separators.
     const QList<QAction *> actions = s.w<QToolBar>("tbMain")->actions();
     ASSERT_EQ(actions.size(), 11);
