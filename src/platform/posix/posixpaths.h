@@ -13,8 +13,9 @@ PathKind pathKind(const QString &path);
 // a trip through the locale's codec, so undecodable bytes in either part survive.
 QString absolutePath(const QString &path);
 
-// The folder that a path given on the command line opens: a folder (or a missing path, which the
-// window then reports) itself; anything else the folder that holds it, "/" for one directly in it.
+// The folder that a path given on the command line opens: a folder (or a missing path, of which
+// the tree opens the part that exists) itself; anything else the folder that holds it, "/" for one
+// directly in it.
 QString folderToOpen(const QString &absolute, PathKind kind);
 
 // Whether this user may create files in folder; the path goes to the system byte for byte.
