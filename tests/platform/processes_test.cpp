@@ -51,6 +51,11 @@ TEST(ProcessorCount, ClampedToOneToEight)
 
 namespace {
 
+qsizetype openDescriptors()
+{
+    return QDir(u"/proc/self/fd"_s).entryList(QDir::AllEntries | QDir::System).size();
+}
+
 QByteArray readProc(const QString &path)
 {
     QFile f(path);
@@ -160,8 +165,11 @@ TEST(PosixProcesses, PollKillWholeGroupAndFailedStart)
     EXPECT_TRUE(p.hasEnded(0));
     EXPECT_TRUE(p.hasEnded(12345));
     EXPECT_FALSE(p.endOf(12345).has_value());
+    p.exitEventDescriptor(); // the one pipe that child exits wake, open for good
+    const qsizetype before = openDescriptors();
     EXPECT_FALSE(p.start(u"\"/nonexistent/codec/lame\" a b"_s, ChildEnvironment::Empty).has_value());
     EXPECT_FALSE(p.start(u"   "_s, ChildEnvironment::Empty).has_value());
+    EXPECT_EQ(openDescriptors(), before) << "a failed start keeps no descriptor";
 
     // A player is a pipeline under a shell: killing the shell alone would leave the sound playing.
     const auto h = p.start(uR"("/bin/sh" -c "/bin/sleep 30 | /bin/cat")"_s, ChildEnvironment::Empty);
@@ -187,9 +195,8 @@ TEST(PosixProcesses, PollKillWholeGroupAndFailedStart)
 // An owner that goes leaves no descriptor of its own behind.
 TEST(PosixProcesses, ReleaseForgetsOnlyEndedChildrenAndReapsThem)
 {
-    const auto descriptors = [] { return QDir(u"/proc/self/fd"_s).entryList(QDir::AllEntries | QDir::System).size(); };
     PosixProcesses().exitEventDescriptor(); // the one pipe that child exits wake, open for good
-    const qsizetype before = descriptors();
+    const qsizetype before = openDescriptors();
     auto owner = std::make_unique<PosixProcesses>();
     PosixProcesses &p = *owner;
     const auto ended = p.start(u"\"/bin/sleep\" 0.1"_s, ChildEnvironment::Empty);
@@ -214,7 +221,7 @@ TEST(PosixProcesses, ReleaseForgetsOnlyEndedChildrenAndReapsThem)
     p.release(*running);
     EXPECT_FALSE(p.endOf(*running).has_value());
     owner.reset();
-    EXPECT_EQ(descriptors(), before);
+    EXPECT_EQ(openDescriptors(), before);
 }
 
 namespace {
