@@ -32,6 +32,7 @@ TEST(SplitCommandLine, QuotesGroupBlanksSeparateBackslashesEscapeQuotes)
         {R"(a\b c\\d\ "e\f\\")", {R"(a\b)", R"(c\\d\)", R"(e\f\)"}},    // literal unless before a quote
         {R"(a\"b c\\"d e" f\\\"g)", {R"(a"b)", R"(c\d e)", R"(f\"g)"}}, // 2n+1: literal quote; 2n: groups
         {R"("say \"hi\".wav" \")", {R"(say "hi".wav)", R"(")"}},
+        {R"(\"a b)", {R"("a)", "b"}}, // at the very start too
         {"\"unterminated group", {"unterminated group"}},
         {"   ", {}},
     };
