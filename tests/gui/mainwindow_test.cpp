@@ -400,6 +400,7 @@ TEST(WindowTree, ExpandCollapseClickImagesAndFaults)
     s.toolbar(ShowWav)->trigger();
     Q_EMIT drives->activated(1);
     ASSERT_EQ(s.children({}), QStringList{stick});
+    EXPECT_TRUE(s.tree()->isExpanded(model->index(0, 0))) << "a drive opens showing its folders";
     ASSERT_EQ(s.drivesListed(), 2); // read again, the list shows the drive the tree shows
     EXPECT_EQ(drives->currentIndex(), 1);
     const QModelIndex album = model->index(0, 0, model->index(0, 0));
