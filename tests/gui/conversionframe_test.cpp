@@ -2,6 +2,8 @@
 
 #include <csignal>
 
+#include <sys/resource.h>
+
 #include <QApplication>
 #include <QComboBox>
 #include <QHeaderView>
@@ -461,5 +463,42 @@ TEST(SessionEnd, TheWindowExitsWith128PlusTheSignal)
         EXPECT_EQ(window.exitStatus(), QProcess::NormalExit);
         EXPECT_EQ(window.exitCode(), 128 + sig);
         EXPECT_EQ(QFileInfo(program + u"kestrvan.cfg"_s).size(), 10310);
+    }
+}
+
+// Before any window: a second folder is a misuse (status 2) and no display at all ends it with
+// status 1, each told on standard error; a Wayland display alone is a display to try.
+TEST(WindowCommandLine, MisuseAndNoDisplayAreToldBeforeAnyWindow)
+{
+    QTemporaryDir dir;
+    const struct { QStringList args; const char *display; int status; const char *error; } cases[] = {
+        {{u"/a"_s, u"/b"_s}, "QT_QPA_PLATFORM=offscreen", 2,
+         "kestrelvane: only one FOLDER can be opened\nusage: kestrelvane [FOLDER]\n"},
+        {{dir.path()}, nullptr, 1, "kestrelvane: no display to open the window on; kestrelvane-cli lists and converts without one\n"},
+        {{dir.path()}, "WAYLAND_DISPLAY=kv-none", -1, nullptr},
+    };
+    for (const auto &c : cases) {
+        QProcess window;
+        QProcessEnvironment e = QProcessEnvironment::systemEnvironment();
+        for (const char *name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
+            e.remove(QLatin1String(name));
+        if (c.display)
+            e.insert(QString::fromLatin1(c.display).section(u'=', 0, 0), QString::fromLatin1(c.display).section(u'=', 1));
+        e.insert(u"XDG_RUNTIME_DIR"_s, dir.path());
+        window.setProcessEnvironment(e);
+        // The display that is not there ends Qt's start with an abort: no core file for it.
+        window.setChildProcessModifier([] {
+            const rlimit none{0, 0};
+            ::setrlimit(RLIMIT_CORE, &none);
+        });
+        window.start(QStringLiteral(KV_BIN_DIR "/kestrelvane"), c.args);
+        ASSERT_TRUE(window.waitForFinished(20000)) << c.display;
+        const QString error = QString::fromUtf8(window.readAllStandardError());
+        if (c.error) {
+            EXPECT_EQ(window.exitCode(), c.status) << c.display;
+            EXPECT_EQ(error, QString::fromUtf8(c.error)) << c.display;
+        } else {
+            EXPECT_FALSE(error.contains(u"no display"_s)) << error.toStdString();
+        }
     }
 }
