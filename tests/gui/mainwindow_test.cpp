@@ -13,6 +13,7 @@
 #include <QComboBox>
 #include <QDirIterator>
 #include <QGroupBox>
+#include <QHeaderView>
 #include <QLabel>
 #include <QProcess>
 #include <QPushButton>
@@ -235,10 +236,12 @@ TEST(WindowLayout, ControlsCarryTheirNamesAndModelsPassTheTester)
     // A wider window mostly widens the file list, not the folder tree.
     s.window->resize(s.window->minimumSize());
     QApplication::processEvents();
-    const int tree = s.tree()->width(), list = s.w("lstMain")->width();
+    auto *names = s.w<QTreeView>("lstMain")->header();
+    const int tree = s.tree()->width(), list = s.w("lstMain")->width(), name = names->sectionSize(0);
     s.window->resize(s.window->minimumSize() + QSize(400, 0));
     QApplication::processEvents();
     EXPECT_GT(s.w("lstMain")->width() - list, 2 * (s.tree()->width() - tree));
+    EXPECT_EQ(names->sectionSize(0) - name, s.w("lstMain")->width() - list) << "the name column takes it";
     // A taller one gives all its height to the file list.
     const int listHeight = s.w("lstMain")->height();
     s.window->resize(s.window->size() + QSize(0, 300));
@@ -727,6 +730,8 @@ TEST(WindowStatistics, EachCaptionShowsItsOwnValueAndTheForecastFollowsTheOption
         {u"Average Mpc File Size:"_s, u"6.8 MB"_s},
     };
     EXPECT_EQ(shown(), expected);
+    for (QLabel *value : s.w("frInfo")->findChildren<QLabel *>())
+        EXPECT_TRUE(value->buddy() || value->alignment() & Qt::AlignRight) << "values line up on the right";
 
     // Two files of 20 MB at the bit rate of the preset the list shows chosen.
     const std::map<QString, QString> byPreset = {{u"--preset insane"_s, u"9.1 MB"_s}, {u"--preset extreme"_s, u"6.6 MB"_s},
