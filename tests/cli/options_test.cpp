@@ -57,4 +57,10 @@ TEST(Usage, MisusesGiveTheirReasonAndTheCommandsUsage)
                              + QLatin1String(c.usage) + QLatin1Char('\n'));
         EXPECT_EQ(r.status, 2) << c.args.join(u' ').toStdString();
     }
+    // No command: the three usages and how to ask each for more.
+    const CliResult none = runCli({});
+    EXPECT_EQ(none.err, u"usage:\n"_s + u"  kestrelvane-cli %1\n  kestrelvane-cli %2\n  kestrelvane-cli %3\n"_s.arg(
+                            QLatin1String(convertUsage), QLatin1String(listUsage), QLatin1String(optionsUsage))
+                            + u"  kestrelvane-cli COMMAND --help\n"_s);
+    EXPECT_EQ(none.status, 2);
 }
