@@ -73,9 +73,9 @@ TEST(ConfigFile, GoldenRecordReadAndWrittenBack)
     EXPECT_EQ(l.controls.languagePanelText(), QStringLiteral("Русский"));
     EXPECT_EQ(l.controls.startFolder(), QStringLiteral("/Музыка Ёё№€/??"));
 
-    // Saving rounds to pixels, trims blanks, cuts at the field width and writes one "?" per
-    // character outside the code page (a surrogate pair included).
-    l.controls.setWindowWidth(15007);
+    // Saving rounds to pixels (14,993 twips to 1,000), trims blanks, cuts at the field width and
+    // writes one "?" per character outside the code page (a surrogate pair included).
+    l.controls.setWindowWidth(14993);
     l.controls.setStartFolder(QStringLiteral("  /Музыка Ёё№€/日😀 "));
     l.controls.setMp3CommandLine(QStringLiteral(" -V 2 "));
     l.controls.setMpcCommandLine(QString::fromLatin1(mpcLine) + QStringLiteral("yyyyyy")); // 1030 characters
@@ -93,7 +93,7 @@ TEST(ConfigFile, GoldenRecordReadAndWrittenBack)
     EXPECT_EQ(l.controls.settings(), EncoderSettings());
     EXPECT_EQ(l.controls.lblMpc(), QStringLiteral("--quality 6"));
     EXPECT_EQ(l.controls.mpcControls(), (MpcModeControls{true, false, false, false}));
-    EXPECT_EQ(placeAndTab(l.controls), QList<int>({3000, -1500, 15007, 9015, 2}));
+    EXPECT_EQ(placeAndTab(l.controls), QList<int>({3000, -1500, 14993, 9015, 2}));
     EXPECT_EQ(l.controls.startFolder(), QStringLiteral("  /Музыка Ёё№€/日😀 "));
 }
 
