@@ -302,6 +302,13 @@ TEST(WindowLayout, ControlsCarryTheirNamesAndModelsPassTheTester)
     EXPECT_TRUE(s.w("cmbPreset")->hasFocus());
     QTest::keyClick(s.window.get(), Qt::Key_M, Qt::AltModifier);
     EXPECT_TRUE(s.w("cmbMode")->hasFocus());
+    // The main areas have Alt keys of their own.
+    const std::pair<Qt::Key, const char *> areas[] = {
+        {Qt::Key_D, "drvMain"}, {Qt::Key_T, "tvMain"}, {Qt::Key_L, "lstMain"}, {Qt::Key_O, "frOptions"}};
+    for (const auto &[key, area] : areas) {
+        QTest::keyClick(s.window.get(), key, Qt::AltModifier);
+        EXPECT_TRUE(s.w(area)->isAncestorOf(QApplication::focusWidget()) || s.w(area)->hasFocus()) << area;
+    }
     // Descriptions are told in the language shown too.
     auto describedInRussian = [&](const char *name) {
         const QString d = QAccessible::queryAccessibleInterface(s.w(name))->text(QAccessible::Description);
