@@ -244,6 +244,7 @@ TEST(PosixProcesses, EndsAreToldWithTheTailOfTheErrorOutput)
 {
     const struct { const char *script; int exitCode, signal; QByteArray tail; } cases[] = {
         {"exit 0", 0, 0, ""},
+        {"echo 'progress on standard output'", 0, 0, ""}, // which goes nowhere, without an error
         {"echo 'Error writing mp3 output' >&2; exit 3", 3, 0, "Error writing mp3 output\n"},
         {"echo crashing >&2; kill -SEGV $$", 0, SIGSEGV, "crashing\n"},
         // A codec's progress can come a byte at a time.
