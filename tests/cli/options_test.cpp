@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <QRegularExpression>
+
 #include "clifixtures.h"
 #include "support/qtprinters.h"
 
@@ -63,4 +65,8 @@ TEST(Usage, MisusesGiveTheirReasonAndTheCommandsUsage)
                             QLatin1String(convertUsage), QLatin1String(listUsage), QLatin1String(optionsUsage))
                             + u"  kestrelvane-cli COMMAND --help\n"_s);
     EXPECT_EQ(none.status, 2);
+    // And the help of each command that tells its statuses tells that one.
+    static const QRegularExpression usageStatus(u"(\\d) for a usage"_s);
+    for (const char *command : {"list", "convert"})
+        EXPECT_EQ(usageStatus.match(runCli({QLatin1String(command), u"--help"_s}).out).captured(1), u"2"_s) << command;
 }

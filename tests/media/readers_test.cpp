@@ -217,6 +217,7 @@ TEST(Readers, PatchedHeaders)
         {Mpc, mpck(streamHeader(441'000)).replace(6, 1, "\x00"), 4096, row({"a", "4"})},
         {Mpc, "MPCKSH" + QByteArray(9, '\x80'), 4096, row({"a", "4"})}, // a size that never ends
         {Mpc, mpck(streamHeader(441'000)).replace(6, 1, "\x0C"), 4096, row({"a", "4"})}, // shorter than its fields
+        {Mpc, mpck(streamHeader(441'000)).left(16), 4096, row({"a", "4"})}, // the file ends before rate and channels
         {Mpc, mpck(streamHeader(441'000, 0, 0x00, 0x10, 7)), 4096, row({"a", "4"})},
         {Mpc, mpck(streamHeader(441'000, 0, 0x80)), 4096, row({"a", "4"})}, // rate index 4
         {Mpc, mpck(streamHeader(0)), 4096, row({"a", "4"})},
