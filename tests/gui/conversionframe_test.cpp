@@ -268,6 +268,7 @@ TEST(ConversionFrame, ALanguageSwitchDuringARunKeepsItGoingToItsEnd)
     // More jobs than slots: the bar shows once one is done, and has a range to fill even for a
     // run estimated under half a second.
     EXPECT_TRUE(s.shown("pbEncode") && s.shown("lblEncodeTime_1"));
+    EXPECT_TRUE(atRightEdge({s.stop(), s.close()}));
     EXPECT_GE(s.w<QProgressBar>("pbEncode")->maximum(), 1);
     // The last completed row is the current one; a second Make while the results show starts nothing.
     EXPECT_EQ(s.jobs()->currentIndex().row(), 2);

@@ -247,6 +247,7 @@ TEST(WindowLayout, ControlsCarryTheirNamesAndModelsPassTheTester)
     s.window->resize(s.window->size() + QSize(0, 300));
     QApplication::processEvents();
     EXPECT_EQ(s.w("lstMain")->height() - listHeight, 300);
+    EXPECT_TRUE(atRightEdge({s.w("cmdDefault")}));
     // Eleven positions, 5 and 7 separators.
     const QList<QAction *> actions = s.w<QToolBar>("tbMain")->actions();
     ASSERT_EQ(actions.size(), 11);

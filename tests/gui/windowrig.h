@@ -73,6 +73,17 @@ struct ModelMirror : QObject
     }
 };
 
+// A frame's command buttons keep to its right edge, side by side at their own width, as a
+// dialog's do.
+inline bool atRightEdge(const QList<QWidget *> &buttons)
+{
+    int edge = buttons.front()->parentWidget()->contentsRect().right();
+    for (auto b = buttons.rbegin(); b != buttons.rend(); edge = (*b)->geometry().left(), ++b)
+        if (edge - (*b)->geometry().right() > 24 || (*b)->width() > (*b)->sizeHint().width())
+            return false;
+    return true;
+}
+
 // Every codec entry of the program folder is this script, executable.
 inline void installCodecs(const QString &program, const QByteArray &script)
 {
