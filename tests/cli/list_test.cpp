@@ -16,10 +16,15 @@ TEST(ListCommand, PrintsRowsPanelsAndStatistics)
     const QString rows = QStringLiteral("a.wav\t1723\t0:00:10\t1411\t44100\tStereo\nB.wav\t16\t0:00:01\t128\t8000\tMono\n"
                                         "D.WAV\t43\t0:00:01\t353\t22050\tMono\n");
     const QString header = QStringLiteral("File Name\tFile Size, KB\tDuration\tBitrate, kbps\tSampling, Hz\tChannel\n");
-    const struct { QStringList args; bool partial; const char *freeSpace, *rest; } cases[] = {
+    const struct { QStringList args; bool partial; const char *freeSpace, *rest, *locale = "C.UTF-8"; } cases[] = {
         {{dir.path()}, false, "Free Disk Space: [0-9]+(\\.[0-9])? MB",
          "\nFREE\nFiles: 3\nSize: 1.7 MB\nDuration: 0:00:12\nAverage bitrate: 631 kbps\n\nSelected: 3\nSize: 1.7 MB\n"
          "Average Mp3 File Size: 0.6 MB\nAverage Ogg File Size: 0.5 MB\nAverage Mpc File Size: 0.7 MB\n"},
+        // Sizes follow the user's locale.
+        {{dir.path()}, false, "Free Disk Space: [0-9.]+(,[0-9])? MB",
+         "\nFREE\nFiles: 3\nSize: 1,7 MB\nDuration: 0:00:12\nAverage bitrate: 631 kbps\n\nSelected: 3\nSize: 1,7 MB\n"
+         "Average Mp3 File Size: 0,6 MB\nAverage Ogg File Size: 0,5 MB\nAverage Mpc File Size: 0,7 MB\n",
+         "de_DE.UTF-8"},
         // Sample rate 0: the row keeps size, bit rate and channel but has no duration to total,
         // which stops the totals and the statistics.
         {{QStringLiteral("--kind=wav"), dir.path()}, true, "Free Disk Space: .*", "e.wav\t2\t\t0\t\tStereo\n\n"},
@@ -27,7 +32,7 @@ TEST(ListCommand, PrintsRowsPanelsAndStatistics)
     for (const auto &c : cases) {
         if (c.partial)
             writeWav(dir.filePath(QStringLiteral("e.wav")), 0, 2, 2048);
-        const CliResult r = runCli(QStringList{QStringLiteral("list")} + c.args);
+        const CliResult r = runCli(QStringList{QStringLiteral("list")} + c.args, c.locale);
         EXPECT_EQ(r.status, 0);
         EXPECT_EQ(r.err, QString());
         // The free space changes from run to run: its line is checked by form, then masked.
