@@ -4,6 +4,7 @@
 
 #include <sys/resource.h>
 
+#include <QAccessible>
 #include <QApplication>
 #include <QComboBox>
 #include <QHeaderView>
@@ -238,6 +239,9 @@ TEST(ConversionFrame, EachOfEightSlotsShowsItsOwnActivity)
     for (int slot = 0; slot < 8; ++slot) {
         EXPECT_TRUE(s.shown(qPrintable(u"imProc_%1"_s.arg(slot)))) << slot;
         EXPECT_EQ(activity(slot), u"running"_s) << slot;
+        // A screen reader counts them as the user does, from 1.
+        EXPECT_EQ(QAccessible::queryAccessibleInterface(s.w(u"imProc_%1"_s.arg(slot)))->text(QAccessible::Name),
+                  u"Codec %1"_s.arg(slot + 1));
     }
     ASSERT_TRUE(s.waitFor([&] { return s.ended(); }));
     for (int slot = 0; slot < 8; ++slot)
