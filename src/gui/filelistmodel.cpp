@@ -7,6 +7,18 @@
 
 namespace kv {
 
+namespace {
+
+// Numbers line up on the right, names and channel words on the left; captions as their cells.
+QVariant columnAlignment(int column)
+{
+    if (column >= 1 && column <= 4)
+        return QVariant::fromValue(Qt::AlignRight | Qt::AlignVCenter);
+    return {};
+}
+
+} // namespace
+
 FileListModel::FileListModel(MainController &controller, QObject *parent)
     : QAbstractTableModel(parent), m_controller(controller)
 {
@@ -35,10 +47,7 @@ QVariant FileListModel::data(const QModelIndex &index, int role) const
             return row.checked ? Qt::Checked : Qt::Unchecked;
         break;
     case Qt::TextAlignmentRole:
-        // Numbers line up on the right, names and channel words on the left.
-        if (index.column() >= 1 && index.column() <= 4)
-            return QVariant::fromValue(Qt::AlignRight | Qt::AlignVCenter);
-        break;
+        return columnAlignment(index.column());
     case Qt::FontRole:
         if (row.bold) {
             QFont bold;
@@ -77,8 +86,8 @@ QVariant FileListModel::headerData(int section, Qt::Orientation orientation, int
         return {};
     if (role == Qt::DisplayRole)
         return m_controller.text().listColumns.at(static_cast<size_t>(section));
-    if (role == Qt::TextAlignmentRole && section >= 1 && section <= 4)
-        return QVariant::fromValue(Qt::AlignRight | Qt::AlignVCenter);
+    if (role == Qt::TextAlignmentRole)
+        return columnAlignment(section);
     return {};
 }
 

@@ -10,6 +10,18 @@
 
 namespace kv {
 
+namespace {
+
+// Sizes, percentages and times line up on the right; captions as their cells.
+QVariant columnAlignment(int column)
+{
+    if (column >= EncodeJob::SourceSize)
+        return QVariant::fromValue(Qt::AlignRight | Qt::AlignVCenter);
+    return {};
+}
+
+} // namespace
+
 JobListModel::JobListModel(MainController &controller, QObject *parent)
     : QAbstractTableModel(parent), m_controller(controller)
 {
@@ -99,7 +111,7 @@ QVariant JobListModel::data(const QModelIndex &index, int role) const
         }
         return {};
     case Qt::TextAlignmentRole:
-        return index.column() >= EncodeJob::SourceSize ? QVariant(Qt::AlignRight | Qt::AlignVCenter) : QVariant();
+        return columnAlignment(index.column());
     default:
         return {};
     }
@@ -111,9 +123,8 @@ QVariant JobListModel::headerData(int section, Qt::Orientation orientation, int 
         return {};
     if (role == Qt::DisplayRole)
         return m_controller.text().jobColumns.at(static_cast<size_t>(section));
-    // A number column's caption stands over its numbers.
-    if (role == Qt::TextAlignmentRole && section >= EncodeJob::SourceSize)
-        return QVariant::fromValue(Qt::AlignRight | Qt::AlignVCenter);
+    if (role == Qt::TextAlignmentRole)
+        return columnAlignment(section);
     return {};
 }
 

@@ -1,8 +1,8 @@
 #include "platform/posix/posixprocesses.h"
 
 #include <cerrno>
-#include <cstdint>
 #include <csignal>
+#include <cstdint>
 #include <cstring>
 #include <vector>
 
