@@ -20,7 +20,7 @@
 #include <QTreeView>
 
 #include "support/qtprinters.h"
-#include "windowrig.h"
+#include "windowrecord.h"
 
 using namespace kv;
 using namespace kv::test;
@@ -151,6 +151,14 @@ TEST(ConversionFrame, EachMakeCommandRunsItsCodecWithItsCommandLine)
         EXPECT_FALSE(s.shown("pbEncode")); // no more jobs than slots: no bar
         EXPECT_EQ(s.beeps, 1);
         EXPECT_FALSE(s.stop()->isEnabled());
+        if (k.make == MakeMp3) {
+            QStringList frame;
+            describeWidgets(s.w("frEncode"), frame);
+            // The clock's readings, and the bar that measures time, are all that differ from run to run.
+            frame.replaceInStrings(QRegularExpression(u"\\b\\d+:\\d\\d:\\d\\d\\b"_s), u"h:mm:ss"_s);
+            frame.replaceInStrings(QRegularExpression(u"range=\"[^\"]*\""_s), u"range=(seconds)"_s);
+            expectAsRecorded(u"window-conversion"_s, frame, s.dir.path());
+        }
     }
 }
 
@@ -239,9 +247,6 @@ TEST(ConversionFrame, EachOfEightSlotsShowsItsOwnActivity)
     for (int slot = 0; slot < 8; ++slot) {
         EXPECT_TRUE(s.shown(qPrintable(u"imProc_%1"_s.arg(slot)))) << slot;
         EXPECT_EQ(activity(slot), u"running"_s) << slot;
-        // A screen reader counts them as the user does, from 1.
-        EXPECT_EQ(QAccessible::queryAccessibleInterface(s.w(u"imProc_%1"_s.arg(slot)))->text(QAccessible::Name),
-                  u"Codec %1"_s.arg(slot + 1));
     }
     ASSERT_TRUE(s.waitFor([&] { return s.ended(); }));
     for (int slot = 0; slot < 8; ++slot)

@@ -1,0 +1,169 @@
+#pragma once
+
+#include <QAbstractButton>
+#include <QAccessible>
+#include <QComboBox>
+#include <QGridLayout>
+#include <QGroupBox>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMetaEnum>
+#include <QPlainTextEdit>
+#include <QProgressBar>
+#include <QRegularExpression>
+#include <QSlider>
+#include <QTabBar>
+#include <QToolBar>
+#include <QToolButton>
+#include <QTreeView>
+
+#include "support/recorded.h"
+#include "windowrig.h"
+
+namespace kv::test {
+
+using namespace Qt::StringLiterals;
+
+inline QString flags(Qt::Alignment a)
+{
+    QStringList f;
+    for (const auto &[bit, name] : {std::pair{Qt::AlignLeft, "left"}, {Qt::AlignRight, "right"}, {Qt::AlignHCenter, "hcenter"},
+                                    {Qt::AlignTop, "top"}, {Qt::AlignBottom, "bottom"}, {Qt::AlignVCenter, "vcenter"}})
+        if (a & bit)
+            f.append(QLatin1String(name));
+    return f.join(u'+');
+}
+
+// Where a widget sits in its parent's layouts: the path of indexes down nested layouts, a grid's
+// cell and span, and a box's stretch.
+inline QString place(QLayout *layout, QWidget *w)
+{
+    for (int i = 0; i < layout->count(); ++i) {
+        QLayoutItem *item = layout->itemAt(i);
+        QString here = QString::fromLatin1(layout->metaObject()->className() + 1) + u'[' + QString::number(i) + u']';
+        if (auto *grid = qobject_cast<QGridLayout *>(layout)) {
+            int r, c, rs, cs;
+            grid->getItemPosition(i, &r, &c, &rs, &cs);
+            here = u"grid(%1,%2 %3x%4)"_s.arg(r).arg(c).arg(rs).arg(cs);
+        } else if (auto *box = qobject_cast<QBoxLayout *>(layout); box && box->stretch(i) != 0) {
+            here += u" stretch %1"_s.arg(box->stretch(i));
+        }
+        if (const QString a = flags(item->alignment()); !a.isEmpty())
+            here += u" align "_s + a;
+        if (item->widget() == w)
+            return here;
+        if (item->layout())
+            if (QString inner = place(item->layout(), w); !inner.isEmpty())
+                return here + u'/' + inner;
+    }
+    return {};
+}
+
+// What a window shows a user and a screen reader, control by control, one line each: texts, places
+// in the layouts, states and what a screen reader is told. Sizes that follow the font are left out.
+inline void describeWidgets(QWidget *w, QStringList &out, int depth = 0)
+{
+    QStringList p{QString(depth * 2, u' ') + QLatin1String(w->metaObject()->className()),
+                  w->objectName().isEmpty() ? u"-"_s : w->objectName()};
+    auto add = [&](const QString &key, const QString &value) {
+        QString v = value;
+        v.replace(u'\n', u"\\n"_s);
+        if (!v.isEmpty())
+            p.append(key + u'=' + (v.contains(u' ') ? u'"' + v + u'"' : v));
+    };
+    if (!w->isVisibleTo(w->window()))
+        p.append(u"hidden"_s);
+    if (!w->isEnabled())
+        p.append(u"disabled"_s);
+    if (w->parentWidget() && w->parentWidget()->layout())
+        add(u"at"_s, place(w->parentWidget()->layout(), w));
+    if (w->minimumSize() == w->maximumSize())
+        add(u"fixed"_s, u"%1x%2"_s.arg(w->width()).arg(w->height()));
+    if (const QSizePolicy s = w->sizePolicy(); s.horizontalStretch() || s.verticalStretch())
+        add(u"stretch"_s, u"%1,%2"_s.arg(s.horizontalStretch()).arg(s.verticalStretch()));
+    if (QLayout *l = w->layout()) {
+        const QMargins m = l->contentsMargins();
+        add(u"layout"_s, u"%1 margins %2,%3,%4,%5 spacing %6"_s.arg(QLatin1String(l->metaObject()->className() + 1))
+                             .arg(m.left()).arg(m.top()).arg(m.right()).arg(m.bottom()).arg(l->spacing()));
+    }
+    bool inside = true; // controls made of Qt's own parts are recorded as one
+    if (auto *l = qobject_cast<QLabel *>(w)) {
+        add(u"text"_s, l->text());
+        if (l->alignment() != (Qt::AlignLeft | Qt::AlignVCenter))
+            add(u"align"_s, flags(l->alignment()));
+        if (l->buddy())
+            add(u"buddy"_s, l->buddy()->objectName());
+    } else if (auto *b = qobject_cast<QAbstractButton *>(w)) {
+        add(u"text"_s, b->text());
+        if (b->isCheckable())
+            p.append(b->isChecked() ? u"checked"_s : u"unchecked"_s);
+        if (!b->icon().isNull())
+            add(u"icon"_s, u"%1x%2"_s.arg(b->iconSize().width()).arg(b->iconSize().height()));
+        add(u"key"_s, b->shortcut().toString());
+        if (auto *t = qobject_cast<QToolButton *>(w); t && t->autoRaise())
+            p.append(u"raised-on-hover"_s);
+        inside = false;
+    } else if (auto *g = qobject_cast<QGroupBox *>(w)) {
+        add(u"title"_s, g->title());
+    } else if (auto *c = qobject_cast<QComboBox *>(w)) {
+        QStringList items;
+        for (int i = 0; i < c->count(); ++i)
+            items.append((i == c->currentIndex() ? u"*"_s : QString()) + c->itemText(i));
+        add(u"items"_s, items.join(u'|'));
+        inside = false;
+    } else if (auto *e = qobject_cast<QLineEdit *>(w)) {
+        add(u"text"_s, e->text());
+        inside = false;
+    } else if (auto *s = qobject_cast<QAbstractSlider *>(w)) {
+        add(u"range"_s, u"%1..%2 step %3 page %4 value %5"_s.arg(s->minimum()).arg(s->maximum()).arg(s->singleStep())
+                            .arg(s->pageStep()).arg(s->value()));
+        inside = false;
+    } else if (auto *bar = qobject_cast<QProgressBar *>(w)) {
+        add(u"range"_s, u"%1..%2 value %3"_s.arg(bar->minimum()).arg(bar->maximum()).arg(bar->value()));
+        inside = false;
+    } else if (auto *tabs = qobject_cast<QTabBar *>(w)) {
+        QStringList texts;
+        for (int i = 0; i < tabs->count(); ++i)
+            texts.append((i == tabs->currentIndex() ? u"*"_s : QString()) + tabs->tabText(i));
+        add(u"tabs"_s, texts.join(u'|'));
+        inside = false;
+    } else if (auto *bar = qobject_cast<QToolBar *>(w)) {
+        QStringList actions;
+        for (QAction *a : bar->actions())
+            actions.append(a->isSeparator() ? u"|"_s : a->text() + (a->isChecked() ? u"*"_s : QString()));
+        add(u"actions"_s, actions.join(u' '));
+    } else if (auto *text = qobject_cast<QPlainTextEdit *>(w)) {
+        add(u"text"_s, text->toPlainText());
+        inside = false;
+    } else if (auto *view = qobject_cast<QTreeView *>(w)) {
+        QAbstractItemModel *m = view->model();
+        QStringList columns;
+        for (int c = 0; c < m->columnCount(); ++c)
+            columns.append(m->headerData(c, Qt::Horizontal).toString() + u' '
+                           + flags(Qt::Alignment(m->headerData(c, Qt::Horizontal, Qt::TextAlignmentRole).toInt())) + u' '
+                           + QString::number(view->header()->sectionResizeMode(c)));
+        add(u"columns"_s, view->isHeaderHidden() ? u"(header hidden)"_s : columns.join(u" | "));
+        for (int r = 0; r < m->rowCount(); ++r) {
+            QStringList cells;
+            for (int c = 0; c < m->columnCount(); ++c)
+                cells.append(m->index(r, c).data().toString() + u' '
+                             + flags(Qt::Alignment(m->index(r, c).data(Qt::TextAlignmentRole).toInt())));
+            add(u"row"_s, cells.join(u" | "));
+        }
+        inside = false;
+    }
+    add(u"tip"_s, w->toolTip());
+    if (QAccessibleInterface *a = QAccessible::queryAccessibleInterface(w)) {
+        add(u"role"_s, QString::fromLatin1(QMetaEnum::fromType<QAccessible::Role>().valueToKey(a->role())));
+        add(u"name"_s, a->text(QAccessible::Name));
+        add(u"description"_s, a->text(QAccessible::Description));
+    }
+    out.append(p.join(u' '));
+    if (inside)
+        for (QObject *o : w->children())
+            if (auto *child = qobject_cast<QWidget *>(o); child && !child->isWindow() && !child->objectName().startsWith(u"qt_"))
+                describeWidgets(child, out, depth + 1);
+}
+
+} // namespace kv::test

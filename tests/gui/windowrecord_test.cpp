@@ -1,0 +1,63 @@
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QComboBox>
+#include <QTabBar>
+#include <QToolButton>
+
+#include "support/qtprinters.h"
+#include "windowrecord.h"
+
+using namespace kv;
+using namespace kv::test;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+struct FixedSpace : PosixFolders
+{
+    std::optional<FreeSpace> freeSpace(const QString &) override { return FreeSpace{123456, 8, 512}; }
+};
+
+} // namespace
+
+TEST(WindowRecord, WhatEachControlShowsAndTellsInEachLanguageAndOptionsMode)
+{
+    WindowRig rig;
+    FixedSpace folders;
+    Recorder messages;
+    installCodecs(rig.program, "#!/bin/sh\n");
+    const QString music = rig.dir.path() + u"/music"_s;
+    QDir().mkpath(music + u"/older"_s);
+    for (const char *f : {"vbr.mp3", "mono.mp3"})
+        QFile::copy(QStringLiteral(KV_TEST_DATA_DIR "/mp3/") + QLatin1String(f), music + u'/' + QLatin1String(f));
+    ASSERT_EQ(rig.open(rig.environment(folders, messages), music), StartEnd::Running);
+    // Wide enough that no toolbar caption breaks in two, whatever the font.
+    rig.window->resize(1600, 900);
+    rig.toolbar(ShowMp3)->trigger();
+    rig.toolbar(MakeAll)->trigger();
+    QApplication::processEvents();
+
+    for (const char *language : {"english", "russian"}) {
+        QStringList whole;
+        describeWidgets(rig.window.get(), whole);
+        expectAsRecorded(u"window-"_s + QLatin1String(language), whole, rig.dir.path());
+        // Each encoder's options in each of its modes.
+        QStringList options;
+        auto *tabs = rig.window->findChild<QTabBar *>(u"TabOpt"_s);
+        for (int tab = 0; tab < 3; ++tab) {
+            tabs->setCurrentIndex(tab);
+            auto *mode = rig.w<QComboBox>(std::array{"cmbMode", "cmbModeOgg", "cmbModeMpc"}[static_cast<size_t>(tab)]);
+            for (int i = 0; i < mode->count(); ++i) {
+                mode->setCurrentIndex(i);
+                Q_EMIT mode->activated(i);
+                describeWidgets(rig.w(u"frEncOpt_%1"_s.arg(tab)), options);
+            }
+            mode->setCurrentIndex(0);
+            Q_EMIT mode->activated(0);
+        }
+        tabs->setCurrentIndex(0);
+        expectAsRecorded(u"window-"_s + QLatin1String(language) + u"-options"_s, options, rig.dir.path());
+        rig.w<QToolButton>("stbMain_7")->click();
+    }
+}
