@@ -304,7 +304,10 @@ TEST(ConversionFrame, TheTypedMp3CommandLineReachesTheEncoder)
     ASSERT_TRUE(line->isVisible());
     line->clear();
     line->setFocus();
-    QTest::keyClicks(line, u"-b 96 -q 2"_s);
+    // Typed at the end, then in the middle: the cursor stays where the user put it.
+    QTest::keyClicks(line, u"-b 96 2"_s);
+    QTest::keyClick(line, Qt::Key_Left);
+    QTest::keyClicks(line, u"-q "_s);
     s.toolbar(MakeMp3)->trigger(); // nothing ticked: nothing happens
     EXPECT_FALSE(s.shown("frEncode"));
     s.tick(u"a.wav"_s);
@@ -314,6 +317,7 @@ TEST(ConversionFrame, TheTypedMp3CommandLineReachesTheEncoder)
 
     // A second run of other files, the line edited again: the job that starts is the current row.
     s.close()->click();
+    QTest::keyClick(line, Qt::Key_End);
     QTest::keyClicks(line, u" -m m"_s);
     s.tick(u"a.wav"_s, false);
     s.tick(u"b.wav"_s), s.tick(u"c.wav"_s);
@@ -354,6 +358,8 @@ TEST(ConversionFrame, FailedJobsTellWhyInTheirTooltipAndTheDetailsPane)
     s.press(2, Qt::Key_Return);
     EXPECT_FALSE(pane->isHidden());
     EXPECT_EQ(pane->toPlainText(), u"fail.wav: Error\nno target written\n"_s + failed);
+    QTest::qWait(1200);
+    EXPECT_FALSE(pane->isHidden()) << "the run's ticks leave the pane open";
     s.press(4, Qt::Key_Return); // a row that did not fail closes the pane
     EXPECT_TRUE(pane->isHidden());
     EXPECT_EQ(readAll(s.music + u"fail.wav"_s), source);

@@ -315,6 +315,11 @@ TEST(WindowTree, ExpandCollapseClickImagesAndFaults)
     s.tree()->expand(rock);
     EXPECT_EQ(s.children(rock), QStringList{u"old"_s});
     EXPECT_TRUE(image(s.at("rock/old"), ImageFolderAudio));
+    // Folding the folder shown reads it again; a click on it then does not, so a tick stays.
+    s.tree()->collapse(rock);
+    s.list()->setData(s.list()->index(0, 0), Qt::Checked, Qt::CheckStateRole);
+    s.click(rock);
+    EXPECT_EQ(s.list()->index(0, 0).data(Qt::CheckStateRole).value<Qt::CheckState>(), Qt::Checked);
 
     // A folder that cannot be read: listed as an empty folder, and clicking it keeps the list.
     s.folders.refused.insert(s.at("jazz"));
