@@ -694,17 +694,28 @@ TEST(WindowStatistics, EachCaptionShowsItsOwnValueAndTheForecastFollowsTheOption
     }
     EXPECT_EQ(seen.size(), 4);
 
-    // The Ogg average bit rate: its label and the forecast follow the slider's keys.
-    s.tab(1);
-    s.choose("cmbModeOgg", 1);
-    auto *abr = s.w<QSlider>("sliAbrOgg");
-    ASSERT_TRUE(abr->isVisible());
-    const QString before = s.label("lblAbrOgg"), forecast = shown()[u"Average Ogg File Size:"_s];
-    abr->setFocus();
-    QTest::keyClick(abr, Qt::Key_PageUp);
-    EXPECT_EQ(s.label("lblAbrOgg"), u"%1 kbps"_s.arg(abr->value()));
-    EXPECT_NE(s.label("lblAbrOgg"), before);
-    EXPECT_NE(shown()[u"Average Ogg File Size:"_s], forecast);
+    // Each slider, moved by its keys, changes its label and its own encoder's forecast alone.
+    const struct { int tab; const char *mode; int index; const char *slider, *label, *forecast; } sliders[] = {
+        {0, "cmbMode", 1, "sliAbr", "lblAbr", "lblInfo_9"},
+        {1, "cmbModeOgg", 0, "sliPresetOgg", "lblPresetOgg", "lblInfo_10"},
+        {1, "cmbModeOgg", 1, "sliAbrOgg", "lblAbrOgg", "lblInfo_10"},
+        {2, "cmbModeMpc", 1, "sliMpc", "lblMpc", "lblInfo_11"},
+    };
+    const char *forecasts[] = {"lblInfo_9", "lblInfo_10", "lblInfo_11"};
+    for (const auto &c : sliders) {
+        s.tab(c.tab);
+        s.choose(c.mode, c.index);
+        auto *slider = s.w<QSlider>(c.slider);
+        ASSERT_TRUE(slider->isVisible()) << c.slider;
+        QStringList before{s.label(c.label)};
+        for (const char *f : forecasts)
+            before.append(s.label(f));
+        slider->setFocus();
+        QTest::keyClick(slider, Qt::Key_PageUp);
+        EXPECT_NE(s.label(c.label), before[0]) << c.slider;
+        for (int i = 0; i < 3; ++i)
+            EXPECT_EQ(s.label(forecasts[i]) != before[i + 1], QLatin1String(forecasts[i]) == QLatin1String(c.forecast)) << c.slider << " " << forecasts[i];
+    }
 }
 
 // The arrow keys in the folder tree list the folder they reach.

@@ -98,8 +98,12 @@ inline void describeWidgets(QWidget *w, QStringList &out, int depth = 0)
         add(u"text"_s, b->text());
         if (b->isCheckable())
             p.append(b->isChecked() ? u"checked"_s : u"unchecked"_s);
-        if (!b->icon().isNull())
+        if (const QIcon icon = b->icon(); !icon.isNull()) {
             add(u"icon"_s, u"%1x%2"_s.arg(b->iconSize().width()).arg(b->iconSize().height()));
+            // A picture of its own for the pointer over the button.
+            if (icon.pixmap(b->iconSize(), QIcon::Active).toImage() != icon.pixmap(b->iconSize()).toImage())
+                p.append(u"hover-picture"_s);
+        }
         add(u"key"_s, b->shortcut().toString());
         if (auto *t = qobject_cast<QToolButton *>(w); t && t->autoRaise())
             p.append(u"raised-on-hover"_s);
