@@ -86,6 +86,16 @@ TEST(FolderTree, BuildExpandClickAndCollapse)
     // Re-expanding the parent of the selected folder hands the selection to the parent.
     t.tree.Expand(*music);
     EXPECT_EQ(t.tree.selected(), music);
+    // Paths are trimmed: a folder whose name ends in a blank is read without it, clicked or folded.
+    t.folders.add(QStringLiteral("/music/live "));
+    t.tree.Expand(*music);
+    TreeNode *live = t.child(music, "live ");
+    ASSERT_NE(live, nullptr);
+    t.tree.NodeClick(*live);
+    EXPECT_EQ(t.list.path, QStringLiteral("/music/live/"));
+    t.list.path.clear();
+    t.tree.Collapse(*live);
+    EXPECT_EQ(t.list.path, QStringLiteral("/music/live/"));
 }
 
 TEST(FolderTree, OpensDownToAFolderAndListsTheDeepestOneFound)

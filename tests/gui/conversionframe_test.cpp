@@ -15,6 +15,7 @@
 #include <QProgressBar>
 #include <QPushButton>
 #include <QSocketNotifier>
+#include <QTabBar>
 #include <QTimer>
 #include <QToolButton>
 #include <QTreeView>
@@ -308,6 +309,12 @@ TEST(ConversionFrame, TheTypedMp3CommandLineReachesTheEncoder)
     QTest::keyClicks(line, u"-b 96 2"_s);
     QTest::keyClick(line, Qt::Key_Left);
     QTest::keyClicks(line, u"-q "_s);
+    // Another tab visited meanwhile leaves the box as the user left it.
+    auto *tabs = s.window->findChild<QTabBar *>(u"TabOpt"_s);
+    const int cursor = line->cursorPosition();
+    for (const int tab : {1, 0})
+        QTest::mouseClick(tabs, Qt::LeftButton, {}, tabs->tabRect(tab).center());
+    EXPECT_EQ(line->cursorPosition(), cursor);
     s.toolbar(MakeMp3)->trigger(); // nothing ticked: nothing happens
     EXPECT_FALSE(s.shown("frEncode"));
     s.tick(u"a.wav"_s);
