@@ -6,6 +6,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <QFileInfo>
+
 #include "clifixtures.h"
 #include "support/qtprinters.h"
 
@@ -37,11 +39,11 @@ void writeRaw(const QByteArray &path, const QByteArray &content)
 
 // Runs the CLI with arguments passed byte for byte, through a shell script: QProcess would
 // re-encode them as UTF-8, which is exactly what names that are not UTF-8 must survive without.
-RawResult runRaw(const QByteArrayList &args)
+RawResult runRaw(const QByteArrayList &args, const QByteArray &program = QFile::encodeName(cliPath()))
 {
     QTemporaryDir dir;
     QByteArray script = "LC_ALL=C.UTF-8 exec";
-    for (const QByteArray &arg : QByteArrayList{QFile::encodeName(cliPath())} + args)
+    for (const QByteArray &arg : QByteArrayList{program} + args)
         script += " '" + QByteArray(arg).replace('\'', "'\\''") + '\'';
     write(dir.filePath(u"run"_s), script + " </dev/null\n");
     QProcess p;
@@ -93,7 +95,13 @@ TEST(NamesNotUtf8, ListAndConvertBothWaysWithRealCodecs)
     EXPECT_EQ(rows(listed.out), (QByteArrayList{"caf" + replacement + ".wav\t172\t0:00:01\t1411\t44100\tStereo",
                                                 replacement.repeated(5) + ".wav\t172\t0:00:01\t1411\t44100\tStereo"}));
 
-    const RawResult encoded = runRaw({"convert", "--to", "mp3", folder});
+    // Run from a program folder named so too: the codecs beside it are found all the same.
+    const QByteArray program = QFile::encodeName(root.path()) + "/\xCF\xF0\xEE\xE3"; // "Прог"
+    ASSERT_EQ(::mkdir(program.constData(), 0755), 0);
+    writeRaw(program + "/kestrelvane-cli", bytes(cliPath()));
+    ASSERT_EQ(::chmod((program + "/kestrelvane-cli").constData(), 0755), 0);
+    ASSERT_EQ(::symlink(QFile::encodeName(QFileInfo(cliPath()).path() + u"/codec"_s).constData(), (program + "/codec").constData()), 0);
+    const RawResult encoded = runRaw({"convert", "--to", "mp3", folder}, program + "/kestrelvane-cli");
     EXPECT_EQ(encoded.status, 0) << encoded.out.constData() << encoded.err.constData();
     for (const QByteArray &name : {russian, latin}) {
         EXPECT_GT(readRaw(folder + '/' + name + ".mp3").size(), 1000) << name.toHex().constData();
