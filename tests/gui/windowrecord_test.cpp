@@ -34,6 +34,8 @@ TEST(WindowRecord, WhatEachControlShowsAndTellsInEachLanguageAndOptionsMode)
     ASSERT_EQ(rig.open(rig.environment(folders, messages), music), StartEnd::Running);
     // Wide enough that no toolbar caption breaks in two, whatever the font.
     rig.window->resize(1600, 900);
+    rig.window->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(rig.window.get()));
     rig.toolbar(ShowMp3)->trigger();
     rig.toolbar(MakeAll)->trigger();
     QApplication::processEvents();
@@ -41,6 +43,17 @@ TEST(WindowRecord, WhatEachControlShowsAndTellsInEachLanguageAndOptionsMode)
     for (const char *language : {"english", "russian"}) {
         QStringList whole;
         describeWidgets(rig.window.get(), whole);
+        // And the way a keyboard user walks it with Tab, from the drive list round to it again.
+        QStringList walk;
+        rig.w("drvMain")->setFocus();
+        while (walk.size() < 40) {
+            QWidget *focus = QApplication::focusWidget();
+            walk.append(focus->objectName().isEmpty() ? QLatin1String(focus->metaObject()->className()) : focus->objectName());
+            QTest::keyClick(focus, Qt::Key_Tab);
+            if (QApplication::focusWidget() == rig.w("drvMain"))
+                break;
+        }
+        whole.append(u"Tab: "_s + walk.join(u' '));
         expectAsRecorded(u"window-"_s + QLatin1String(language), whole, rig.dir.path());
         // Each encoder's options in each of its modes.
         QStringList options;

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <csignal>
+
 #include <unistd.h>
 
 #include <QDir>
@@ -8,6 +10,7 @@
 #include <QProcess>
 #include <QRegularExpression>
 #include <QTemporaryDir>
+#include <QThread>
 #include <QXmlStreamReader>
 
 #include "support/qtprinters.h"
@@ -192,8 +195,8 @@ TEST_F(Install, ReadOnlyProgramFolderTakesTheSettingsFromTheUsersFolder)
     QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
     env.insert(QStringLiteral("HOME"), home.path());
     env.insert(QStringLiteral("XDG_CONFIG_HOME"), home.filePath(QStringLiteral("config")));
-    QString program = cli();
-    QStringList args{QStringLiteral("options")};
+    // How a program of the installation is started: as the user, or as nobody when that is root.
+    QStringList runner;
     const QString bin = path(QStringLiteral("bin"));
     const QFile::Permissions open = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner | QFile::ReadGroup
                                     | QFile::ExeGroup | QFile::ReadOther | QFile::ExeOther;
@@ -201,19 +204,56 @@ TEST_F(Install, ReadOnlyProgramFolderTakesTheSettingsFromTheUsersFolder)
         // Every folder is writable for root: run as nobody, who may only read the program.
         for (const QString &folder : {s_prefix->path(), home.path(), home.filePath(QStringLiteral("config")), configFolder})
             QFile::setPermissions(folder, open);
+        // The user's own folder is nobody's, so the window can save there.
+        for (const QString &own : {home.path(), home.filePath(QStringLiteral("config")), configFolder, config.fileName()})
+            ASSERT_EQ(::chown(QFile::encodeName(own).constData(), 65534, 65534), 0);
         if (!QFileInfo(QStringLiteral("/usr/bin/setpriv")).isExecutable())
             GTEST_SKIP() << "setpriv is needed to drop root";
-        args = QStringList{QStringLiteral("--reuid=65534"), QStringLiteral("--regid=65534"), QStringLiteral("--clear-groups"),
-                           program} + args;
-        program = QStringLiteral("/usr/bin/setpriv");
+        runner = {QStringLiteral("/usr/bin/setpriv"), QStringLiteral("--reuid=65534"), QStringLiteral("--regid=65534"),
+                  QStringLiteral("--clear-groups")};
     } else {
         QFile::setPermissions(bin, open & ~QFile::WriteOwner);
     }
-    const Finished r = run(program, args, env);
-    QFile::setPermissions(bin, open);
+    auto started = [&](const QString &program, const QStringList &args) {
+        return runner.isEmpty() ? std::pair{program, args} : std::pair{runner[0], runner.mid(1) + QStringList{program} + args};
+    };
+    const auto [cliProgram, cliArgs] = started(cli(), {QStringLiteral("options")});
+    const Finished r = run(cliProgram, cliArgs, env);
     EXPECT_EQ(r.status, 0) << qPrintable(r.err);
     EXPECT_EQ(r.err, QString());
     EXPECT_TRUE(r.out.contains(QStringLiteral("Ogg\t--quiet --quality 4.5\t"))) << qPrintable(r.out);
+
+#ifdef KV_WITH_WINDOW
+    // The window reads them there too, and a session's end saves them back there.
+    QProcess window;
+    env.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
+    window.setProcessEnvironment(env);
+    const auto [gui, guiArgs] = started(path(QStringLiteral("bin/kestrelvane")), {});
+    window.start(gui, guiArgs);
+    ASSERT_TRUE(window.waitForStarted());
+    // Its handler of SIGTERM in place means it is up.
+    const auto handles = [&] {
+        for (const QByteArray &line : contents(QStringLiteral("/proc/%1/status").arg(window.processId())).split('\n'))
+            if (line.startsWith("SigCgt:"))
+                return (line.mid(7).trimmed().toULongLong(nullptr, 16) >> (SIGTERM - 1) & 1) != 0;
+        return false;
+    };
+    bool up = false;
+    for (int i = 0; i < 300 && !(up = handles()); ++i)
+        QThread::msleep(100);
+    ::kill(static_cast<pid_t>(window.processId()), SIGTERM);
+    ASSERT_TRUE(window.waitForFinished(20000));
+    QFile::setPermissions(bin, open);
+    ASSERT_TRUE(up) << window.readAllStandardError().constData();
+    EXPECT_EQ(window.exitCode(), 128 + SIGTERM);
+    const QByteArray saved = contents(config.fileName());
+    ASSERT_EQ(saved.size(), record.size());
+    EXPECT_EQ(saved[7], 55);
+    EXPECT_NE(saved, record) << "the window's place is saved with them";
+    EXPECT_FALSE(QFile::exists(home.filePath(QStringLiteral("config/kestrvan.cfg"))));
+#else
+    QFile::setPermissions(bin, open);
+#endif
 }
 
 } // namespace
