@@ -189,8 +189,9 @@ TEST(Readers, PatchedHeaders)
         {Ogg, ogg(128000).insert(27, '\x01'), 5000, std::nullopt}, // "vorbis" one byte later
         {Mpc, mpc(10'000), 4'096'000, row({"a", "4000", "0:04:21", "~125", "44100", "n/a"})},
         {Mpc, mpc(10'000, 0x12), 4'096'000, row({"a", "4000", "0:05:05", "~108", "37800", "n/a"})},
-        // Below 16 the byte has no second hexadecimal digit: index "00", not "10".
+        // Below 16 the byte has no second hexadecimal digit: index "00", not "10" or "11".
         {Mpc, mpc(10'000, 0x02), 4'096'000, row({"a", "4000", "0:04:21", "~125", "44100", "n/a"})},
+        {Mpc, mpc(10'000, 0x0F), 4'096'000, row({"a", "4000", "0:04:21", "~125", "44100", "n/a"})},
         // The sample count is 32-bit: the largest frame count that fits, then one more.
         {Mpc, mpc(1'864'135), 700'000'000, row({"a", "683594", "13:31:36", "~115", "44100", "n/a"})},
         {Mpc, mpc(1'864'136), 700'000'000, row({"a", "683594"})},

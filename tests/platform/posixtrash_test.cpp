@@ -37,7 +37,9 @@ std::string recordWithoutDate(const QByteArray &infoPath, std::time_t before, st
     const size_t at = text.find(key);
     if (at == std::string::npos)
         return text;
-    const QDateTime when = QDateTime::fromString(QString::fromStdString(text.substr(at + key.size(), 19)), Qt::ISODate);
+    // In the form file managers read back: local time, "T" between date and time.
+    const QDateTime when = QDateTime::fromString(QString::fromStdString(text.substr(at + key.size(), 19)),
+                                                 QStringLiteral("yyyy-MM-dd'T'HH:mm:ss"));
     EXPECT_TRUE(when.isValid() && when.toSecsSinceEpoch() >= before && when.toSecsSinceEpoch() <= after) << text;
     EXPECT_EQ(text.substr(at + key.size() + 19), "\n");
     return text.substr(0, at + 1);

@@ -271,6 +271,15 @@ TEST(PosixProcesses, EndsAreToldWithTheTailOfTheErrorOutput)
         QThread::msleep(1);
     EXPECT_TRUE(p.hasEnded(*h));
     p.kill(*h);
+
+    // Output once read no longer wakes the owner while its codec goes on: no busy loop.
+    const auto talking = p.start(u"\"/bin/sh\" -c \"echo working >&2; exec /bin/sleep 30\""_s, ChildEnvironment::Empty);
+    ASSERT_TRUE(talking.has_value());
+    pollfd pfd{p.outputDescriptor(), POLLIN, 0};
+    ASSERT_EQ(::poll(&pfd, 1, 5000), 1);
+    p.readOutput();
+    EXPECT_EQ(::poll(&pfd, 1, 0), 0);
+    p.kill(*talking);
 }
 
 TEST(PosixProcesses, ExitOfAChildWakesTheWatcher)
