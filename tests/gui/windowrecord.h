@@ -157,6 +157,13 @@ inline void describeWidgets(QWidget *w, QStringList &out, int depth = 0)
         }
         inside = false;
     }
+    // Commands a widget carries for its keys and menus.
+    if (!qobject_cast<QToolBar *>(w) && !qobject_cast<QAbstractButton *>(w)) {
+        QStringList actions;
+        for (QAction *a : w->actions())
+            actions.append((a->text() + u' ' + a->shortcut().toString()).trimmed());
+        add(u"commands"_s, actions.join(u" | "));
+    }
     add(u"tip"_s, w->toolTip());
     if (QAccessibleInterface *a = QAccessible::queryAccessibleInterface(w)) {
         add(u"role"_s, QString::fromLatin1(QMetaEnum::fromType<QAccessible::Role>().valueToKey(a->role())));
