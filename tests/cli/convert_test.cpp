@@ -167,8 +167,10 @@ TEST(Convert, ProgressLinesShowTheShareOfEndedJobs)
     static const QRegularExpression elapsed(u"  elapsed \\d+:\\d\\d:\\d\\d$"_s);
     QStringList bars;
     for (const QString &line : r.err.split(QLatin1Char('\n'))) {
-        if (line.startsWith(QLatin1Char('[')))
+        if (line.startsWith(QLatin1Char('['))) {
+            EXPECT_TRUE(elapsed.match(line).hasMatch()) << line.toStdString();
             bars.append(QString(line).remove(elapsed));
+        }
     }
     EXPECT_EQ(bars, QStringList({u"[........................] Finished 0 of 2"_s, u"[############............] Finished 1 of 2"_s,
                                  u"[########################] Finished 2 of 2"_s}))
