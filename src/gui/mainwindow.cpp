@@ -305,8 +305,6 @@ void MainWindow::buildStatusBar()
         bar->addPermanentWidget(b);
         connect(b, &QToolButton::clicked, this, [this, panel = i + 7] { m_c.statusPanelClick(panel); });
     }
-    if (bar->layout() != nullptr)
-        bar->layout()->setSpacing(4);
     // The two commands of the status bar also answer to keys, as window actions so they work
     // wherever the focus is.
     const std::pair<int, QKeySequence> keys[] = {{7, QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_L)},
