@@ -1,5 +1,7 @@
 #pragma once
 
+#include <functional>
+
 #include <QAbstractButton>
 #include <QAccessible>
 #include <QComboBox>
@@ -72,6 +74,13 @@ inline void describeWidgets(QWidget *w, QStringList &out, int depth = 0)
         if (!v.isEmpty())
             p.append(key + u'=' + (v.contains(u' ') ? u'"' + v + u'"' : v));
     };
+    // A list's entries in order, the chosen one starred.
+    auto entries = [](int count, int chosen, const std::function<QString(int)> &text) {
+        QStringList all;
+        for (int i = 0; i < count; ++i)
+            all.append((i == chosen ? u"*"_s : QString()) + text(i));
+        return all.join(u'|');
+    };
     if (!w->isVisibleTo(w->window()))
         p.append(u"hidden"_s);
     if (!w->isEnabled())
@@ -111,10 +120,7 @@ inline void describeWidgets(QWidget *w, QStringList &out, int depth = 0)
     } else if (auto *g = qobject_cast<QGroupBox *>(w)) {
         add(u"title"_s, g->title());
     } else if (auto *c = qobject_cast<QComboBox *>(w)) {
-        QStringList items;
-        for (int i = 0; i < c->count(); ++i)
-            items.append((i == c->currentIndex() ? u"*"_s : QString()) + c->itemText(i));
-        add(u"items"_s, items.join(u'|'));
+        add(u"items"_s, entries(c->count(), c->currentIndex(), [c](int i) { return c->itemText(i); }));
         inside = false;
     } else if (auto *e = qobject_cast<QLineEdit *>(w)) {
         add(u"text"_s, e->text());
@@ -127,10 +133,7 @@ inline void describeWidgets(QWidget *w, QStringList &out, int depth = 0)
         add(u"range"_s, u"%1..%2 value %3"_s.arg(bar->minimum()).arg(bar->maximum()).arg(bar->value()));
         inside = false;
     } else if (auto *tabs = qobject_cast<QTabBar *>(w)) {
-        QStringList texts;
-        for (int i = 0; i < tabs->count(); ++i)
-            texts.append((i == tabs->currentIndex() ? u"*"_s : QString()) + tabs->tabText(i));
-        add(u"tabs"_s, texts.join(u'|'));
+        add(u"tabs"_s, entries(tabs->count(), tabs->currentIndex(), [tabs](int i) { return tabs->tabText(i); }));
         inside = false;
     } else if (auto *bar = qobject_cast<QToolBar *>(w)) {
         QStringList actions;
