@@ -381,17 +381,20 @@ TEST(ConversionFrame, AbortThisJobKillsAHungCodecAndEndsTheRun)
     EXPECT_TRUE(s.statusOf(0, u"In Progress"_s));
     EXPECT_FALSE(s.close()->isEnabled());
 
-    // The running row's context menu offers the abort; a finished row's offers nothing.
+    // The running row's context menu offers the abort, where the pointer is; a finished row's
+    // offers nothing.
     const auto menuAt = [&](int row) {
         QStringList offered;
+        const QPoint at = s.jobs()->visualRect(s.jobs()->model()->index(row, 0)).center();
         QTimer::singleShot(50, [&] {
             if (QWidget *popup = QApplication::activePopupWidget()) {
                 for (QAction *a : popup->actions())
                     offered.append(a->text());
+                EXPECT_EQ(popup->pos(), s.jobs()->viewport()->mapToGlobal(at));
                 popup->close();
             }
         });
-        Q_EMIT s.jobs()->customContextMenuRequested(s.jobs()->visualRect(s.jobs()->model()->index(row, 0)).center());
+        Q_EMIT s.jobs()->customContextMenuRequested(at);
         QTest::qWait(100);
         return offered;
     };
