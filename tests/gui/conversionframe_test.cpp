@@ -4,7 +4,6 @@
 
 #include <sys/resource.h>
 
-#include <QAccessible>
 #include <QApplication>
 #include <QComboBox>
 #include <QHeaderView>
@@ -21,6 +20,7 @@
 #include <QTreeView>
 
 #include "support/qtprinters.h"
+#include "support/signalhandled.h"
 #include "windowrecord.h"
 
 using namespace kv;
@@ -474,16 +474,7 @@ TEST(SessionEnd, TheWindowExitsWith128PlusTheSignal)
         QProcess window; // offscreen, as this test runs
         window.start(program + u"kestrelvane"_s, {dir.path()});
         ASSERT_TRUE(window.waitForStarted());
-        // Up means its handler of the signal is in place: before that the signal simply kills.
-        const auto handles = [&] {
-            QFile status(u"/proc/%1/status"_s.arg(window.processId()));
-            status.open(QIODevice::ReadOnly);
-            for (const QByteArray &line : status.readAll().split('\n'))
-                if (line.startsWith("SigCgt:"))
-                    return (line.mid(7).trimmed().toULongLong(nullptr, 16) >> (sig - 1) & 1) != 0;
-            return false;
-        };
-        ASSERT_TRUE(QTest::qWaitFor(handles, 30000));
+        ASSERT_TRUE(QTest::qWaitFor([&] { return handlesSignal(window.processId(), sig); }, 30000));
         ::kill(static_cast<pid_t>(window.processId()), sig);
         ASSERT_TRUE(window.waitForFinished(20000));
         EXPECT_EQ(window.exitStatus(), QProcess::NormalExit);

@@ -14,6 +14,7 @@
 #include <QXmlStreamReader>
 
 #include "support/qtprinters.h"
+#include "support/signalhandled.h"
 
 namespace {
 
@@ -231,15 +232,8 @@ TEST_F(Install, ReadOnlyProgramFolderTakesTheSettingsFromTheUsersFolder)
     const auto [gui, guiArgs] = started(path(QStringLiteral("bin/kestrelvane")), {});
     window.start(gui, guiArgs);
     ASSERT_TRUE(window.waitForStarted());
-    // Its handler of SIGTERM in place means it is up.
-    const auto handles = [&] {
-        for (const QByteArray &line : contents(QStringLiteral("/proc/%1/status").arg(window.processId())).split('\n'))
-            if (line.startsWith("SigCgt:"))
-                return (line.mid(7).trimmed().toULongLong(nullptr, 16) >> (SIGTERM - 1) & 1) != 0;
-        return false;
-    };
     bool up = false;
-    for (int i = 0; i < 300 && !(up = handles()); ++i)
+    for (int i = 0; i < 300 && !(up = kv::test::handlesSignal(window.processId(), SIGTERM)); ++i)
         QThread::msleep(100);
     ::kill(static_cast<pid_t>(window.processId()), SIGTERM);
     ASSERT_TRUE(window.waitForFinished(20000));
