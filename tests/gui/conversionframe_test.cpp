@@ -6,7 +6,6 @@
 
 #include <QApplication>
 #include <QComboBox>
-#include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPlainTextEdit>
@@ -159,44 +158,6 @@ TEST(ConversionFrame, EachMakeCommandRunsItsCodecWithItsCommandLine)
             frame.replaceInStrings(QRegularExpression(u"\\b\\d+:\\d\\d:\\d\\d\\b"_s), u"h:mm:ss"_s);
             frame.replaceInStrings(QRegularExpression(u"range=\"[^\"]*\""_s), u"range=(seconds)"_s);
             expectAsRecorded(u"window-conversion"_s, frame, s.dir.path());
-        }
-    }
-}
-
-// Drags the right border of a column's caption by dx pixels, as a user widening it does, and
-// gives how much wider the column became.
-int widenedByDragging(QTreeView *view, int column, int dx)
-{
-    QHeaderView *header = view->header();
-    const int before = header->sectionSize(column);
-    const QPoint border(header->sectionViewportPosition(column) + before - 1, header->height() / 2);
-    QTest::mousePress(header->viewport(), Qt::LeftButton, {}, border);
-    QTest::mouseMove(header->viewport(), border + QPoint(dx, 0));
-    QTest::mouseRelease(header->viewport(), Qt::LeftButton, {}, border + QPoint(dx, 0));
-    return header->sectionSize(column) - before;
-}
-
-// Numbers line up on the right under a caption aligned as they are; words on the left.
-TEST(ConversionFrame, NumberColumnsOfBothListsLineUpRightAndWidenWhenTheirBorderIsDragged)
-{
-    Session s({u"a.wav"_s, u"b.wav"_s, u"c.wav"_s});
-    s.start();
-    s.makeAll(MakeMp3);
-    ASSERT_TRUE(s.waitFor([&] { return s.ended(); }));
-    for (QTreeView *view : {s.w<QTreeView>("lstMain"), s.jobs()}) {
-        QAbstractItemModel *m = view->model();
-        for (int column = 0; column < m->columnCount(); ++column) {
-            const std::string where = view->objectName().toStdString() + " " + std::to_string(column);
-            const auto right = [](const QVariant &v) { return (v.value<Qt::Alignment>() & Qt::AlignRight) != 0; };
-            const QString first = m->index(0, column).data().toString();
-            ASSERT_FALSE(first.isEmpty()) << where;
-            EXPECT_FALSE(m->headerData(column, Qt::Horizontal).toString().isEmpty()) << where;
-            EXPECT_EQ(right(m->headerData(column, Qt::Horizontal, Qt::TextAlignmentRole)), first[0].isDigit()) << where;
-            for (int row = 0; row < m->rowCount(); ++row)
-                EXPECT_EQ(right(m->index(row, column).data(Qt::TextAlignmentRole)), first[0].isDigit()) << where << " " << row;
-            if (column > 0) {
-                EXPECT_EQ(widenedByDragging(view, column, 30), 30) << where;
-            }
         }
     }
 }
