@@ -1,9 +1,7 @@
 #include <gtest/gtest.h>
 
-#include <cerrno>
 #include <csignal>
 #include <memory>
-#include <thread>
 
 #include <QDir>
 #include <QFile>
@@ -11,8 +9,6 @@
 
 #include <fcntl.h>
 #include <poll.h>
-#include <sys/resource.h>
-#include <sys/utsname.h>
 #include <unistd.h>
 
 #include "platform/posix/posixprocesses.h"
@@ -63,12 +59,12 @@ QByteArray readProc(const QString &path)
     return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
 }
 
-// The pid of the only child of a thread of ours (the main one by default) once it runs the named
-// program: read too early, /proc shows this test's own image and environment.
-QString childRunning(const char *program, pid_t thread = ::getpid())
+// The pid of our only child once it runs the named program: read too early, /proc shows this
+// test's own image and environment.
+QString childRunning(const char *program)
 {
     for (int i = 0; i < 2000; ++i) {
-        const QString pid = QString::fromLatin1(readProc(u"/proc/%1/task/%2/children"_s.arg(::getpid()).arg(thread)).trimmed());
+        const QString pid = QString::fromLatin1(readProc(u"/proc/self/task/%1/children"_s.arg(::getpid())).trimmed());
         if (!pid.isEmpty() && QFile::symLinkTarget(u"/proc/"_s + pid + u"/exe"_s).endsWith(QLatin1String(program)))
             return pid;
         QThread::msleep(1);
@@ -119,45 +115,6 @@ TEST(PosixProcesses, ChildGetsEmptyEnvironmentNullInputOwnGroupNoInheritedDescri
     EXPECT_TRUE(QFile::symLinkTarget(proc + u"/fd/2"_s).contains(u"pipe:"_s)); // kept for a failure report
     EXPECT_EQ(readProc(proc + u"/stat"_s).split(' ').value(4), pid.toUtf8()); // group of its own
     p.kill(*h);
-}
-
-// The thread that reaps and starts codecs runs with a short slice and the user's nice; the codecs
-// it starts get the ordinary slice and that nice. Per-task slices came with Linux 6.12.
-TEST(PosixProcesses, APromptReaperStartsCodecsWithTheOrdinarySliceAndItsNice)
-{
-    auto slice = [](const QString &task) {
-        for (const QByteArray &line : readProc(task + u"/sched"_s).split('\n'))
-            if (line.startsWith("se.slice"))
-                return line.mid(line.indexOf(':') + 1).trimmed().toLongLong();
-        return -1LL;
-    };
-    auto nice = [](const QString &task) {
-        const QByteArray stat = readProc(task + u"/stat"_s);
-        return stat.mid(stat.lastIndexOf(')') + 2).split(' ').value(16).toInt();
-    };
-    utsname kernel{};
-    ::uname(&kernel);
-    const QList<QByteArray> version = QByteArray(kernel.release).split('.');
-    const bool slices = version.value(0).toInt() * 100 + version.value(1).toInt() >= 612;
-    const long long ordinary = slice(u"/proc/self"_s);
-    std::thread reaper([&] {
-        const QString self = u"/proc/%1/task/%2"_s.arg(::getpid()).arg(::gettid());
-        ASSERT_EQ(::setpriority(PRIO_PROCESS, static_cast<id_t>(::gettid()), 3), 0);
-        PosixProcesses::preferPromptWakeups();
-        PosixProcesses p;
-        const auto h = p.start(u"\"/bin/sleep\" 30"_s, ChildEnvironment::Empty);
-        ASSERT_TRUE(h.has_value());
-        const QString child = childRunning("sleep", ::gettid());
-        ASSERT_FALSE(child.isEmpty());
-        EXPECT_EQ(nice(self), 3);
-        EXPECT_EQ(nice(u"/proc/"_s + child), 3);
-        if (slices) {
-            EXPECT_EQ(slice(self), 100000);
-            EXPECT_EQ(slice(u"/proc/"_s + child), ordinary);
-        }
-        p.kill(*h);
-    });
-    reaper.join();
 }
 
 TEST(PosixProcesses, PollKillWholeGroupAndFailedStart)
@@ -280,21 +237,4 @@ TEST(PosixProcesses, EndsAreToldWithTheTailOfTheErrorOutput)
     p.readOutput();
     EXPECT_EQ(::poll(&pfd, 1, 0), 0);
     p.kill(*talking);
-}
-
-TEST(PosixProcesses, ExitOfAChildWakesTheWatcher)
-{
-    PosixProcesses p;
-    const int fd = PosixProcesses::exitEventDescriptor();
-    PosixProcesses::clearExitEvents();
-    const auto h = p.start(u"\"/bin/true\""_s, ChildEnvironment::Empty);
-    ASSERT_TRUE(h.has_value());
-    pollfd pfd{fd, POLLIN, 0};
-    int ready = -1;
-    while ((ready = ::poll(&pfd, 1, 1000)) < 0 && errno == EINTR) {
-    }
-    ASSERT_EQ(ready, 1);
-    EXPECT_TRUE(p.hasEnded(*h));
-    PosixProcesses::clearExitEvents();
-    EXPECT_EQ(::poll(&pfd, 1, 0), 0);
 }
