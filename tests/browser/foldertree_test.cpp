@@ -98,28 +98,6 @@ TEST(FolderTree, BuildExpandClickAndCollapse)
     EXPECT_EQ(t.list.path, QStringLiteral("/music/live/"));
 }
 
-TEST(FolderTree, OpensDownToAFolderAndListsTheDeepestOneFound)
-{
-    const struct { const char *root, *path, *listed; int selectedDepth; } cases[] = {
-        {"/", "/music/rock/old", "/music/rock/old/", 3},
-        {"/", "/music/rock/gone/deeper", "/music/rock/", 2}, // missing parts are passed over
-        {"/", "/", "/", 0},
-        {"/music", "/music/rock", "/music/rock/", 1},      // a mount point below "/"
-    };
-    for (const auto &c : cases) {
-        Tree t;
-        t.tree.BuildTree(Volume{QLatin1String(c.root), QString()});
-        t.tree.OpenTreeAt(QLatin1String(c.path));
-        EXPECT_EQ(t.scans, 1) << c.path;
-        EXPECT_EQ(t.list.path, QLatin1String(c.listed)) << c.path;
-        int depth = 0;
-        for (TreeNode *n = t.tree.selected(); n->parent != nullptr; n = n->parent)
-            ++depth;
-        EXPECT_EQ(depth, c.selectedDepth) << c.path;
-        EXPECT_TRUE(t.tree.selected()->expanded) << c.path;
-    }
-}
-
 TEST(FolderTree, ReadsEachFolderOnceWhenExpanding)
 {
     Tree t;

@@ -2,13 +2,6 @@
 
 #include <algorithm>
 
-#include <QFile>
-#include <QtEndian>
-#include <QProcess>
-#include <QTemporaryDir>
-
-#include "common/rounding.h"
-#include "common/texts.h"
 #include "media/readers.h"
 #include "platform/posix/posixfiles.h"
 #include "support/qtprinters.h"
@@ -191,7 +184,6 @@ TEST(Readers, PatchedHeaders)
         {Mpc, mpc(10'000, 0x12), 4'096'000, row({"a", "4000", "0:05:05", "~108", "37800", "n/a"})},
         // Below 16 the byte has no second hexadecimal digit: index "00", not "10" or "11".
         {Mpc, mpc(10'000, 0x02), 4'096'000, row({"a", "4000", "0:04:21", "~125", "44100", "n/a"})},
-        {Mpc, mpc(10'000, 0x0F), 4'096'000, row({"a", "4000", "0:04:21", "~125", "44100", "n/a"})},
         // The sample count is 32-bit: the largest frame count that fits, then one more.
         {Mpc, mpc(1'864'135), 700'000'000, row({"a", "683594", "13:31:36", "~115", "44100", "n/a"})},
         {Mpc, mpc(1'864'136), 700'000'000, row({"a", "683594"})},
@@ -215,7 +207,6 @@ TEST(Readers, PatchedHeaders)
         {Mpc, "MPCK" + packet("RG", QByteArray(10, '\0')), 4096, row({"a", "4"})}, // no stream header
         {Mpc, mpck(streamHeader(441'000)).replace(4, 1, "1"), 4096, row({"a", "4"})},
         {Mpc, mpck(streamHeader(441'000)).replace(6, 1, "\x02"), 4096, row({"a", "4"})}, // smaller than key and size
-        {Mpc, mpck(streamHeader(441'000)).replace(6, 1, "\x00"), 4096, row({"a", "4"})},
         {Mpc, "MPCKSH" + QByteArray(9, '\x80'), 4096, row({"a", "4"})}, // a size that never ends
         {Mpc, mpck(streamHeader(441'000)).replace(6, 1, "\x0C"), 4096, row({"a", "4"})}, // shorter than its fields
         {Mpc, mpck(streamHeader(441'000)).left(16), 4096, row({"a", "4"})}, // the file ends before rate and channels
@@ -223,7 +214,6 @@ TEST(Readers, PatchedHeaders)
         {Mpc, mpck(streamHeader(441'000, 0, 0x80)), 4096, row({"a", "4"})}, // rate index 4
         {Mpc, mpck(streamHeader(0)), 4096, row({"a", "4"})},
         {Mpc, mpck(streamHeader(44'100, 44'100)), 4096, row({"a", "4"})},
-        {Mpc, mpck(streamHeader(44'100, 44'101)), 4096, row({"a", "4"})},
         {Mpc, mpck(streamHeader(std::uint64_t{1} << 50)), 4096, row({"a", "4"})}, // beyond 32-bit seconds
         {Mpc, mpck(streamHeader(441'000)).replace(0, 4, "MPCk"), 4096, std::nullopt},
         // The MP3 frame walk. Bytes below 16 read as sixteen times their value: 09 -> 128 kbps, 04 -> joint stereo.
@@ -270,34 +260,5 @@ TEST(Readers, Mpeg2And25BitrateTable)
             EXPECT_EQ((*info)[MediaInfo::Bitrate], QString::number(kbps[index - 1])) << v.sampling << ' ' << index;
             EXPECT_EQ((*info)[MediaInfo::Sampling], QLatin1String(v.sampling)) << index;
         }
-    }
-}
-
-// The Musepack fixtures against the system's decoder: rate, channels and sample count.
-TEST(Readers, MusepackRowsAgreeWithTheDecoder)
-{
-    QTemporaryDir dir;
-    PosixFiles files;
-    for (const char *name : {"stereo-44100.mpc", "mono-48000.mpc"}) {
-        const QString decoded = dir.filePath(QStringLiteral("decoded.wav"));
-        QProcess decoder;
-        decoder.setStandardOutputFile(QProcess::nullDevice());
-        decoder.setStandardErrorFile(QProcess::nullDevice());
-        decoder.start(QStringLiteral("/usr/bin/mpcdec"), {dataDir("mpc") + QLatin1String(name), decoded});
-        ASSERT_TRUE(decoder.waitForFinished(30000));
-        ASSERT_EQ(decoder.exitCode(), 0);
-        QFile file(decoded);
-        ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-        const QByteArray wavHeader = file.read(44);
-        ASSERT_EQ(wavHeader.mid(36, 4), "data");
-        const auto field = [&](int at) { return qFromLittleEndian<std::uint16_t>(wavHeader.constData() + at); };
-        const std::uint32_t channels = field(22), rate = qFromLittleEndian<std::uint32_t>(wavHeader.constData() + 24),
-                            blockAlign = field(32);
-        const double samples = static_cast<double>(file.size() - 44) / blockAlign;
-        const auto info = readMediaInfo(Mpc, dataDir("mpc"), QLatin1String(name), files);
-        ASSERT_TRUE(info) << name;
-        EXPECT_EQ((*info)[MediaInfo::Sampling], QString::number(rate)) << name;
-        EXPECT_EQ((*info)[MediaInfo::Channel], QString::number(channels)) << name;
-        EXPECT_EQ((*info)[MediaInfo::Duration], durationText(static_cast<std::int32_t>(roundHalfEven(samples / rate)))) << name;
     }
 }

@@ -82,25 +82,6 @@ TEST(PosixFiles, DeletionRefusedByTheFolderIsAccessDenied)
     ::chmod(folder, 0755);
 }
 
-TEST(PosixFiles, ExecutableMeansAFileThatMayBeStarted)
-{
-    QTemporaryDir dir;
-    const QByteArray root = bytePath(dir) + '/';
-    writeFile(root + "run", "#!/bin/sh\n");
-    writeFile(root + "plain", "#!/bin/sh\n");
-    ::chmod(root + "run", 0755);
-    ::chmod(root + "plain", 0644);
-    ::symlink("run", root + "link");
-    ::symlink("none", root + "dangling");
-    ::mkdir(root + "folder", 0755);
-    const struct { const char *name; bool executable; } cases[] = {
-        {"run", true}, {"link", true}, {"plain", false}, {"dangling", false}, {"none", false}, {"folder", false},
-    };
-    PosixFiles files;
-    for (const auto &c : cases)
-        EXPECT_EQ(files.isExecutable(dir.filePath(QLatin1String(c.name))), c.executable) << c.name;
-}
-
 // The other kinds of path are in the options command's test; root reads everything, so this
 // one runs as nobody.
 TEST(DescribeUnreadable, AFileWeMayNotReadIsNotMissing)

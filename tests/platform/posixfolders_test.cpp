@@ -41,13 +41,11 @@ TEST_F(PosixFoldersTest, ListsPlainVisibleFilesAndLinksToThem)
 {
     for (const char *name : {"b.wav", "A.WAV", ".hidden.wav", "notes.txt", "Ca.wav", "Song.MP3", ".x.ogg"})
         writeFile(root() + name, "data");
-    ASSERT_EQ(::mkdir(root() + "folder.wav", 0755), 0);
-    ASSERT_EQ(::mkdir(root() + ".git", 0755), 0);
-    ASSERT_EQ(::mkdir(root() + "album.ogg", 0755), 0);
-    ASSERT_EQ(::symlink("b.wav", root() + "link.wav"), 0);
-    ASSERT_EQ(::symlink("missing.wav", root() + "dangling.wav"), 0);
-    ASSERT_EQ(::symlink("folder.wav", root() + "folderlink.wav"), 0);
-    ASSERT_EQ(::symlink("missing.mpc", root() + "dangling.mpc"), 0);
+    for (const char *name : {"folder.wav", ".git", "album.ogg"})
+        ASSERT_EQ(::mkdir(root() + name, 0755), 0);
+    for (const auto &[target, link] : {std::pair{"b.wav", "link.wav"}, {"missing.wav", "dangling.wav"},
+                                       {"folder.wav", "folderlink.wav"}, {"missing.mpc", "dangling.mpc"}})
+        ASSERT_EQ(::symlink(target, root() + link), 0);
     ASSERT_EQ(::mkfifo(root() + "pipe.wav", 0644), 0); // neither a file nor a folder
 
     EXPECT_EQ(folders.listFiles(dir.path(), QStringLiteral("*.wav")),

@@ -27,11 +27,9 @@ TEST(Volumes, DriveListKeepsRealFileSystemsOnce)
 {
     const QByteArray table =
         "22 1 0:21 / /sys rw,nosuid shared:7 - sysfs sysfs rw\n"
-        "23 1 0:22 / /proc rw shared:13 - proc proc rw\n"
         "25 1 8:1 / / rw,relatime shared:1 - ext4 /dev/sda1 rw\n"
         "26 25 0:5 / /dev rw shared:2 - devtmpfs udev rw\n"
         "27 25 0:24 / /run rw shared:5 - tmpfs tmpfs rw\n"
-        "28 27 0:25 / /run/user/1000 rw - tmpfs tmpfs rw\n"
         "29 25 8:17 / /media/ann/My\\040Disk rw - vfat /dev/sdb1 rw\n"
         "30 25 11:0 / /media/cdrom ro - iso9660 /dev/sr0 ro\n"
         "31 25 8:2 / /home rw - ext4 /dev/sda2 rw\n"

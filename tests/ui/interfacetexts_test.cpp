@@ -20,8 +20,8 @@ InterfaceTexts startedWindow()
 
 } // namespace
 
-// Every panel is relabelled around its value, and switching there and back gives the window
-// its texts again; the same language twice changes nothing.
+// Every panel is relabelled around its value, and switching back gives it again; the same
+// language twice changes nothing. The window's test switches every other text there and back.
 TEST(Languages, SwitchingRelabelsEveryPanelAroundItsValue)
 {
     const InterfaceTexts english = startedWindow();
@@ -30,15 +30,11 @@ TEST(Languages, SwitchingRelabelsEveryPanelAroundItsValue)
         QStringLiteral("Размер: 0 МБ  "), QStringLiteral("Время: 10:00:00  "),    QStringLiteral("Поток: 1411 Кб/с  "),
         QStringLiteral("Русский"),        QStringLiteral("Справка")};
     InterfaceTexts ui = english;
-    for (int round = 0; round < 2; ++round) {
-        ApplyRussian(ui);
-        ApplyRussian(ui);
-        EXPECT_EQ(ui.text.makeButtons, russianTexts().makeButtons) << round;
-        EXPECT_EQ(ui.status.panels, russian) << round;
-        ApplyEnglish(ui);
-        EXPECT_EQ(ui.text.infoLabels, english.text.infoLabels) << round;
-        EXPECT_EQ(ui.status.panels, english.status.panels) << round;
-    }
+    ApplyRussian(ui);
+    ApplyRussian(ui);
+    EXPECT_EQ(ui.status.panels, russian);
+    ApplyEnglish(ui);
+    EXPECT_EQ(ui.status.panels, english.status.panels);
     // Five characters or fewer after the label are kept whole: there is no unit to cut.
     ui.status.panel(4) = QStringLiteral("Size: 1.5");
     ui.status.panel(6) = QStringLiteral("Average bitrate: 128");
