@@ -103,6 +103,9 @@ inline void describeWidgets(QWidget *w, QStringList &out, int depth = 0)
             add(u"align"_s, flags(l->alignment()));
         if (l->buddy())
             add(u"buddy"_s, l->buddy()->objectName());
+        // Space the program gives a text of its own (a frame's or title's follows the style).
+        if (const QMargins m = l->contentsMargins(); !m.isNull())
+            add(u"padding"_s, u"%1,%2,%3,%4"_s.arg(m.left()).arg(m.top()).arg(m.right()).arg(m.bottom()));
     } else if (auto *b = qobject_cast<QAbstractButton *>(w)) {
         add(u"text"_s, b->text());
         if (b->isCheckable())
@@ -150,6 +153,8 @@ inline void describeWidgets(QWidget *w, QStringList &out, int depth = 0)
             columns.append(m->headerData(c, Qt::Horizontal).toString() + u' '
                            + flags(Qt::Alignment(m->headerData(c, Qt::Horizontal, Qt::TextAlignmentRole).toInt())) + u' '
                            + QString::number(view->header()->sectionResizeMode(c)));
+        if (view->rootIsDecorated())
+            p.append(u"branches"_s);
         add(u"columns"_s, view->isHeaderHidden() ? u"(header hidden)"_s : columns.join(u" | "));
         for (int r = 0; r < m->rowCount(); ++r) {
             QStringList cells;
