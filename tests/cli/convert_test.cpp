@@ -71,24 +71,22 @@ QStringList statuses(const QString &out)
 TEST(Convert, EncodesAwkwardNamesToEachFormatAndDecodesBack)
 {
     QTemporaryDir wavs;
-    QStringList all = awkward + QStringList{u"rate48.wav"_s}; // Musepack takes 44100 Hz only
-    all.sort();
-    for (const QString &name : all)
-        makeWav(wavs.filePath(name), name.startsWith(u"rate48") ? "-r48000" : "-r44100");
-    const QByteArrayList sources = contents(wavs, all);
+    for (const QString &name : awkward)
+        makeWav(wavs.filePath(name));
+    const QByteArrayList sources = contents(wavs, awkward);
 
-    const struct { const char *to; QByteArray magic; QStringList listed; } encodings[] = {{"mp3", "\xFF", all}, {"ogg", "OggS", all}, {"mpc", "MPCK", awkward}};
+    const struct { const char *to; QByteArray magic; } encodings[] = {{"mp3", "\xFF"}, {"ogg", "OggS"}, {"mpc", "MPCK"}};
     for (const auto &e : encodings) {
         const QString to = QLatin1String(e.to);
         const CliResult r = runCli({u"convert"_s, u"--to"_s, to, wavs.path()});
-        EXPECT_EQ(doneNames(r, static_cast<int>(e.listed.size())), e.listed);
+        EXPECT_EQ(doneNames(r, static_cast<int>(awkward.size())), awkward);
         EXPECT_FALSE(r.err.contains(QLatin1Char('\r'))); // not a terminal: plain lines only
         for (const QString &name : awkward) {
             const QByteArray start = bytes(wavs.filePath(withExtension(name, to))).left(4);
             EXPECT_TRUE(start.startsWith(e.magic) || (e.magic == "\xFF" && start.startsWith("ID3")))
                 << e.to << name.toStdString();
         }
-        EXPECT_EQ(contents(wavs, all), sources);
+        EXPECT_EQ(contents(wavs, awkward), sources);
     }
 
     // Back to WAV, each kind in a folder of its own so no WAV source is overwritten.
@@ -193,21 +191,6 @@ TEST(Convert, OnATerminalTheProgressLineIsRedrawnInPlaceAndTheEndRingsTheBell)
     EXPECT_TRUE(r.err.startsWith(u"\r[........................] Finished 0 of 2"_s)) << r.err.toStdString();
     EXPECT_TRUE(r.err.contains(u"\r[########################] Finished 2 of 2"_s)) << r.err.toStdString();
     EXPECT_TRUE(r.err.endsWith(u"\r\x1b[K"_s)) << r.err.toStdString();
-}
-
-TEST(Convert, MissingCodecsAreReportedInCheckOrder)
-{
-    ProgramCopy program;
-    QFile::remove(program.codec("lame"));
-    QFile::resize(program.codec("mppenc"), 0);
-    // Present but not executable: every job would fail, so it is as good as missing.
-    QFile::setPermissions(program.codec("oggenc2"), QFile::ReadOwner | QFile::WriteOwner);
-    QTemporaryDir empty;
-    const CliResult r = program.convert({u"--to"_s, u"mp3"_s, empty.path()});
-    EXPECT_EQ(r.status, 2);
-    // The last check looks for lame again but names oggdec, which is there.
-    EXPECT_EQ(r.err, program.codec("lame") + u" not found\n"_s + program.codec("mppenc") + u" not found\n"_s
-                         + program.codec("oggenc2") + u" not found\n"_s + program.codec("oggdec") + u" not found\n"_s);
 }
 
 namespace {
@@ -315,42 +298,25 @@ TEST(Convert, NothingIsLostToAReplacedOrSharedTarget)
     EXPECT_TRUE(r.err.contains(u"kestrelvane-cli: x.wav left out: its target x.ogg is made from x.WAV in this run\n"_s));
 }
 
-// A failing codec is told after the job list even when the size rule says "Done", and the
-// command fails. A codec flooding its error output is neither held up nor kept whole.
+// A failing codec is told after the job list, with its error output, even when the size rule says
+// "Done", and the command fails.
 TEST(Convert, FailingCodecsAreToldWithTheirStatusAndErrorOutput)
 {
     ProgramCopy program;
     program.fakeLame("case \"$t\" in\n"
                      "*full*) /usr/bin/head -c 12288 /dev/zero > \"$t\"; echo 'Error writing mp3 output' >&2; exit 1;;\n"
                      "*crash*) /usr/bin/head -c 4096 /dev/zero > \"$t\"; kill -SEGV $$;;\n"
-                     "*flood*) /usr/bin/yes 'codec message' | /usr/bin/head -c 5000000 >&2; echo >&2; echo last words >&2;"
-                     " /usr/bin/head -c 3000 /dev/zero > \"$t\"; exit 2;;\n"
                      "*) /usr/bin/head -c 5000 /dev/zero > \"$t\";;\n"
                      "esac\n");
     QTemporaryDir wavs;
-    for (const char *name : {"crash.wav", "flood.wav", "full.wav", "good.wav"})
+    for (const char *name : {"crash.wav", "full.wav", "good.wav"})
         makeWav(wavs.filePath(QLatin1String(name)));
-    const CliResult r = program.convert({u"--to"_s, u"mp3"_s, u"--jobs"_s, u"4"_s, wavs.path()});
+    const CliResult r = program.convert({u"--to"_s, u"mp3"_s, u"--jobs"_s, u"3"_s, wavs.path()});
     EXPECT_EQ(r.status, 1);
-    EXPECT_EQ(statuses(r.out), QStringList({u"crash.wav\tDone"_s, u"flood.wav\tDone"_s, u"full.wav\tDone"_s,
-                                            u"good.wav\tDone"_s}));
-    const QStringList lines = r.out.section(u"Finished 4 of 4\n"_s, 1).split(QLatin1Char('\n'));
-    ASSERT_GT(lines.size(), 8) << r.out.toStdString();
-    EXPECT_EQ(lines.mid(0, 4), QStringList({QString(), u"crash.wav\tDone\tsignal 11 (Segmentation fault)"_s, QString(),
-                                            u"flood.wav\tDone\texit status 2"_s}));
-    EXPECT_EQ(lines.mid(lines.size() - 4), QStringList({QString(), u"full.wav\tDone\texit status 1"_s,
-                                                        u"    Error writing mp3 output"_s, QString()}));
-    // The flood's last 4 KB at most: pieces of its lines (cut at both ends), then its last words.
-    const QStringList flood = lines.mid(4, lines.size() - 8);
-    ASSERT_FALSE(flood.isEmpty());
-    EXPECT_EQ(flood.back(), u"    last words"_s);
-    qsizetype kept = 0;
-    for (const QString &line : flood.mid(0, flood.size() - 1)) {
-        EXPECT_TRUE(line.startsWith(u"    "_s) && u"codec message"_s.contains(line.mid(4))) << line.toStdString();
-        kept += line.size() - 4 + 1;
-    }
-    EXPECT_LE(kept, 4096);
-    EXPECT_GT(kept, 4000);
+    EXPECT_EQ(statuses(r.out), QStringList({u"crash.wav\tDone"_s, u"full.wav\tDone"_s, u"good.wav\tDone"_s}));
+    EXPECT_EQ(r.out.section(u"Finished 3 of 3\n"_s, 1),
+              u"\ncrash.wav\tDone\tsignal 11 (Segmentation fault)\n\nfull.wav\tDone\texit status 1\n"
+              "    Error writing mp3 output\n"_s);
 }
 
 namespace {
