@@ -144,7 +144,7 @@ TEST(Convert, EndsWhenNothingCanMoveOn)
     QTemporaryDir dir;
     makeWav(dir.filePath(u"a.wav"_s), "-r44100", "0.002");
     makeWav(dir.filePath(u"b.wav"_s));
-    const CliResult r = runCli({u"convert"_s, u"--to"_s, u"mp3"_s, u"--jobs"_s, u"1"_s, dir.path()}, "C.UTF-8", 20000);
+    const CliResult r = runCli({u"convert"_s, u"--to"_s, u"mp3"_s, u"--jobs"_s, u"1"_s, dir.path()});
     EXPECT_EQ(r.out, header + u"\na.wav\tIn Progress\t0 KB\t\t\t\nb.wav\t\t172 KB\t\t\t\nFinished 0 of 2\n"_s);
     EXPECT_EQ(r.status, 1);
 }
@@ -183,7 +183,7 @@ TEST(Convert, OnATerminalTheProgressLineIsRedrawnInPlaceAndTheEndRingsTheBell)
     QTemporaryDir wavs;
     makeWav(wavs.filePath(u"a.wav"_s));
     makeWav(wavs.filePath(u"b.wav"_s));
-    const CliResult r = runCli({u"convert"_s, u"--to"_s, u"mp3"_s, u"--jobs"_s, u"1"_s, wavs.path()}, "C.UTF-8", 120000, true);
+    const CliResult r = runCli({u"convert"_s, u"--to"_s, u"mp3"_s, u"--jobs"_s, u"1"_s, wavs.path()}, {.errOnTerminal = true});
     EXPECT_EQ(r.status, 0) << r.err.toStdString();
     EXPECT_TRUE(r.out.endsWith(u"Finished 2 of 2\n"_s)) << r.out.toStdString();
     EXPECT_EQ(r.err.count(u'\a'), 1) << r.err.toStdString();

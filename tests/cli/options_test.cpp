@@ -27,7 +27,7 @@ TEST(OptionsCommand, PrintsEveryEncoder)
     const QString path = dir.filePath(QStringLiteral("kestrvan.cfg"));
     for (const auto &c : cases) {
         write(path, c.bytes);
-        const CliResult r = runCli({QStringLiteral("options"), QStringLiteral("--config"), path}, c.locale);
+        const CliResult r = runCli({QStringLiteral("options"), QStringLiteral("--config"), path}, {.locale = c.locale});
         EXPECT_EQ(r.out, QLatin1String(c.out));
         EXPECT_EQ(r.err, QString::fromUtf8(c.err).replace(QStringLiteral("%1"), path));
         EXPECT_EQ(r.status, 0);
