@@ -359,29 +359,6 @@ TEST(PrepareJobs, SkipAndSelectionRulesSizesAndSlotCount)
     }
 }
 
-// After Stop the run ends with its last running job, here aborted; an abort tells a waiting or
-// ended job from a running one.
-TEST(ConversionRun, AbortAfterStopEndsTheRunWhenTheLastRunningJobGoes)
-{
-    Rig rig;
-    rig.begin(4, 2);
-    EXPECT_FALSE(rig.run.abortJob(2)); // waiting, not running
-    rig.run.stop();
-    EXPECT_EQ(rig.statuses(), u"IIbb"_s);
-    rig.finish(1, 2048);
-    rig.run.tick();
-    EXPECT_FALSE(rig.run.abortJob(0)); // already ended
-    EXPECT_EQ(rig.frame(), u"Finished 1 of 4: frame timer"_s); // no remaining time: only the running were left
-    rig.sizes[rig.target(2)] = 4096; // partly written
-    EXPECT_TRUE(rig.run.abortJob(1));
-    EXPECT_EQ(rig.run.jobs()[1].reason, u"aborted"_s);
-    EXPECT_EQ(rig.run.jobs()[1].codecFailure, ProcessEnd{.signal = 9});
-    EXPECT_FALSE(rig.sizes.count(rig.target(2)));
-    EXPECT_EQ(rig.statuses(), u"Debb"_s);
-    EXPECT_EQ(rig.frame(), u"Finished 1 of 4: frame close beep"_s);
-    EXPECT_EQ(rig.commandLines.size(), 2u);
-}
-
 // Relabelled mid-run, every status, size and the finished line read as in a run that was in the
 // new language from the start.
 TEST(ConversionRun, LanguageSwitchedDuringARunReadsAsARunStartedInIt)
