@@ -1,8 +1,13 @@
 #pragma once
 
-// Files and program copies that several CLI tests set up alike.
+// Runs of the built kestrelvane-cli, and the files and program copies that several CLI tests set
+// up alike.
 
 #include <optional>
+
+#include <fcntl.h>
+#include <pty.h>
+#include <unistd.h>
 
 #include <gtest/gtest.h>
 
@@ -11,7 +16,85 @@
 #include <QProcess>
 #include <QTemporaryDir>
 
-#include "clirunner.h"
+struct CliResult
+{
+    QString out;
+    QString err;
+    int status = -1;
+};
+
+// The built binary, copied beside a link to the built codec folder so that no kestrvan.cfg left
+// beside build/bin can change what a test sees.
+inline QString cliPath()
+{
+    static QTemporaryDir dir;
+    static const QString path = [] {
+        const QString built = QStringLiteral(KV_BIN_DIR "/");
+        QFile::copy(built + QStringLiteral("kestrelvane-cli"), dir.filePath(QStringLiteral("kestrelvane-cli")));
+        QFile::link(built + QStringLiteral("codec"), dir.filePath(QStringLiteral("codec")));
+        return dir.filePath(QStringLiteral("kestrelvane-cli"));
+    }();
+    return path;
+}
+
+// How a run starts: errOnTerminal sends standard error to a pseudo-terminal, as when a user runs
+// the program in one; dataHome gives it a desktop trash of its own.
+struct CliRun
+{
+    const char *locale = "C.UTF-8";
+    bool errOnTerminal = false;
+    QString program = cliPath();
+    QString dataHome;
+};
+
+inline void startCli(QProcess &p, const QStringList &args, const CliRun &how = {})
+{
+    QProcessEnvironment e = QProcessEnvironment::systemEnvironment();
+    e.insert(QStringLiteral("LC_ALL"), QLatin1String(how.locale));
+    if (!how.dataHome.isEmpty())
+        e.insert(QStringLiteral("XDG_DATA_HOME"), how.dataHome);
+    p.setProcessEnvironment(e);
+    p.start(how.program, args);
+    EXPECT_TRUE(p.waitForStarted());
+}
+
+inline CliResult runCli(const QStringList &args, const CliRun &how = {})
+{
+    QProcess p;
+    int terminal = -1, childSide = -1;
+    if (how.errOnTerminal) {
+        // Raw, so that the terminal hands back the bytes as written; no more than a line or two
+        // of progress, well within what it buffers before the program would wait.
+        termios raw {};
+        ::cfmakeraw(&raw);
+        if (::openpty(&terminal, &childSide, nullptr, &raw, nullptr) != 0)
+            return {QString(), QStringLiteral("no pseudo-terminal"), -1};
+        p.setChildProcessModifier([childSide] { ::dup2(childSide, 2); });
+    }
+    startCli(p, args, how);
+    if (childSide >= 0)
+        ::close(childSide);
+    const bool finished = p.waitForFinished(120000);
+    if (!finished) {
+        p.kill();
+        p.waitForFinished();
+    }
+    CliResult r{QString::fromUtf8(p.readAllStandardOutput()), QString::fromUtf8(p.readAllStandardError())};
+    if (terminal >= 0) {
+        ::fcntl(terminal, F_SETFL, O_NONBLOCK);
+        QByteArray written;
+        char buf[4096];
+        for (ssize_t n; (n = ::read(terminal, buf, sizeof buf)) > 0;)
+            written.append(buf, n);
+        ::close(terminal);
+        r.err = QString::fromUtf8(written);
+    }
+    if (!finished)
+        r.err = QStringLiteral("timed out");
+    else if (p.exitStatus() == QProcess::NormalExit)
+        r.status = p.exitCode();
+    return r;
+}
 
 inline QByteArray bytes(const QString &path)
 {
@@ -78,21 +161,14 @@ struct ProgramCopy
         write(codec("lame"), "#!/bin/sh\nfor a do t=$a; done\n" + script);
         QFile::setPermissions(codec("lame"), QFile::ReadOwner | QFile::ExeOwner);
     }
-    // Starts `convert` with args, or the program given with its arguments.
+    // A run of `convert` with args, or of the program given with its arguments.
+    CliRun how(const QString &program = {}) const
+    {
+        return {.program = program.isEmpty() ? path() : program, .dataHome = dir.filePath(QStringLiteral("data"))};
+    }
     void start(QProcess &p, const QStringList &args, const QString &program = {}) const
     {
-        QProcessEnvironment e = QProcessEnvironment::systemEnvironment();
-        e.insert(QStringLiteral("XDG_DATA_HOME"), dir.filePath(QStringLiteral("data")));
-        p.setProcessEnvironment(e);
-        p.start(program.isEmpty() ? path() : program, program.isEmpty() ? QStringList{QStringLiteral("convert")} + args : args);
-        EXPECT_TRUE(p.waitForStarted());
+        startCli(p, program.isEmpty() ? QStringList{QStringLiteral("convert")} + args : args, how(program));
     }
-    CliResult convert(const QStringList &args) const
-    {
-        QProcess p;
-        start(p, args);
-        EXPECT_TRUE(p.waitForFinished(60000));
-        return {QString::fromUtf8(p.readAllStandardOutput()), QString::fromUtf8(p.readAllStandardError()),
-                p.exitStatus() == QProcess::NormalExit ? p.exitCode() : -1};
-    }
+    CliResult convert(const QStringList &args) const { return runCli(QStringList{QStringLiteral("convert")} + args, how()); }
 };

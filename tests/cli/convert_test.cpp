@@ -2,8 +2,6 @@
 
 #include <csignal>
 
-#include <unistd.h>
-
 #include <QFileInfo>
 #include <QRegularExpression>
 #include <QThread>
@@ -17,10 +15,10 @@ namespace {
 
 const QString header = u"File Name\tStatus\tFile Size\tSize\t%\tEncoding time"_s;
 
-// Awkward but legal names: blanks, quotes, shell characters, non-ASCII letters, a leading dash.
-// In the order the report is sorted to.
-const QStringList awkward = {u"$HOME $(id).wav"_s, u"-dash.wav"_s,        u"`id`.wav"_s, u"a  b.wav"_s,
-                             u"it's.wav"_s,        uR"(say \"hi".wav)"_s, u"ёж ü.wav"_s};
+// Awkward but legal names: blanks, quotes, shell characters, non-ASCII letters, a leading dash, a
+// codec's option. In the order the report is sorted to.
+const QStringList awkward = {u"$HOME $(id).wav"_s,    u"-dash.wav"_s, u"`id`.wav"_s,          u"a  b.wav"_s,
+                             u"a --priority 3.wav"_s, u"it's.wav"_s,  uR"(say \"hi".wav)"_s, u"ёж ü.wav"_s};
 
 // The named files of a folder, read whole.
 QByteArrayList contents(const QTemporaryDir &dir, const QStringList &names)
@@ -71,28 +69,27 @@ QStringList statuses(const QString &out)
 TEST(Convert, EncodesAwkwardNamesToEachFormatAndDecodesBack)
 {
     QTemporaryDir wavs;
-    QStringList all = awkward + QStringList{u"rate48.wav"_s}; // Musepack takes 44100 Hz only
-    all.sort();
-    for (const QString &name : all)
-        makeWav(wavs.filePath(name), name.startsWith(u"rate48") ? "-r48000" : "-r44100");
-    const QByteArrayList sources = contents(wavs, all);
+    for (const QString &name : awkward)
+        makeWav(wavs.filePath(name));
+    const QByteArrayList sources = contents(wavs, awkward);
 
-    const struct { const char *to; QByteArray magic; QStringList listed; } encodings[] = {{"mp3", "\xFF", all}, {"ogg", "OggS", all}, {"mpc", "MPCK", awkward}};
+    const struct { const char *to; QByteArray magic; } encodings[] = {{"mp3", "\xFF"}, {"ogg", "OggS"}, {"mpc", "MPCK"}};
     for (const auto &e : encodings) {
         const QString to = QLatin1String(e.to);
         const CliResult r = runCli({u"convert"_s, u"--to"_s, to, wavs.path()});
-        EXPECT_EQ(doneNames(r, static_cast<int>(e.listed.size())), e.listed);
+        EXPECT_EQ(doneNames(r, static_cast<int>(awkward.size())), awkward);
         EXPECT_FALSE(r.err.contains(QLatin1Char('\r'))); // not a terminal: plain lines only
         for (const QString &name : awkward) {
             const QByteArray start = bytes(wavs.filePath(withExtension(name, to))).left(4);
             EXPECT_TRUE(start.startsWith(e.magic) || (e.magic == "\xFF" && start.startsWith("ID3")))
                 << e.to << name.toStdString();
         }
-        EXPECT_EQ(contents(wavs, all), sources);
+        EXPECT_EQ(contents(wavs, awkward), sources);
     }
 
-    // Back to WAV, each kind in a folder of its own so no WAV source is overwritten.
-    for (const QString &from : {u"mp3"_s, u"ogg"_s}) {
+    // Back to WAV, each kind in a folder of its own so no WAV source is overwritten; nothing else is
+    // written there.
+    for (const QString &from : {u"mp3"_s, u"ogg"_s, u"mpc"_s}) {
         QTemporaryDir encoded;
         QStringList names;
         for (const QString &name : awkward) {
@@ -105,6 +102,7 @@ TEST(Convert, EncodesAwkwardNamesToEachFormatAndDecodesBack)
         for (const QString &name : awkward)
             EXPECT_EQ(bytes(encoded.filePath(name)).left(4), "RIFF") << name.toStdString();
         EXPECT_EQ(contents(encoded, names), before);
+        EXPECT_EQ(QDir(encoded.path()).count(), 2 + 2 * names.size());
     }
 }
 
@@ -146,7 +144,7 @@ TEST(Convert, EndsWhenNothingCanMoveOn)
     QTemporaryDir dir;
     makeWav(dir.filePath(u"a.wav"_s), "-r44100", "0.002");
     makeWav(dir.filePath(u"b.wav"_s));
-    const CliResult r = runCli({u"convert"_s, u"--to"_s, u"mp3"_s, u"--jobs"_s, u"1"_s, dir.path()}, "C.UTF-8", 20000);
+    const CliResult r = runCli({u"convert"_s, u"--to"_s, u"mp3"_s, u"--jobs"_s, u"1"_s, dir.path()});
     EXPECT_EQ(r.out, header + u"\na.wav\tIn Progress\t0 KB\t\t\t\nb.wav\t\t172 KB\t\t\t\nFinished 0 of 2\n"_s);
     EXPECT_EQ(r.status, 1);
 }
@@ -185,7 +183,7 @@ TEST(Convert, OnATerminalTheProgressLineIsRedrawnInPlaceAndTheEndRingsTheBell)
     QTemporaryDir wavs;
     makeWav(wavs.filePath(u"a.wav"_s));
     makeWav(wavs.filePath(u"b.wav"_s));
-    const CliResult r = runCli({u"convert"_s, u"--to"_s, u"mp3"_s, u"--jobs"_s, u"1"_s, wavs.path()}, "C.UTF-8", 120000, true);
+    const CliResult r = runCli({u"convert"_s, u"--to"_s, u"mp3"_s, u"--jobs"_s, u"1"_s, wavs.path()}, {.errOnTerminal = true});
     EXPECT_EQ(r.status, 0) << r.err.toStdString();
     EXPECT_TRUE(r.out.endsWith(u"Finished 2 of 2\n"_s)) << r.out.toStdString();
     EXPECT_EQ(r.err.count(u'\a'), 1) << r.err.toStdString();
@@ -193,21 +191,6 @@ TEST(Convert, OnATerminalTheProgressLineIsRedrawnInPlaceAndTheEndRingsTheBell)
     EXPECT_TRUE(r.err.startsWith(u"\r[........................] Finished 0 of 2"_s)) << r.err.toStdString();
     EXPECT_TRUE(r.err.contains(u"\r[########################] Finished 2 of 2"_s)) << r.err.toStdString();
     EXPECT_TRUE(r.err.endsWith(u"\r\x1b[K"_s)) << r.err.toStdString();
-}
-
-TEST(Convert, MissingCodecsAreReportedInCheckOrder)
-{
-    ProgramCopy program;
-    QFile::remove(program.codec("lame"));
-    QFile::resize(program.codec("mppenc"), 0);
-    // Present but not executable: every job would fail, so it is as good as missing.
-    QFile::setPermissions(program.codec("oggenc2"), QFile::ReadOwner | QFile::WriteOwner);
-    QTemporaryDir empty;
-    const CliResult r = program.convert({u"--to"_s, u"mp3"_s, empty.path()});
-    EXPECT_EQ(r.status, 2);
-    // The last check looks for lame again but names oggdec, which is there.
-    EXPECT_EQ(r.err, program.codec("lame") + u" not found\n"_s + program.codec("mppenc") + u" not found\n"_s
-                         + program.codec("oggenc2") + u" not found\n"_s + program.codec("oggdec") + u" not found\n"_s);
 }
 
 namespace {
@@ -315,86 +298,23 @@ TEST(Convert, NothingIsLostToAReplacedOrSharedTarget)
     EXPECT_TRUE(r.err.contains(u"kestrelvane-cli: x.wav left out: its target x.ogg is made from x.WAV in this run\n"_s));
 }
 
-// A failing codec is told after the job list even when the size rule says "Done", and the
-// command fails. A codec flooding its error output is neither held up nor kept whole.
+// A failing codec is told after the job list, with its error output, even when the size rule says
+// "Done", and the command fails.
 TEST(Convert, FailingCodecsAreToldWithTheirStatusAndErrorOutput)
 {
     ProgramCopy program;
     program.fakeLame("case \"$t\" in\n"
                      "*full*) /usr/bin/head -c 12288 /dev/zero > \"$t\"; echo 'Error writing mp3 output' >&2; exit 1;;\n"
                      "*crash*) /usr/bin/head -c 4096 /dev/zero > \"$t\"; kill -SEGV $$;;\n"
-                     "*flood*) /usr/bin/yes 'codec message' | /usr/bin/head -c 5000000 >&2; echo >&2; echo last words >&2;"
-                     " /usr/bin/head -c 3000 /dev/zero > \"$t\"; exit 2;;\n"
                      "*) /usr/bin/head -c 5000 /dev/zero > \"$t\";;\n"
                      "esac\n");
     QTemporaryDir wavs;
-    for (const char *name : {"crash.wav", "flood.wav", "full.wav", "good.wav"})
+    for (const char *name : {"crash.wav", "full.wav", "good.wav"})
         makeWav(wavs.filePath(QLatin1String(name)));
-    const CliResult r = program.convert({u"--to"_s, u"mp3"_s, u"--jobs"_s, u"4"_s, wavs.path()});
+    const CliResult r = program.convert({u"--to"_s, u"mp3"_s, u"--jobs"_s, u"3"_s, wavs.path()});
     EXPECT_EQ(r.status, 1);
-    EXPECT_EQ(statuses(r.out), QStringList({u"crash.wav\tDone"_s, u"flood.wav\tDone"_s, u"full.wav\tDone"_s,
-                                            u"good.wav\tDone"_s}));
-    const QStringList lines = r.out.section(u"Finished 4 of 4\n"_s, 1).split(QLatin1Char('\n'));
-    ASSERT_GT(lines.size(), 8) << r.out.toStdString();
-    EXPECT_EQ(lines.mid(0, 4), QStringList({QString(), u"crash.wav\tDone\tsignal 11 (Segmentation fault)"_s, QString(),
-                                            u"flood.wav\tDone\texit status 2"_s}));
-    EXPECT_EQ(lines.mid(lines.size() - 4), QStringList({QString(), u"full.wav\tDone\texit status 1"_s,
-                                                        u"    Error writing mp3 output"_s, QString()}));
-    // The flood's last 4 KB at most: pieces of its lines (cut at both ends), then its last words.
-    const QStringList flood = lines.mid(4, lines.size() - 8);
-    ASSERT_FALSE(flood.isEmpty());
-    EXPECT_EQ(flood.back(), u"    last words"_s);
-    qsizetype kept = 0;
-    for (const QString &line : flood.mid(0, flood.size() - 1)) {
-        EXPECT_TRUE(line.startsWith(u"    "_s) && u"codec message"_s.contains(line.mid(4))) << line.toStdString();
-        kept += line.size() - 4 + 1;
-    }
-    EXPECT_LE(kept, 4096);
-    EXPECT_GT(kept, 4000);
-}
-
-namespace {
-
-// A small file system of its own, mounted over a temporary folder; needs the right to mount.
-struct SmallVolume
-{
-    QTemporaryDir dir;
-    const char *size;
-    bool mounted = ::geteuid() == 0 && mount({u"-t"_s, u"tmpfs"_s, u"-o"_s, u"size="_s + QLatin1String(size), u"tmpfs"_s});
-
-    explicit SmallVolume(const char *s) : size(s) {}
-    ~SmallVolume()
-    {
-        if (mounted)
-            QProcess::execute(u"/bin/umount"_s, {dir.path()});
-    }
-    bool mount(const QStringList &options) const { return QProcess::execute(u"/bin/mount"_s, options + QStringList{dir.path()}) == 0; }
-};
-
-} // namespace
-
-// The real encoder where it cannot write: a full disk leaves part of a target, a read-only
-// folder the old one. The size rule calls both "Done"; the codec's own words say otherwise.
-TEST(Convert, RealCodecFailuresOnAFullDiskAndAReadOnlyFolder)
-{
-    SmallVolume full("1900k");
-    SmallVolume readOnly("1m");
-    if (!full.mounted || !readOnly.mounted)
-        GTEST_SKIP() << "needs the right to mount a small file system";
-    ProgramCopy program;
-
-    makeWav(full.dir.filePath(u"long.wav"_s), "-r44100", "10"); // 1723 KB of 1900
-    CliResult r = program.convert({u"--to"_s, u"mp3"_s, full.dir.path()});
-    EXPECT_EQ(r.status, 1);
-    EXPECT_TRUE(r.out.contains(u"\nFinished 1 of 1\n\nlong.wav\tDone\texit status 1\n"_s)) << r.out.toStdString();
-    EXPECT_TRUE(r.out.contains(u"Error writing"_s)) << r.out.toStdString();
-
-    makeWav(readOnly.dir.filePath(u"a.wav"_s));
-    write(readOnly.dir.filePath(u"a.mp3"_s), QByteArray(20480, 'o'));
-    ASSERT_TRUE(readOnly.mount({u"-o"_s, u"remount,ro"_s}));
-    r = program.convert({u"--to"_s, u"mp3"_s, readOnly.dir.path()});
-    EXPECT_EQ(r.status, 1);
-    EXPECT_TRUE(r.out.contains(u"\na.wav\tDone\t172 KB\t20 KB\t12\t"_s)) << r.out.toStdString();
-    EXPECT_TRUE(r.out.contains(u"\nFinished 1 of 1\n\na.wav\tDone\texit status "_s)) << r.out.toStdString();
-    EXPECT_EQ(bytes(readOnly.dir.filePath(u"a.mp3"_s)), QByteArray(20480, 'o'));
+    EXPECT_EQ(statuses(r.out), QStringList({u"crash.wav\tDone"_s, u"full.wav\tDone"_s, u"good.wav\tDone"_s}));
+    EXPECT_EQ(r.out.section(u"Finished 3 of 3\n"_s, 1),
+              u"\ncrash.wav\tDone\tsignal 11 (Segmentation fault)\n\nfull.wav\tDone\texit status 1\n"
+              "    Error writing mp3 output\n"_s);
 }

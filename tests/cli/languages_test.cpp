@@ -18,7 +18,7 @@ TEST(Languages, ListPrintsTheChosenLanguage)
     QTemporaryDir dir;
     for (const char *name : {"stereo-44100.mpc", "mono-48000.mpc"})
         ASSERT_TRUE(QFile::copy(QStringLiteral(KV_TEST_DATA_DIR "/mpc/") + QLatin1String(name), dir.filePath(QLatin1String(name))));
-    const CliResult r = runCli({u"list"_s, u"--kind"_s, u"mpc"_s, u"--lang"_s, u"ru"_s, dir.path()}, "ru_RU.UTF-8");
+    const CliResult r = runCli({u"list"_s, u"--kind"_s, u"mpc"_s, u"--lang"_s, u"ru"_s, dir.path()}, {.locale = "ru_RU.UTF-8"});
     EXPECT_EQ(r.status, 0);
     EXPECT_EQ(r.err, QString());
     // The free space changes from run to run: its line is checked by form, then masked.

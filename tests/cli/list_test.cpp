@@ -32,7 +32,7 @@ TEST(ListCommand, PrintsRowsPanelsAndStatistics)
     for (const auto &c : cases) {
         if (c.partial)
             writeWav(dir.filePath(QStringLiteral("e.wav")), 0, 2, 2048);
-        const CliResult r = runCli(QStringList{QStringLiteral("list")} + c.args, c.locale);
+        const CliResult r = runCli(QStringList{QStringLiteral("list")} + c.args, {.locale = c.locale});
         EXPECT_EQ(r.status, 0);
         EXPECT_EQ(r.err, QString());
         // The free space changes from run to run: its line is checked by form, then masked.

@@ -17,7 +17,7 @@ TEST(ConvertInEveryLocale, OggEncoderGetsTheQualityOfTheSettings)
     for (const char *locale : {"C.UTF-8", "en_US.UTF-8", "de_DE.UTF-8", "ru_RU.UTF-8", "sv_SE.UTF-8", "ar_EG.UTF-8"}) {
         QTemporaryDir dir;
         makeWav(dir.filePath(u"a.wav"_s));
-        const CliResult converted = runCli({u"convert"_s, u"--to"_s, u"ogg"_s, dir.path()}, locale);
+        const CliResult converted = runCli({u"convert"_s, u"--to"_s, u"ogg"_s, dir.path()}, {.locale = locale});
         EXPECT_EQ(converted.status, 0) << locale << converted.err.toStdString();
         const CliResult listed = runCli({u"list"_s, u"--kind"_s, u"ogg"_s, dir.path()});
         EXPECT_EQ(listed.out.section(u'\n', 1, 1).section(u'\t', 3, 3), u"~208"_s) << locale << listed.out.toStdString();

@@ -1,7 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <QRegularExpression>
-
 #include "clifixtures.h"
 #include "support/qtprinters.h"
 #include "support/recorded.h"
@@ -29,7 +27,7 @@ TEST(OptionsCommand, PrintsEveryEncoder)
     const QString path = dir.filePath(QStringLiteral("kestrvan.cfg"));
     for (const auto &c : cases) {
         write(path, c.bytes);
-        const CliResult r = runCli({QStringLiteral("options"), QStringLiteral("--config"), path}, c.locale);
+        const CliResult r = runCli({QStringLiteral("options"), QStringLiteral("--config"), path}, {.locale = c.locale});
         EXPECT_EQ(r.out, QLatin1String(c.out));
         EXPECT_EQ(r.err, QString::fromUtf8(c.err).replace(QStringLiteral("%1"), path));
         EXPECT_EQ(r.status, 0);
@@ -68,8 +66,4 @@ TEST(Usage, MisusesGiveTheirReasonAndTheCommandsUsage)
         shown += (r.out + r.err).split(u'\n');
     }
     kv::test::expectAsRecorded(u"cli-help"_s, shown);
-    // And the help of each command that tells its statuses tells that one.
-    static const QRegularExpression usageStatus(u"(\\d) for a usage"_s);
-    for (const char *command : {"list", "convert"})
-        EXPECT_EQ(usageStatus.match(runCli({QLatin1String(command), u"--help"_s}).out).captured(1), u"2"_s) << command;
 }

@@ -36,7 +36,7 @@ TEST(Output, ConfigurationThatIsNotAFileSaysWhatItIs)
         {dir.filePath(u"none.cfg"_s), "missing"},
     };
     for (const auto &c : cases) {
-        const CliResult r = runCli({u"options"_s, u"--config"_s, c.path}, "C.UTF-8", 10000);
+        const CliResult r = runCli({u"options"_s, u"--config"_s, c.path});
         EXPECT_EQ(r.status, 0) << c.why;
         EXPECT_EQ(r.err, u"kestrelvane-cli: "_s + c.path + u" not read ("_s + QLatin1String(c.why) + u"); using the defaults\n"_s);
         EXPECT_EQ(r.out.count(u'\n'), 3) << c.why;

@@ -9,13 +9,12 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// The command line of one Make command, for a file a b.wav (or name) in the folder "/m m/".
-QString lineFor(MakeCommand command, const EncoderSettings &settings = {}, AudioFormat shown = AudioFormat::Wav,
-                const QString &name = u"a b.wav"_s)
+// The command line of one Make command, with the default settings, for a file in the folder "/m m/".
+QString lineFor(MakeCommand command, AudioFormat shown, const QString &name)
 {
     RunParameters parameters;
     OptionTextBuilder builder;
-    applyMakeCommand(parameters, command, shown, settings, builder);
+    applyMakeCommand(parameters, command, shown, {}, builder);
     return buildCommandLine(u"/p/"_s, parameters.codec, parameters.options,
                             jobPaths(u"/m m/"_s, name, parameters.targetExtension));
 }
@@ -23,32 +22,19 @@ QString lineFor(MakeCommand command, const EncoderSettings &settings = {}, Audio
 } // namespace
 
 // The codecs and modes of each command are in the window's tests; here: targets and quoting.
-TEST(CommandLine, EveryMakeCommandAndMode)
+TEST(CommandLine, TargetsAndQuoting)
 {
     using enum MakeCommand;
     using F = AudioFormat;
     const struct { QString line; const char *expected; } cases[] = {
-        {lineFor(Mp3), R"("/p/codec/lame" --preset extreme --silent --priority "/m m/a b.wav" "/m m/a b.mp3")"},
-        {lineFor(Ogg, {.ogg = {.qualityTenths = 45}}), R"("/p/codec/oggenc2" --quiet --quality 4.5 "/m m/a b.wav" "/m m/a b.ogg")"},
-        {lineFor(Wav, {}, F::Mp3, u"x.MP3"_s), R"("/p/codec/lame" --decode "/m m/x.MP3" "/m m/x.wav")"},
+        {lineFor(Wav, F::Mp3, u"x.MP3"_s), R"("/p/codec/lame" --decode "/m m/x.MP3" "/m m/x.wav")"},
         // Empty options leave two blanks after the codec.
-        {lineFor(Wav, {}, F::Mpc, u"-it's $x `y` ё.mpc"_s),
+        {lineFor(Wav, F::Mpc, u"-it's $x `y` ё.mpc"_s),
          R"("/p/codec/mppdec"  "/m m/-it's $x `y` ё.mpc" "/m m/-it's $x `y` ё.wav")"},
         // A double quote in a path is escaped, the backslashes before it doubled.
-        {lineFor(Ogg, {}, F::Wav, uR"(say \"hi".wav)"_s),
+        {lineFor(Ogg, F::Wav, uR"(say \"hi".wav)"_s),
          R"("/p/codec/oggenc2" --quiet --quality 6 "/m m/say \\\"hi\".wav" "/m m/say \\\"hi\".ogg")"},
     };
     for (const auto &c : cases)
         EXPECT_EQ(c.line, QString::fromUtf8(c.expected));
-}
-
-TEST(RunParameters, MakeWavFollowsTheShowFilterAndShowWavKeepsThePrevious)
-{
-    OptionTextBuilder builder;
-    RunParameters p;
-    applyMakeCommand(p, MakeCommand::Mp3, AudioFormat::Wav, {}, builder);
-    applyMakeCommand(p, MakeCommand::Wav, AudioFormat::Wav, {}, builder);
-    EXPECT_EQ(p, (RunParameters{u"lame"_s, u"--preset extreme --silent --priority"_s, u".wav"_s, u".wav"_s}));
-    applyMakeCommand(p, MakeCommand::Wav, AudioFormat::Ogg, {}, builder);
-    EXPECT_EQ(p, (RunParameters{u"oggdec"_s, QString(), u".ogg"_s, u".wav"_s}));
 }

@@ -220,29 +220,6 @@ TEST(ConversionRun, FailingCodecsAreRecordedWithTheirJobs)
     EXPECT_TRUE(rig.run.idle());
 }
 
-TEST(ConversionRun, RunningJobCountsItsTargetScaledByThePlainSumOfPercentages)
-{
-    Rig rig;
-    rig.begin(5, 3, 10000);
-    rig.now += 10;
-    rig.finish(1, 1000); // 10 %
-    rig.run.tick();
-    EXPECT_DOUBLE_EQ(rig.run.state().totalSourceKb, 50000 / 1024.0);
-    // R = 20, so job 3's 1000 bytes stand for 5000: 25000 of 50000 after 30 s. A deleted finished
-    // target changes nothing.
-    rig.sizes.erase(rig.target(1));
-    rig.now += 20;
-    rig.sizes[rig.target(3)] = 1000;
-    rig.finish(2, 1000);
-    rig.run.tick();
-    EXPECT_DOUBLE_EQ(rig.run.display().barMax, 60);
-    rig.now += 1;
-    rig.run.tick();
-    EXPECT_EQ(rig.run.display().barValue, 31);
-    EXPECT_EQ(rig.label(0), u"0:00:31"_s);
-    EXPECT_EQ(rig.label(1), u"0:00:29"_s);
-}
-
 // Jobs end out of list order, one of them in error: each finished job counts once, at its own size
 // and percentage, and a running one by its target so far scaled by R.
 TEST(ConversionRun, EstimateCountsEachFinishedJobOnceWhateverOrderJobsEndIn)
@@ -260,8 +237,14 @@ TEST(ConversionRun, EstimateCountsEachFinishedJobOnceWhateverOrderJobsEndIn)
     EXPECT_DOUBLE_EQ(step(2, 1024, 1, 1024), 25);
     // Job 1 fails; job 3 has 2 KB, so 20 KB at R = 10: 10 + 20 of 50 after 20 s.
     EXPECT_DOUBLE_EQ(step(1, 300, 3, 2048), 50.0 / 30 * 20);
-    // Job 3 done at 20 %, R = 30; job 4 has 3 KB: 20 + 10 of 50 after 30 s.
+    // Job 3 done at 20 %, R = 30; job 4 has 3 KB: 20 + 10 of 50 after 30 s. Job 2's target has
+    // gone since: a finished job counts with the sizes it ended with.
+    rig.sizes.erase(rig.target(2));
     EXPECT_DOUBLE_EQ(step(3, 2048, 4, 3072), 50);
+    rig.run.tick();
+    EXPECT_EQ(rig.run.display().barValue, 30);
+    EXPECT_EQ(rig.label(0), u"0:00:30"_s);
+    EXPECT_EQ(rig.label(1), u"0:00:20"_s);
     // Job 5 ends before job 4: 30 KB done, R = 40; job 4's 6 KB stand for 15: 45 of 50 after 40 s.
     EXPECT_DOUBLE_EQ(step(5, 1024, 4, 6144), 50.0 / 45 * 40);
     EXPECT_EQ(rig.label(2), u"Finished 3 of 5"_s);
@@ -344,22 +327,6 @@ TEST(ConversionRun, ClockPassingMidnightKeepsCountingForward)
     EXPECT_EQ(rig.run.jobs()[0][EncodeJob::Time], u"0:00:12"_s);
 }
 
-// No job of a run may overwrite another job's target: the later source is left out and told.
-TEST(PrepareJobs, SourcesSharingATargetKeepTheFirst)
-{
-    Rig rig;
-    for (const QString &name : {u"x.WAV"_s, u"x.wav"_s, u"y.wav"_s, u"x.Wav"_s})
-        rig.addFile(name, 1536);
-    ASSERT_TRUE(rig.run.PrepareJobs(true, 3, 4));
-    QStringList names;
-    for (const EncodeJob &j : rig.run.jobs())
-        names.append(j[EncodeJob::Name]);
-    EXPECT_EQ(names, QStringList({u"x.WAV"_s, u"y.wav"_s}));
-    EXPECT_EQ(rig.run.leftOut(), (std::vector<LeftOutSource>{{u"x.wav"_s, u"/m/x.mp3"_s, u"x.WAV"_s},
-                                                             {u"x.Wav"_s, u"/m/x.mp3"_s, u"x.WAV"_s}}));
-    EXPECT_EQ(rig.frame(), u"Finished 0 of 2: frame stop timer"_s);
-}
-
 TEST(PrepareJobs, SkipAndSelectionRulesSizesAndSlotCount)
 {
     // expected: the job names' first letters.
@@ -389,39 +356,6 @@ TEST(PrepareJobs, SkipAndSelectionRulesSizesAndSlotCount)
             EXPECT_EQ(rig.run.display().indicators.at(size_t(i)), i < c.slots ? Activity::Idle : Activity::Hidden);
         EXPECT_EQ(rig.frame(), u"Finished 0 of %1: frame stop timer"_s.arg(names.size()));
         EXPECT_EQ(rig.playerStops, 1);
-    }
-}
-
-// After Stop the run ends with its last running job, whether it completes or is aborted; an
-// abort tells a waiting or ended job from a running one.
-TEST(ConversionRun, AbortAfterStopEndsTheRunWhenTheLastRunningJobGoes)
-{
-    for (const bool abort : {false, true}) {
-        Rig rig;
-        rig.begin(4, 2);
-        EXPECT_FALSE(rig.run.abortJob(2)); // waiting, not running
-        rig.run.stop();
-        EXPECT_EQ(rig.statuses(), u"IIbb"_s);
-        EXPECT_EQ(rig.run.state().jobCount, 2);
-        rig.finish(1, 2048);
-        rig.run.tick();
-        EXPECT_FALSE(rig.run.abortJob(0)); // already ended
-        EXPECT_EQ(rig.frame(), u"Finished 1 of 4: frame timer"_s); // no remaining time: only the running were left
-        if (abort) {
-            rig.sizes[rig.target(2)] = 4096; // partly written
-            EXPECT_TRUE(rig.run.abortJob(1));
-            EXPECT_EQ(rig.run.jobs()[1].reason, u"aborted"_s);
-            EXPECT_EQ(rig.run.jobs()[1].codecFailure, ProcessEnd{.signal = 9});
-            EXPECT_FALSE(rig.sizes.count(rig.target(2)));
-            EXPECT_EQ(rig.run.display().indicators[1], Activity::Idle);
-        } else {
-            rig.finish(2, 2048);
-            EXPECT_FALSE(rig.run.abortJob(1)); // its codec ended: the tick records it as usual
-            rig.run.tick();
-        }
-        EXPECT_EQ(rig.statuses(), abort ? u"Debb"_s : u"DDbb"_s);
-        EXPECT_EQ(rig.frame(), u"Finished %1 of 4: frame close beep"_s.arg(abort ? 1 : 2));
-        EXPECT_EQ(rig.commandLines.size(), 2u);
     }
 }
 

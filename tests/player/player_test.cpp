@@ -6,7 +6,6 @@
 #include "browser/filelist.h"
 #include "platform/clock.h"
 #include "player/player.h"
-#include "player/playercommand.h"
 #include "support/qtprinters.h"
 
 using namespace kv;
@@ -103,26 +102,6 @@ struct Rig : Clock, Processes
     }
 };
 
-TEST(PlayerCommand, DecoderTableAndExactCommandLines)
-{
-    const struct { const char *pattern, *command; } cases[] = {
-        {"*.mp3", R"("/opt/kv/codec/madplay" -Q "/m/a b.mp3")"},
-        {"*.ogg", R"("/opt/kv/codec/oggdec" -p "/m/a b.mp3")"},
-        {"*.mpc", R"("/opt/kv/codec/mppdec" --silent "/m/a b.mp3")"},
-    };
-    for (const auto &c : cases) {
-        const auto decoder = playerDecoder(QLatin1String(c.pattern));
-        ASSERT_TRUE(decoder) << c.pattern;
-        EXPECT_EQ(playerCommandLine(u"/opt/kv/"_s, *decoder, u"/m/a b.mp3"_s), QLatin1String(c.command));
-    }
-    for (const char *none : {"*.wav", "*.MP3", "*.mp3 ", ""})
-        EXPECT_FALSE(playerDecoder(QLatin1String(none))) << none;
-    EXPECT_EQ(soundCommandLine(u"/m/-x \"y\".wav"_s), uR"("/usr/bin/aplay" -q "/m/-x \"y\".wav")"_s);
-    // A quote in a name reaches the decoder as one argument.
-    EXPECT_EQ(splitCommandLine(playerCommandLine(u"/p/"_s, *playerDecoder(u"*.ogg"_s), u"/m/say \"hi\".ogg"_s)),
-              QStringList({u"/p/codec/oggdec"_s, u"-p"_s, u"/m/say \"hi\".ogg"_s}));
-}
-
 // Rows of a decoded kind follow each other as each decoder exits; the bold row, the selection,
 // the scrolled row, the title and the command move with them.
 TEST(Player, DecodedRowsPlayInTurnToTheEndOfTheList)
@@ -213,38 +192,28 @@ TEST(Player, ElapsedTimeCountsOnAcrossMidnight)
     EXPECT_EQ(rig.player.display().progressValue, 3725);
 }
 
-// Previous and Next move by one row and do nothing at the ends of the list; Stop ends the
-// decoder and clears the display.
+// Previous and Next move by one row and do nothing at the ends of the list, nor when clicked again
+// before the tick that starts the row; Stop ends the decoder and clears the display.
 TEST(Player, PreviousNextAndStop)
 {
     Rig rig(u"*.mpc"_s);
     rig.selected = 1;
     rig.player.click(Player::Play);
     rig.run(0.1);
-    ASSERT_EQ(rig.player.playRow(), 2);
-
     rig.player.click(Player::Next);
     EXPECT_EQ(rig.killed, std::vector<ProcessHandle>{1});
     EXPECT_TRUE(rig.boldRows().empty());
     rig.run(0.1);
     EXPECT_EQ(rig.player.playRow(), 3);
-    EXPECT_EQ(rig.lastFile(), u"c.mpc"_s);
-
-    rig.player.click(Player::Next); // on the last row: nothing
-    rig.run(0.1);
-    EXPECT_EQ(rig.started.size(), 2u);
-    EXPECT_EQ(rig.boldRows(), std::vector<int>{3});
-
-    for (const char *file : {"b.mpc", "a.mpc"}) {
-        rig.player.click(Player::Previous);
-        rig.player.click(Player::Previous); // the row is 0 or 1 until the tick: nothing more
+    const struct { int button, clicks; const char *file; size_t started; } steps[] = {
+        {Player::Next, 1, "c.mpc", 2}, {Player::Previous, 2, "b.mpc", 3}, {Player::Previous, 2, "a.mpc", 4}, {Player::Previous, 1, "a.mpc", 4}};
+    for (const auto &step : steps) {
+        for (int i = 0; i < step.clicks; ++i)
+            rig.player.click(step.button);
         rig.run(0.1);
-        EXPECT_EQ(rig.lastFile(), QLatin1String(file));
+        EXPECT_EQ(rig.lastFile(), QLatin1String(step.file));
+        EXPECT_EQ(rig.started.size(), step.started);
     }
-    EXPECT_EQ(rig.started.size(), 4u);
-    rig.player.click(Player::Previous); // on the first row: nothing
-    rig.run(0.1);
-    EXPECT_EQ(rig.started.size(), 4u);
 
     rig.run(1.2);
     rig.player.click(Player::Stop);
@@ -304,21 +273,6 @@ TEST(Player, FailuresLeaveTheDesignedState)
         EXPECT_FALSE(rig.player.display().timerEnabled) << duration;
         EXPECT_TRUE(rig.running.count(1)) << "playback goes on";
     }
-}
-
-// A refill rewinds to the first row: Next then starts the second, whatever played before.
-TEST(Player, RewindCountsFromTheFirstRow)
-{
-    Rig rig(u"*.mp3"_s);
-    rig.selected = 2;
-    rig.player.click(Player::Play);
-    rig.run(0.1);
-    rig.player.PlayStop();
-    rig.player.rewind();
-    EXPECT_EQ(rig.player.playRow(), 1);
-    rig.player.click(Player::Next);
-    rig.run(0.1);
-    EXPECT_EQ(rig.lastFile(), u"b.mp3"_s);
 }
 
 } // namespace
