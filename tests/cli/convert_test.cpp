@@ -2,6 +2,8 @@
 
 #include <csignal>
 
+#include <unistd.h>
+
 #include <QFileInfo>
 #include <QRegularExpression>
 #include <QThread>
@@ -317,4 +319,50 @@ TEST(Convert, FailingCodecsAreToldWithTheirStatusAndErrorOutput)
     EXPECT_EQ(r.out.section(u"Finished 3 of 3\n"_s, 1),
               u"\ncrash.wav\tDone\tsignal 11 (Segmentation fault)\n\nfull.wav\tDone\texit status 1\n"
               "    Error writing mp3 output\n"_s);
+}
+
+namespace {
+
+// A small file system of its own, mounted over a temporary folder; needs the right to mount.
+struct SmallVolume
+{
+    QTemporaryDir dir;
+    const char *size;
+    bool mounted = ::geteuid() == 0 && mount({u"-t"_s, u"tmpfs"_s, u"-o"_s, u"size="_s + QLatin1String(size), u"tmpfs"_s});
+
+    explicit SmallVolume(const char *s) : size(s) {}
+    ~SmallVolume()
+    {
+        if (mounted)
+            QProcess::execute(u"/bin/umount"_s, {dir.path()});
+    }
+    bool mount(const QStringList &options) const { return QProcess::execute(u"/bin/mount"_s, options + QStringList{dir.path()}) == 0; }
+};
+
+} // namespace
+
+// The real encoder where it cannot write: a full disk leaves part of a target, a read-only
+// folder the old one. The size rule calls both "Done"; the codec's own words say otherwise.
+TEST(Convert, RealCodecFailuresOnAFullDiskAndAReadOnlyFolder)
+{
+    SmallVolume full("1900k");
+    SmallVolume readOnly("1m");
+    if (!full.mounted || !readOnly.mounted)
+        GTEST_SKIP() << "needs the right to mount a small file system";
+    ProgramCopy program;
+
+    makeWav(full.dir.filePath(u"long.wav"_s), "-r44100", "10"); // 1723 KB of 1900
+    CliResult r = program.convert({u"--to"_s, u"mp3"_s, full.dir.path()});
+    EXPECT_EQ(r.status, 1);
+    EXPECT_TRUE(r.out.contains(u"\nFinished 1 of 1\n\nlong.wav\tDone\texit status 1\n"_s)) << r.out.toStdString();
+    EXPECT_TRUE(r.out.contains(u"Error writing"_s)) << r.out.toStdString();
+
+    makeWav(readOnly.dir.filePath(u"a.wav"_s));
+    write(readOnly.dir.filePath(u"a.mp3"_s), QByteArray(20480, 'o'));
+    ASSERT_TRUE(readOnly.mount({u"-o"_s, u"remount,ro"_s}));
+    r = program.convert({u"--to"_s, u"mp3"_s, readOnly.dir.path()});
+    EXPECT_EQ(r.status, 1);
+    EXPECT_TRUE(r.out.contains(u"\na.wav\tDone\t172 KB\t20 KB\t12\t"_s)) << r.out.toStdString();
+    EXPECT_TRUE(r.out.contains(u"\nFinished 1 of 1\n\na.wav\tDone\texit status "_s)) << r.out.toStdString();
+    EXPECT_EQ(bytes(readOnly.dir.filePath(u"a.mp3"_s)), QByteArray(20480, 'o'));
 }
