@@ -152,7 +152,14 @@ TEST(WindowStart, MissingCodecsGiveOneMessageEachInOrderThenTheEnd)
         Session s;
         QStringList expected;
         for (const QString &name : c.missing) {
-            QFile::remove(s.program + u"codec/"_s + name);
+            // Empty or not executable is as good as missing: every job would fail.
+            const QString entry = s.program + u"codec/"_s + name;
+            if (name == u"mppenc"_s)
+                QFile::resize(entry, 0);
+            else if (name == u"oggenc2"_s)
+                QFile::setPermissions(entry, QFile::ReadOwner | QFile::WriteOwner);
+            else
+                QFile::remove(entry);
             if (c.end != StartEnd::Running)
                 expected.append(u"c "_s + s.program + u"codec/"_s + name + u" not found"_s);
         }
