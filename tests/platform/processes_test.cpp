@@ -48,8 +48,10 @@ TEST(ProcessorCount, ClampedToOneToEight)
 
 namespace {
 
+// Descriptors open now; the one pipe that child exits wake is opened first, as it stays open for good.
 qsizetype openDescriptors()
 {
+    PosixProcesses::exitEventDescriptor();
     return QDir(u"/proc/self/fd"_s).entryList(QDir::AllEntries | QDir::System).size();
 }
 
@@ -110,7 +112,6 @@ TEST(PosixProcesses, UnknownHandlesHaveEndedAndFailedStartsKeepNoDescriptor)
     PosixProcesses p;
     EXPECT_TRUE(p.hasEnded(12345));
     EXPECT_FALSE(p.endOf(12345).has_value());
-    p.exitEventDescriptor(); // the one pipe that child exits wake, open for good
     const qsizetype before = openDescriptors();
     EXPECT_FALSE(p.start(u"\"/nonexistent/codec/lame\" a b"_s, ChildEnvironment::Empty).has_value());
     EXPECT_FALSE(p.start(u"   "_s, ChildEnvironment::Empty).has_value());
@@ -122,7 +123,6 @@ TEST(PosixProcesses, UnknownHandlesHaveEndedAndFailedStartsKeepNoDescriptor)
 // An owner that goes leaves no descriptor of its own behind.
 TEST(PosixProcesses, ReleaseForgetsOnlyEndedChildrenAndReapsThem)
 {
-    PosixProcesses().exitEventDescriptor(); // the one pipe that child exits wake, open for good
     const qsizetype before = openDescriptors();
     auto owner = std::make_unique<PosixProcesses>();
     PosixProcesses &p = *owner;
