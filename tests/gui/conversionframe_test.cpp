@@ -41,7 +41,7 @@ fail*) echo "cannot read $src" >&2; exit 1 ;;
 crash*) kill -SEGV $$ ;;
 empty*) : > "$dst"; exit 0 ;;
 hang*) head -c 3000 /dev/zero > "$dst"; exec sleep 30 ;;
-flood*) head -c 3000000 /dev/zero | tr '\000' x >&2; seq 1 20 >&2; echo "last words" >&2; head -c 4096 /dev/zero > "$dst"; exit 2 ;;
+flood*) head -c 3000000 /dev/zero | tr '\000' x >&2; seq 1 20 >&2; echo "$(seq -s '' 90) last words" >&2; head -c 4096 /dev/zero > "$dst"; exit 2 ;;
 slow*) sleep 0.6 ;;
 esac
 sleep 0.05
@@ -230,8 +230,12 @@ TEST(ConversionFrame, ALanguageSwitchDuringARunKeepsItGoingToItsEnd)
     s.makeAll(MakeMp3);
     EXPECT_FALSE(s.window->close());
     ASSERT_TRUE(s.waitFor([&] { return s.statusOf(0, u"In Progress"_s); }));
+    // Both lists tell their views of the new headers and texts, which repaint them.
+    const ModelMirror jobsSeen(s.jobs()->model()), filesSeen(s.w<QTreeView>("lstMain")->model());
     s.w<QToolButton>("stbMain_7")->click();
     EXPECT_TRUE(s.statusOf(0, u"Кодируется"_s));
+    EXPECT_EQ(filesSeen.rows, filesSeen.now());
+    EXPECT_EQ(jobsSeen.rows, jobsSeen.now());
     ASSERT_TRUE(s.waitFor([&] { return s.ended(); }));
     EXPECT_EQ(s.rows().join(u'|'), u"slow1.wav Готово|slow2.wav Готово|slow3.wav Готово"_s);
     EXPECT_EQ(s.cell(0, EncodeJob::TargetSize), u"4 КБ"_s);
@@ -317,7 +321,10 @@ TEST(ConversionFrame, FailedJobsTellWhyInTheirTooltipAndTheDetailsPane)
     const QStringList flood = s.cell(3, 0, Qt::ToolTipRole).split(u'\n');
     ASSERT_EQ(flood.size(), 10);
     EXPECT_EQ(flood[2], u"…"_s);
-    EXPECT_EQ(flood.mid(3).join(u' '), u"15 16 17 18 19 20 last words"_s);
+    EXPECT_EQ(flood.mid(3, 6).join(u' '), u"15 16 17 18 19 20"_s);
+    // Each line cut to its last 160 characters.
+    EXPECT_EQ(flood[9], u"…"_s + flood[9].right(160));
+    EXPECT_TRUE(flood[9].endsWith(u"8990 last words"_s));
     for (const QString &line : flood)
         EXPECT_LE(line.size(), 161);
 
@@ -338,9 +345,12 @@ TEST(ConversionFrame, AbortThisJobKillsAHungCodecAndEndsTheRun)
     Session s({u"hang.wav"_s, u"ok.wav"_s});
     s.start();
     s.makeAll(MakeMp3);
+    const QString started = s.w<QLabel>("lblEncodeTime_0")->text();
     ASSERT_TRUE(s.waitFor([&] { return s.statusOf(1, u"Done"_s) && QFile::exists(s.music + u"hang.mp3"_s); }));
     EXPECT_TRUE(s.statusOf(0, u"In Progress"_s));
     EXPECT_FALSE(s.close()->isEnabled());
+    // With every codec quiet, the clock still runs.
+    EXPECT_TRUE(s.waitFor([&] { return s.w<QLabel>("lblEncodeTime_0")->text() != started; }, 3000));
 
     // The running row's context menu offers the abort, where the pointer is; a finished row's
     // offers nothing.
@@ -359,8 +369,10 @@ TEST(ConversionFrame, AbortThisJobKillsAHungCodecAndEndsTheRun)
         QTest::qWait(100);
         return offered;
     };
-    EXPECT_EQ(menuAt(0), QStringList{u"Abort this job"_s});
     EXPECT_EQ(menuAt(1), QStringList());
+    EXPECT_EQ(menuAt(0), QStringList{u"Abort this job"_s});
+    QTest::qWait(300);
+    EXPECT_EQ(s.jobs()->currentIndex().row(), 0) << "the run's ticks leave the row the user chose";
 
     s.press(1, Qt::Key_Delete); // not running: nothing
     EXPECT_TRUE(s.statusOf(0, u"In Progress"_s));

@@ -278,6 +278,7 @@ TEST(WindowTree, ExpandCollapseClickImagesAndFaults)
     EXPECT_EQ(s.children(music), (QStringList{u"empty"_s, u"jazz"_s, u"rock"_s}));
     const QModelIndex rock = s.node("rock");
     EXPECT_EQ(s.children(rock), QStringList{u"old"_s});
+    EXPECT_EQ(model->data(rock, Qt::ToolTipRole).toString(), s.at("rock")) << "a folder's tip is its whole path";
     EXPECT_FALSE(s.tree()->isExpanded(rock));
     EXPECT_FALSE(model->hasChildren(s.node("jazz")));
     auto image = [&](const QString &path, int expected) {

@@ -44,6 +44,7 @@ inline QByteArray readAll(const QString &path)
 struct ModelMirror : QObject
 {
     QAbstractItemModel *model;
+    // The headers first, then a line per row.
     std::vector<QStringList> rows = now();
 
     explicit ModelMirror(QAbstractItemModel *m) : model(m)
@@ -52,10 +53,11 @@ struct ModelMirror : QObject
         connect(model, &QAbstractItemModel::layoutChanged, this, [this] { rows = now(); });
         connect(model, &QAbstractItemModel::rowsInserted, this, [this] { rows = now(); });
         connect(model, &QAbstractItemModel::rowsRemoved, this, [this] { rows = now(); });
+        connect(model, &QAbstractItemModel::headerDataChanged, this, [this] { rows.at(0) = headers(); });
         connect(model, &QAbstractItemModel::dataChanged, this, [this](const QModelIndex &from, const QModelIndex &to) {
             for (int r = from.row(); r <= to.row(); ++r)
                 for (int c = from.column(); c <= to.column(); ++c)
-                    rows.at(static_cast<size_t>(r))[c] = cell(r, c);
+                    rows.at(static_cast<size_t>(r) + 1)[c] = cell(r, c);
         });
     }
     QString cell(int r, int c) const
@@ -63,12 +65,21 @@ struct ModelMirror : QObject
         const QModelIndex i = model->index(r, c);
         return i.data().toString() + (i.data(Qt::FontRole).value<QFont>().bold() ? QStringLiteral("*") : QString());
     }
+    QStringList headers() const
+    {
+        QStringList all;
+        for (int c = 0; c < model->columnCount(); ++c)
+            all.append(model->headerData(c, Qt::Horizontal).toString());
+        return all;
+    }
     std::vector<QStringList> now() const
     {
-        std::vector<QStringList> all(model ? static_cast<size_t>(model->rowCount()) : 0);
-        for (size_t r = 0; r < all.size(); ++r)
+        std::vector<QStringList> all{headers()};
+        for (int r = 0; r < model->rowCount(); ++r) {
+            all.emplace_back();
             for (int c = 0; c < model->columnCount(); ++c)
-                all[r].append(cell(static_cast<int>(r), c));
+                all.back().append(cell(r, c));
+        }
         return all;
     }
 };

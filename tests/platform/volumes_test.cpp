@@ -1,6 +1,10 @@
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
+#include <QDir>
 #include <QFile>
+#include <QProcess>
 #include <QTemporaryDir>
 
 #include "platform/posix/posixinstancelock.h"
@@ -63,6 +67,25 @@ TEST(Volumes, DriveImageAndTheDriveOfAPath)
     for (const auto &p : paths)
         EXPECT_EQ(volumeContaining(QLatin1String(p.path), drives).mountPoint, QLatin1String(p.drive)) << p.path;
     EXPECT_EQ(PosixVolumes().mounted().front().mountPoint, QStringLiteral("/"));
+}
+
+// A file system mounted while the program runs (a stick plugged in) is on the next drive list,
+// however long the mount table has grown; unmounted, it is gone.
+TEST(Volumes, AFileSystemMountedNowIsListedUntilUnmounted)
+{
+    if (::geteuid() != 0)
+        GTEST_SKIP() << "needs the right to mount";
+    // Beside the build, not in /tmp: a bind mount takes its source's file-system type, and a
+    // memory file system is no drive.
+    QTemporaryDir dir(QDir::currentPath() + QStringLiteral("/volumes-XXXXXX"));
+    const QString stick = dir.path() + QStringLiteral("/stick");
+    ASSERT_TRUE(QDir().mkpath(stick) && QDir().mkpath(dir.path() + QStringLiteral("/src")));
+    const QString type = volumeContaining(dir.path(), PosixVolumes().mounted()).fsType;
+    ASSERT_EQ(QProcess::execute(QStringLiteral("/bin/mount"), {QStringLiteral("--bind"), dir.path() + QStringLiteral("/src"), stick}), 0);
+    const QStringList listed = mountPoints(PosixVolumes().mounted());
+    QProcess::execute(QStringLiteral("/bin/umount"), {stick});
+    EXPECT_TRUE(listed.contains(stick + QLatin1Char(':') + type)) << listed.join(QLatin1Char(' ')).toStdString();
+    EXPECT_FALSE(mountPoints(PosixVolumes().mounted()).join(QLatin1Char(' ')).contains(stick));
 }
 
 TEST(InstanceLock, OnePerProgramFolderUntilReleased)
