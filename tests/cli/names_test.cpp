@@ -132,9 +132,10 @@ TEST(NamesWithControlCharacters, EscapedInListConvertAndMessages)
     EXPECT_TRUE(jobs[0].startsWith("line\\nbreak.wav\tDone\t")) << jobs[0].constData();
     EXPECT_TRUE(jobs[1].startsWith("tab\\tname.wav\tDone\t")) << jobs[1].constData();
 
+    ASSERT_EQ(::mkdir((root + "in\tfolder").constData(), 0700), 0);
     const struct { QByteArrayList args; QByteArray err; } refused[] = {
-        {{"convert", "--to", "ogg", root, "no\tsuch\\.wav"},
-         "kestrelvane-cli: no\\tsuch\\\\.wav: not listed in " + root + "\n"},
+        {{"convert", "--to", "ogg", root + "in\tfolder/", "no\tsuch\\.wav"},
+         "kestrelvane-cli: no\\tsuch\\\\.wav: not listed in " + root + "in\\tfolder/\n"},
         {{"list", root + "gone\n\xE9"}, "kestrelvane-cli: " + root + "gone\\n\xEF\xBF\xBD: no such folder\n"},
         {{"list", root + "tab\tname.wav"}, "kestrelvane-cli: " + root + "tab\\tname.wav: not a folder\n"},
         {{"list", "--kind", "x\ty", root},

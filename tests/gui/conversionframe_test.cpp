@@ -41,7 +41,7 @@ fail*) echo "cannot read $src" >&2; exit 1 ;;
 crash*) kill -SEGV $$ ;;
 empty*) : > "$dst"; exit 0 ;;
 hang*) head -c 3000 /dev/zero > "$dst"; exec sleep 30 ;;
-flood*) head -c 3000000 /dev/zero | tr '\000' x >&2; seq 1 20 >&2; echo "$(seq -s '' 90) last words" >&2; head -c 4096 /dev/zero > "$dst"; exit 2 ;;
+flood*) head -c 8000000 /dev/zero | tr '\000' x >&2; seq 1 20 >&2; echo "$(seq -s '' 90) last words" >&2; head -c 4096 /dev/zero > "$dst"; exit 2 ;;
 slow*) sleep 0.6 ;;
 esac
 sleep 0.05
@@ -307,7 +307,9 @@ TEST(ConversionFrame, FailedJobsTellWhyInTheirTooltipAndTheDetailsPane)
     s.start();
     s.makeAll(MakeMp3);
     // Error rows keep a run ticking for ever, as they always have; the rows are what counts.
-    ASSERT_TRUE(s.waitFor([&] { return s.settled(); }));
+    // The 8 MB of error output are taken as they come: read only at the timer's ticks, a pipe's
+    // 64 KB a tick, they would hold their codec back for 12 s.
+    ASSERT_TRUE(s.waitFor([&] { return s.settled(); }, 5000));
     EXPECT_EQ(s.rows().join(u'|'), u"crash.wav Error|empty.wav Error|fail.wav Error|flood.wav Done|ok.wav Done"_s);
     const QString failed = u"exit status 1\ncannot read "_s + s.music + u"fail.wav"_s;
     const struct { QString contains; bool warning; } tips[] = {

@@ -217,6 +217,15 @@ TEST(WindowLayout, NoTwoVisibleControlsOverlap)
             EXPECT_EQ(button->accessibleName(), a->text());
         }
     }
+    // Each column of the file list is at least as wide as its caption, in either language.
+    auto *files = s.w<QTreeView>("lstMain");
+    for (int language = 0; language < 2; ++language) {
+        for (int c = 1; c < files->model()->columnCount(); ++c) {
+            const QString caption = files->model()->headerData(c, Qt::Horizontal).toString();
+            EXPECT_GE(files->header()->sectionSize(c), files->header()->fontMetrics().horizontalAdvance(caption)) << caption.toStdString();
+        }
+        s.language()->click();
+    }
     // The folder tree starts right under its frame: no column header above the folders.
     EXPECT_EQ(s.tree()->viewport()->y(), s.tree()->frameWidth());
 }
@@ -282,7 +291,8 @@ TEST(WindowTree, ExpandCollapseClickImagesAndFaults)
     EXPECT_FALSE(s.tree()->isExpanded(rock));
     EXPECT_FALSE(model->hasChildren(s.node("jazz")));
     auto image = [&](const QString &path, int expected) {
-        return model->data(s.node(path), Qt::DecorationRole).value<QIcon>().cacheKey() == FolderTreeModel::treeImage(expected).cacheKey();
+        const QIcon shown = model->data(s.node(path), Qt::DecorationRole).value<QIcon>();
+        return !shown.isNull() && shown.cacheKey() == FolderTreeModel::treeImage(expected).cacheKey();
     };
     EXPECT_TRUE(image(s.at("rock"), ImageFolderAudio));
     EXPECT_TRUE(image(s.at("jazz"), ImageFolder));
@@ -659,6 +669,18 @@ TEST(WindowStatistics, EachCaptionShowsItsOwnValueAndTheForecastFollowsTheOption
         QTest::keyClick(preset, Qt::Key_Down);
     }
     EXPECT_EQ(seen.size(), 4u);
+    // A constant bit rate chosen stays chosen, and each one forecasts its own size.
+    s.choose("cmbMode", 2);
+    auto *cbr = s.w<QComboBox>("cmbCbr");
+    cbr->setFocus();
+    s.choose("cmbCbr", 0);
+    std::set<QString> sizes;
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_EQ(cbr->currentIndex(), i);
+        sizes.insert(shown()[u"Average Mp3 File Size:"_s]);
+        QTest::keyClick(cbr, Qt::Key_Down);
+    }
+    EXPECT_EQ(sizes.size(), 3u);
 
     // Each slider, moved by its keys, changes its label and its own encoder's forecast alone.
     const struct { int tab; const char *mode; int index; const char *slider, *label, *forecast; } sliders[] = {

@@ -155,6 +155,8 @@ inline void describeWidgets(QWidget *w, QStringList &out, int depth = 0)
                            + QString::number(view->header()->sectionResizeMode(c)));
         if (view->rootIsDecorated())
             p.append(u"branches"_s);
+        if (view->selectionMode() == QAbstractItemView::ExtendedSelection)
+            p.append(u"many-selected"_s);
         add(u"columns"_s, view->isHeaderHidden() ? u"(header hidden)"_s : columns.join(u" | "));
         for (int r = 0; r < m->rowCount(); ++r) {
             QStringList cells;
