@@ -87,8 +87,16 @@ inline void describeWidgets(QWidget *w, QStringList &out, int depth = 0)
         p.append(u"disabled"_s);
     if (w->parentWidget() && w->parentWidget()->layout())
         add(u"at"_s, place(w->parentWidget()->layout(), w));
-    if (w->minimumSize() == w->maximumSize())
+    if (w->minimumSize() == w->maximumSize()) {
         add(u"fixed"_s, u"%1x%2"_s.arg(w->width()).arg(w->height()));
+    } else if (!qobject_cast<QLabel *>(w)) {
+        // Bounds the program sets (a label's follow its longest text, so they follow the font).
+        auto bound = [](int v, int none) { return v == none ? u"-"_s : QString::number(v); };
+        if (const QSize m = w->minimumSize(); !m.isNull())
+            add(u"min"_s, bound(m.width(), 0) + u'x' + bound(m.height(), 0));
+        if (const QSize m = w->maximumSize(); m != QSize(QWIDGETSIZE_MAX, QWIDGETSIZE_MAX))
+            add(u"max"_s, bound(m.width(), QWIDGETSIZE_MAX) + u'x' + bound(m.height(), QWIDGETSIZE_MAX));
+    }
     if (const QSizePolicy s = w->sizePolicy(); s.horizontalStretch() || s.verticalStretch())
         add(u"stretch"_s, u"%1,%2"_s.arg(s.horizontalStretch()).arg(s.verticalStretch()));
     if (QLayout *l = w->layout()) {
@@ -103,6 +111,8 @@ inline void describeWidgets(QWidget *w, QStringList &out, int depth = 0)
             add(u"align"_s, flags(l->alignment()));
         if (l->buddy())
             add(u"buddy"_s, l->buddy()->objectName());
+        if (l->textInteractionFlags() & Qt::TextSelectableByMouse)
+            p.append(u"selectable"_s);
         // Space the program gives a text of its own (a frame's or title's follows the style).
         if (const QMargins m = l->contentsMargins(); !m.isNull())
             add(u"padding"_s, u"%1,%2,%3,%4"_s.arg(m.left()).arg(m.top()).arg(m.right()).arg(m.bottom()));
@@ -160,9 +170,12 @@ inline void describeWidgets(QWidget *w, QStringList &out, int depth = 0)
         add(u"columns"_s, view->isHeaderHidden() ? u"(header hidden)"_s : columns.join(u" | "));
         for (int r = 0; r < m->rowCount(); ++r) {
             QStringList cells;
-            for (int c = 0; c < m->columnCount(); ++c)
-                cells.append(m->index(r, c).data().toString() + u' '
-                             + flags(Qt::Alignment(m->index(r, c).data(Qt::TextAlignmentRole).toInt())));
+            for (int c = 0; c < m->columnCount(); ++c) {
+                const QModelIndex i = m->index(r, c);
+                const QVariant check = i.data(Qt::CheckStateRole);
+                cells.append((check.isValid() ? check.value<Qt::CheckState>() == Qt::Checked ? u"[x] "_s : u"[ ] "_s : QString())
+                             + i.data().toString() + u' ' + flags(Qt::Alignment(i.data(Qt::TextAlignmentRole).toInt())));
+            }
             add(u"row"_s, cells.join(u" | "));
         }
         inside = false;
