@@ -21,6 +21,7 @@ struct CliResult
     QString out;
     QString err;
     int status = -1;
+    bool operator==(const CliResult &) const = default;
 };
 
 // The built binary, copied beside a link to the built codec folder so that no kestrvan.cfg left

@@ -66,4 +66,6 @@ TEST(Usage, MisusesGiveTheirReasonAndTheCommandsUsage)
         shown += (r.out + r.err).split(u'\n');
     }
     kv::test::expectAsRecorded(u"cli-help"_s, shown);
+    // The short form a command's help is asked for as often.
+    EXPECT_EQ(runCli({u"convert"_s, u"-h"_s}), runCli({u"convert"_s, u"--help"_s}));
 }

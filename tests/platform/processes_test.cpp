@@ -76,13 +76,18 @@ QString childRunning(const char *program)
 
 } // namespace
 
-TEST(PosixProcesses, ChildGetsEmptyEnvironmentNullInputOwnGroupNoInheritedDescriptors)
+TEST(PosixProcesses, ChildGetsEmptyEnvironmentNullInputOwnGroupDefaultSignalsNoInheritedDescriptors)
 {
     qputenv("KV_INHERITED", "1"); // so an inherited environment would show
     const int inheritable = ::open("/dev/null", O_RDONLY); // so an inherited descriptor would show
     ASSERT_GE(inheritable, 3);
+    // A hang-up ignored by whoever started the program, as under nohup, is not passed on.
+    struct sigaction ignore {}, before {};
+    ignore.sa_handler = SIG_IGN;
+    ::sigaction(SIGHUP, &ignore, &before);
     PosixProcesses p;
     const auto h = p.start(u"\"/bin/sleep\" 30"_s, ChildEnvironment::Empty);
+    ::sigaction(SIGHUP, &before, nullptr);
     ::close(inheritable);
     ASSERT_TRUE(h.has_value());
     const QString pid = childRunning("sleep");
@@ -103,6 +108,9 @@ TEST(PosixProcesses, ChildGetsEmptyEnvironmentNullInputOwnGroupNoInheritedDescri
     EXPECT_EQ(QFile::symLinkTarget(proc + u"/fd/1"_s), u"/dev/null"_s);
     EXPECT_TRUE(QFile::symLinkTarget(proc + u"/fd/2"_s).contains(u"pipe:"_s)); // kept for a failure report
     EXPECT_EQ(readProc(proc + u"/stat"_s).split(' ').value(4), pid.toUtf8()); // group of its own
+    const QByteArray status = readProc(proc + u"/status"_s);
+    const quint64 ignored = status.mid(status.indexOf("SigIgn:\t") + 8, 16).toULongLong(nullptr, 16);
+    EXPECT_FALSE(ignored & (1ULL << (SIGHUP - 1))) << status.constData();
     p.kill(*h);
 }
 
