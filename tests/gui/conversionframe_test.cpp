@@ -202,11 +202,15 @@ TEST(ConversionFrame, EachOfEightSlotsShowsItsOwnActivity)
     QStringList names;
     for (int i = 1; i <= 8; ++i)
         names.append(u"slow%1.wav"_s.arg(i));
-    // Its end comes with no output left to read: only the exit itself may wake the window.
+    // Its error output ends long before it does: that end wakes the window once, not until its exit.
     names.append(u"quiet9.wav"_s);
     Session s(names);
     s.processors = 8;
     s.start();
+    // Each codec's output and exit wake the window a few times; a wake-up left pending spins it.
+    int wakeups = 0;
+    for (QSocketNotifier *n : s.window->findChildren<QSocketNotifier *>())
+        QObject::connect(n, &QSocketNotifier::activated, [&] { ++wakeups; });
     s.makeAll(MakeMp3);
     auto activity = [&](int slot) { return s.w(u"imProc_%1"_s.arg(slot))->property("activity").toString(); };
     ASSERT_TRUE(s.waitFor([&] { return activity(7) == u"running"_s; }));
@@ -217,12 +221,11 @@ TEST(ConversionFrame, EachOfEightSlotsShowsItsOwnActivity)
     ASSERT_TRUE(s.waitFor([&] { return s.ended(); }));
     for (int slot = 0; slot < 8; ++slot)
         EXPECT_EQ(activity(slot), u"idle"_s) << slot;
-    // With the codecs gone, nothing wakes the window: a wake-up left pending would spin it.
-    int wakeups = 0;
-    for (QSocketNotifier *n : s.window->findChildren<QSocketNotifier *>())
-        QObject::connect(n, &QSocketNotifier::activated, [&] { ++wakeups; });
+    EXPECT_LE(wakeups, 9 * 4);
+    // With the codecs gone, nothing wakes the window.
+    const int atTheEnd = wakeups;
     QTest::qWait(300);
-    EXPECT_LE(wakeups, 1);
+    EXPECT_LE(wakeups - atTheEnd, 1);
 }
 
 // The language switched during a run: the rows go on in the new language and the run still
