@@ -224,7 +224,7 @@ TEST(ConversionFrame, EachOfEightSlotsShowsItsOwnActivity)
     EXPECT_LE(wakeups, 9 * 4);
     // With the codecs gone, nothing wakes the window.
     const int atTheEnd = wakeups;
-    QTest::qWait(300);
+    s.waitFor([] { return false; }, 300);
     EXPECT_LE(wakeups - atTheEnd, 1);
 }
 

@@ -10,9 +10,11 @@
 #include <QAction>
 #include <QFont>
 #include <QDir>
+#include <QEventLoop>
 #include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTimer>
 
 #include "app/maincontroller.h"
 #include "engine/conversionrun.h"
@@ -169,8 +171,23 @@ struct WindowRig
     }
     template <typename T = QWidget> T *w(const char *name) const { return w<T>(QLatin1String(name)); }
     QAction *toolbar(int position) const { return w<QAction>(QStringLiteral("tbMain_%1").arg(position)); }
-    // Waits with the event loop running, as the window does.
-    static bool waitFor(const std::function<bool()> &done, int ms = 10000) { return QTest::qWaitFor(done, ms); }
+    // Waits with the event loop running free, as in the program: a polling wait that sleeps
+    // between its rounds would hide a wake-up that spins the loop.
+    static bool waitFor(const std::function<bool()> &done, int ms = 10000)
+    {
+        if (done())
+            return true;
+        QEventLoop loop;
+        QTimer check;
+        QObject::connect(&check, &QTimer::timeout, &loop, [&] {
+            if (done())
+                loop.quit();
+        });
+        check.start(5);
+        QTimer::singleShot(ms, &loop, &QEventLoop::quit);
+        loop.exec();
+        return done();
+    }
 };
 
 // Free space that shrinks at every query, so a refreshed panel reads differently.
