@@ -66,6 +66,7 @@ TEST(Usage, MisusesGiveTheirReasonAndTheCommandsUsage)
         shown += (r.out + r.err).split(u'\n');
     }
     kv::test::expectAsRecorded(u"cli-help"_s, shown);
-    // The short form a command's help is asked for as often.
+    // The other ways help is asked for.
     EXPECT_EQ(runCli({u"convert"_s, u"-h"_s}), runCli({u"convert"_s, u"--help"_s}));
+    EXPECT_EQ(runCli({u"help"_s}), runCli({u"--help"_s}));
 }

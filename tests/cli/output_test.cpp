@@ -1,6 +1,10 @@
 #include <gtest/gtest.h>
 
+#include <cstring>
+
+#include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/un.h>
 
 #include "clifixtures.h"
 #include "support/qtprinters.h"
@@ -29,10 +33,18 @@ TEST(Output, ConfigurationThatIsNotAFileSaysWhatItIs)
 {
     QTemporaryDir dir;
     ASSERT_EQ(::mkfifo(QFile::encodeName(dir.filePath(u"fifo"_s)).constData(), 0600), 0);
+    // And the socket a program left behind.
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    std::strncpy(address.sun_path, QFile::encodeName(dir.filePath(u"socket"_s)).constData(), sizeof address.sun_path - 1);
+    const int listener = ::socket(AF_UNIX, SOCK_STREAM, 0);
+    ASSERT_EQ(::bind(listener, reinterpret_cast<const sockaddr *>(&address), sizeof address), 0);
+    ::close(listener);
     const struct { QString path; const char *why; } cases[] = {
         {dir.path(), "a folder"},
         {dir.filePath(u"fifo"_s), "a FIFO"},
         {u"/dev/zero"_s, "a device"},
+        {dir.filePath(u"socket"_s), "a socket"},
         {dir.filePath(u"none.cfg"_s), "missing"},
     };
     for (const auto &c : cases) {

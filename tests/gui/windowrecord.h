@@ -173,7 +173,8 @@ inline void describeWidgets(QWidget *w, QStringList &out, int depth = 0)
             for (int c = 0; c < m->columnCount(); ++c) {
                 const QModelIndex i = m->index(r, c);
                 const QVariant check = i.data(Qt::CheckStateRole);
-                cells.append((check.isValid() ? check.value<Qt::CheckState>() == Qt::Checked ? u"[x] "_s : u"[ ] "_s : QString())
+                static const QString boxes[] = {u"[ ] "_s, u"[-] "_s, u"[x] "_s};
+                cells.append((check.isValid() ? boxes[check.toInt() % 3] : QString())
                              + i.data().toString() + u' ' + flags(Qt::Alignment(i.data(Qt::TextAlignmentRole).toInt())));
             }
             add(u"row"_s, cells.join(u" | "));
