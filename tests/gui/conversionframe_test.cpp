@@ -13,7 +13,6 @@
 #include <QProgressBar>
 #include <QPushButton>
 #include <QSocketNotifier>
-#include <QStyle>
 #include <QTabBar>
 #include <QTimer>
 #include <QToolButton>
@@ -84,18 +83,6 @@ struct Session : ProcessRig
     QString cell(int row, int column, int role = Qt::DisplayRole) const { return jobs()->model()->index(row, column).data(role).toString(); }
     bool bold(int row) const { return jobs()->model()->index(row, 0).data(Qt::FontRole).value<QFont>().bold(); }
     bool statusOf(int row, const QString &status) const { return cell(row, 1) == status; }
-    // The cells whose text their column is too narrow to show whole.
-    QStringList cutCells() const
-    {
-        QStringList cut;
-        const QFontMetrics metrics(jobs()->font());
-        const int margins = 2 * (jobs()->style()->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, jobs()) + 1);
-        for (int r = 0; r < jobs()->model()->rowCount(); ++r)
-            for (int c = 1; c < jobs()->model()->columnCount(); ++c)
-                if (metrics.horizontalAdvance(cell(r, c)) + margins > jobs()->columnWidth(c))
-                    cut.append(cell(r, c));
-        return cut;
-    }
     // Job rows as "name status", in list order.
     QStringList rows() const
     {
@@ -192,7 +179,7 @@ TEST(ConversionFrame, StopBreaksTheWaitingAtOnceAndTheRunningFinish)
     EXPECT_FALSE(s.shown("pbEncode") || s.shown("lblEncodeTime_1"));
     s.stop()->click();
     EXPECT_EQ(s.rows().join(u'|'), u"slow1.wav In Progress|slow2.wav In Progress|slow3.wav Break|slow4.wav Break|slow5.wav Break"_s);
-    EXPECT_EQ(s.cutCells(), QStringList());
+    EXPECT_EQ(cutTexts(s.jobs()), QStringList());
     EXPECT_TRUE(s.bold(2));
     EXPECT_FALSE(s.bold(0));
     EXPECT_FALSE(s.stop()->isEnabled() || s.close()->isEnabled());
@@ -255,7 +242,7 @@ TEST(ConversionFrame, ALanguageSwitchDuringARunKeepsItGoingToItsEnd)
     const ModelMirror jobsSeen(s.jobs()->model()), filesSeen(s.w<QTreeView>("lstMain")->model());
     s.w<QToolButton>("stbMain_7")->click();
     EXPECT_TRUE(s.statusOf(0, u"Кодируется"_s));
-    EXPECT_EQ(s.cutCells(), QStringList());
+    EXPECT_EQ(cutTexts(s.jobs()), QStringList());
     EXPECT_EQ(filesSeen.rows, filesSeen.now());
     EXPECT_EQ(jobsSeen.rows, jobsSeen.now());
     ASSERT_TRUE(s.waitFor([&] { return s.ended(); }));

@@ -216,13 +216,9 @@ TEST(WindowLayout, NoTwoVisibleControlsOverlap)
             EXPECT_EQ(button->accessibleName(), a->text());
         }
     }
-    // Each column of the file list is at least as wide as its caption, in either language.
-    auto *files = s.w<QTreeView>("lstMain");
+    // Each column of the file list shows its caption and values whole, in either language.
     for (int language = 0; language < 2; ++language) {
-        for (int c = 1; c < files->model()->columnCount(); ++c) {
-            const QString caption = files->model()->headerData(c, Qt::Horizontal).toString();
-            EXPECT_GE(files->header()->sectionSize(c), files->header()->fontMetrics().horizontalAdvance(caption)) << caption.toStdString();
-        }
+        EXPECT_EQ(cutTexts(s.w<QTreeView>("lstMain")), QStringList()) << language;
         s.language()->click();
     }
     // The folder tree starts right under its frame: no column header above the folders.

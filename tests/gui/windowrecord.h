@@ -174,7 +174,7 @@ inline void describeWidgets(QWidget *w, QStringList &out, int depth = 0)
                 const QModelIndex i = m->index(r, c);
                 const QVariant check = i.data(Qt::CheckStateRole);
                 static const QString boxes[] = {u"[ ] "_s, u"[-] "_s, u"[x] "_s};
-                cells.append((check.isValid() ? boxes[check.toInt() % 3] : QString())
+                cells.append((check.isValid() ? boxes[check.toInt()] : QString())
                              + i.data().toString() + u' ' + flags(Qt::Alignment(i.data(Qt::TextAlignmentRole).toInt())));
             }
             add(u"row"_s, cells.join(u" | "));

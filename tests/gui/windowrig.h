@@ -12,9 +12,12 @@
 #include <QDir>
 #include <QEventLoop>
 #include <QFile>
+#include <QHeaderView>
+#include <QStyle>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
+#include <QTreeView>
 
 #include "app/maincontroller.h"
 #include "engine/conversionrun.h"
@@ -189,6 +192,25 @@ struct WindowRig
         return done();
     }
 };
+
+// The captions and values, past a view's first column, that their column is too narrow to show
+// whole.
+inline QStringList cutTexts(const QTreeView *view)
+{
+    QStringList cut;
+    const QAbstractItemModel *m = view->model();
+    const QFontMetrics cells(view->font());
+    const int margins = 2 * (view->style()->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, view) + 1);
+    for (int c = 1; c < m->columnCount(); ++c) {
+        const QString caption = m->headerData(c, Qt::Horizontal).toString();
+        if (view->header()->fontMetrics().horizontalAdvance(caption) > view->columnWidth(c))
+            cut.append(caption);
+        for (int r = 0; r < m->rowCount(); ++r)
+            if (const QString text = m->index(r, c).data().toString(); cells.horizontalAdvance(text) + margins > view->columnWidth(c))
+                cut.append(text);
+    }
+    return cut;
+}
 
 // Free space that shrinks at every query, so a refreshed panel reads differently.
 struct ShrinkingFolders : PosixFolders
