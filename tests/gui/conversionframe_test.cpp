@@ -351,19 +351,20 @@ TEST(ConversionFrame, FailedJobsTellWhyInTheirTooltipAndTheDetailsPane)
     EXPECT_EQ(readAll(s.music + u"fail.wav"_s), source);
 }
 
-TEST(ConversionFrame, AbortThisJobKillsAHungCodecAndEndsTheRun)
+TEST(ConversionFrame, AbortThisJobKillsAHungCodecAndTheLastOneEndsTheRun)
 {
-    Session s({u"hang.wav"_s, u"ok.wav"_s});
+    // One processor: hang2.wav waits behind the first hung codec until the user aborts it.
+    Session s({u"hang1.wav"_s, u"hang2.wav"_s});
+    s.processors = 1;
     s.start();
     s.makeAll(MakeMp3);
     const QString started = s.w<QLabel>("lblEncodeTime_0")->text();
-    ASSERT_TRUE(s.waitFor([&] { return s.statusOf(1, u"Done"_s) && QFile::exists(s.music + u"hang.mp3"_s); }));
-    EXPECT_TRUE(s.statusOf(0, u"In Progress"_s));
-    EXPECT_FALSE(s.close()->isEnabled());
+    ASSERT_TRUE(s.waitFor([&] { return QFile::exists(s.music + u"hang1.mp3"_s); }));
+    EXPECT_EQ(s.rows(), (QStringList{u"hang1.wav In Progress"_s, u"hang2.wav "_s}));
     // With every codec quiet, the clock still runs.
     EXPECT_TRUE(s.waitFor([&] { return s.w<QLabel>("lblEncodeTime_0")->text() != started; }, 3000));
 
-    // The running row's context menu offers the abort, where the pointer is; a finished row's
+    // The running row's context menu offers the abort, where the pointer is; a waiting row's
     // offers nothing.
     const auto menuAt = [&](int row) {
         QStringList offered;
@@ -391,9 +392,14 @@ TEST(ConversionFrame, AbortThisJobKillsAHungCodecAndEndsTheRun)
     EXPECT_TRUE(s.statusOf(0, u"Error"_s));
     EXPECT_TRUE(s.bold(0));
     EXPECT_TRUE(s.cell(0, 0, Qt::ToolTipRole).startsWith(u"aborted\nsignal 9"_s));
-    EXPECT_FALSE(QFile::exists(s.music + u"hang.mp3"_s));
-    EXPECT_TRUE(QFile::exists(s.music + u"hang.wav"_s));
-    EXPECT_TRUE(s.close()->isEnabled());
+    EXPECT_FALSE(QFile::exists(s.music + u"hang1.mp3"_s));
+    EXPECT_TRUE(QFile::exists(s.music + u"hang1.wav"_s));
+    // The waiting job takes the freed processor; aborted in turn, it was the last, and the run ends.
+    ASSERT_TRUE(s.waitFor([&] { return QFile::exists(s.music + u"hang2.mp3"_s); }));
+    EXPECT_FALSE(s.ended());
+    s.press(1, Qt::Key_Delete);
+    EXPECT_EQ(s.rows(), (QStringList{u"hang1.wav Error"_s, u"hang2.wav Error"_s}));
+    EXPECT_TRUE(s.ended());
     EXPECT_EQ(s.beeps, 1);
 }
 

@@ -41,18 +41,24 @@ TEST(NativeNames, DecodesValidUtf8AndEscapesEveryOtherByte)
     }
 }
 
-// Every single byte and every pair of bytes (which holds every cut-short and stray sequence
-// start) comes back exactly.
+// Every single byte, every pair of bytes (which holds every cut-short and stray sequence start)
+// and every sequence of a three- or four-byte lead (its fourth byte 80) comes back exactly: an
+// overlong form taken as a character would name another file.
 TEST(NativeNames, EveryByteStringRoundTrips)
 {
-    QByteArray pair(2, '\0');
+    QByteArray pair(2, '\0'), longer(4, '\x80');
     for (int a = 0; a < 256; ++a) {
         const QByteArray one(1, static_cast<char>(a));
         ASSERT_EQ(bytesFromName(nameFromBytes(one)), one) << a;
         for (int b = 0; b < 256; ++b) {
-            pair[0] = static_cast<char>(a);
-            pair[1] = static_cast<char>(b);
+            pair[0] = longer[0] = static_cast<char>(a);
+            pair[1] = longer[1] = static_cast<char>(b);
             ASSERT_EQ(bytesFromName(nameFromBytes(pair)), pair) << a << ' ' << b;
+            for (int c = 0; a >= 0xE0 && a <= 0xF4 && c < 256; ++c) {
+                longer[2] = static_cast<char>(c);
+                const QByteArray sequence = longer.left(a < 0xF0 ? 3 : 4);
+                ASSERT_EQ(bytesFromName(nameFromBytes(sequence)), sequence) << a << ' ' << b << ' ' << c;
+            }
         }
     }
 }
