@@ -121,6 +121,8 @@ TEST(Convert, NamedFilesOnlyAndUsageErrors)
     const struct { QStringList args; int status; const char *message; } cases[] = {
         {{wavs.path()}, 2, "no --to given"},
         {{u"--to"_s, u"wav"_s, wavs.path()}, 2, "--to wav needs --from"},
+        {{u"--to"_s, u"mp3"_s, u"--from"_s, u"ogg"_s, wavs.path()}, 2, "--from goes only with --to wav"},
+        {{u"--to"_s, u"MP3"_s, wavs.path()}, 2, "unknown target \"MP3\""},
         {{u"--to"_s, u"mp3"_s, u"--jobs"_s, u"9"_s, wavs.path()}, 2, "--jobs takes a number from 1 to 8"},
         {{u"--to"_s, u"mp3"_s, u"--jobs"_s, u"0"_s, wavs.path()}, 2, "--jobs takes a number from 1 to 8"},
         // 8 is accepted: the folder is what is refused.

@@ -7,7 +7,9 @@
 
 TEST(ListCommand, PrintsRowsPanelsAndStatistics)
 {
-    QTemporaryDir dir;
+    QTemporaryDir top;
+    const QDir dir(top.filePath(QStringLiteral("music "))); // the blank ends the folder's name
+    ASSERT_TRUE(QDir().mkpath(dir.path()));
     writeWav(dir.filePath(QStringLiteral("a.wav")), 44100, 2, 1764044);
     writeWav(dir.filePath(QStringLiteral("B.wav")), 8000, 1, 16044);         // sorts after a.wav
     writeWav(dir.filePath(QStringLiteral("c.wav")), 8000, 1, 16044, "riff"); // refused by the reader

@@ -111,8 +111,8 @@ TEST(NamesWithControlCharacters, EscapedInListConvertAndMessages)
 {
     QTemporaryDir dir;
     const QByteArray root = QFile::encodeName(dir.path()) + '/';
-    // U+0085 and U+009F are controls too, the first and the last of C1; U+00A0 is not.
-    for (const char *name : {"tab\tname.wav", "line\nbreak.wav", "back\\slash.wav", "esc\x1b\r.wav", "nel\xC2\x85.wav",
+    // DEL, U+0085 and U+009F are controls too, the last two the first and the last of C1; U+00A0 is not.
+    for (const char *name : {"tab\tname.wav", "line\nbreak.wav", "back\\slash.wav", "esc\x1b\x7f\r.wav", "nel\xC2\x85.wav",
                              "apc\xC2\x9F.wav", "nbsp\xC2\xA0.wav"})
         linkWav(root + name);
     const QByteArray tail = "\t172\t0:00:01\t1411\t44100\tStereo";
@@ -120,7 +120,7 @@ TEST(NamesWithControlCharacters, EscapedInListConvertAndMessages)
     const RawResult listed = runRaw({"list", root});
     EXPECT_EQ(listed.status, 0);
     EXPECT_EQ(rows(listed.out), (QByteArrayList{"apc\\xc2\\x9f.wav" + tail, "back\\\\slash.wav" + tail,
-                                                "esc\\x1b\\r.wav" + tail, "line\\nbreak.wav" + tail,
+                                                "esc\\x1b\\x7f\\r.wav" + tail, "line\\nbreak.wav" + tail,
                                                 "nbsp\xC2\xA0.wav" + tail, "nel\\xc2\\x85.wav" + tail,
                                                 "tab\\tname.wav" + tail}));
 

@@ -267,7 +267,7 @@ TEST(ConversionFrame, ALanguageSwitchDuringARunKeepsItGoingToItsEnd)
 }
 
 // What is typed in the MP3 command-line box is what the encoder gets, for the ticked file only.
-TEST(ConversionFrame, TheTypedMp3CommandLineReachesTheEncoder)
+TEST(ConversionFrame, TheTypedCommandLinesReachTheirEncoders)
 {
     Session s({u"a.wav"_s, u"b.wav"_s, u"c.wav"_s});
     s.processors = 1;
@@ -306,6 +306,26 @@ TEST(ConversionFrame, TheTypedMp3CommandLineReachesTheEncoder)
     EXPECT_EQ(s.jobs()->currentIndex().row(), 0);
     ASSERT_TRUE(s.waitFor([&] { return s.ended(); }));
     EXPECT_EQ(s.logged().value(1), u"lame [-b] [96] [-q] [2] [-m] [m] [--silent] [--priority] [%1b.wav] [%1b.mp3]"_s.arg(s.music));
+
+    // What is typed in the Ogg and Musepack boxes reaches their encoders, the box still focused.
+    const struct { int tab; const char *mode, *box; int make; QString typed, logged; } others[] = {
+        {1, "cmbModeOgg", "txtCmdOgg", MakeOgg, u"-q 3"_s, u"oggenc2 [--quiet] [-q] [3] [%1c.wav] [%1c.ogg]"_s},
+        {2, "cmbModeMpc", "txtCmdMpc", MakeMpc, u"--radio"_s, u"mppenc [--overwrite] [--silent] [--radio] [%1c.wav] [%1c.mpc]"_s},
+    };
+    s.tick(u"b.wav"_s, false);
+    for (const auto &o : others) {
+        s.close()->click();
+        tabs->setCurrentIndex(o.tab);
+        s.w<QComboBox>(o.mode)->setCurrentIndex(2);
+        Q_EMIT s.w<QComboBox>(o.mode)->activated(2);
+        auto *box = s.w<QLineEdit>(o.box);
+        box->clear();
+        box->setFocus();
+        QTest::keyClicks(box, o.typed);
+        s.toolbar(o.make)->trigger();
+        ASSERT_TRUE(s.waitFor([&] { return s.ended(); }));
+        EXPECT_EQ(s.logged().last(), o.logged.arg(s.music));
+    }
 }
 
 // Codecs that fail in every way leave the sources as they were, and rows that tell why.
