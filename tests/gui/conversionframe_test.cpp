@@ -266,7 +266,7 @@ TEST(ConversionFrame, ALanguageSwitchDuringARunKeepsItGoingToItsEnd)
     EXPECT_TRUE(s.window->close());
 }
 
-// What is typed in the MP3 command-line box is what the encoder gets, for the ticked file only.
+// What is typed in an encoder's command-line box is what the encoder gets, for the ticked files only.
 TEST(ConversionFrame, TheTypedCommandLinesReachTheirEncoders)
 {
     Session s({u"a.wav"_s, u"b.wav"_s, u"c.wav"_s});
@@ -316,8 +316,9 @@ TEST(ConversionFrame, TheTypedCommandLinesReachTheirEncoders)
     for (const auto &o : others) {
         s.close()->click();
         tabs->setCurrentIndex(o.tab);
-        s.w<QComboBox>(o.mode)->setCurrentIndex(2);
-        Q_EMIT s.w<QComboBox>(o.mode)->activated(2);
+        auto *commandLineMode = s.w<QComboBox>(o.mode);
+        commandLineMode->setCurrentIndex(2);
+        Q_EMIT commandLineMode->activated(2);
         auto *box = s.w<QLineEdit>(o.box);
         box->clear();
         box->setFocus();
