@@ -272,9 +272,7 @@ TEST(ConversionFrame, TheTypedCommandLinesReachTheirEncoders)
     Session s({u"a.wav"_s, u"b.wav"_s, u"c.wav"_s});
     s.processors = 1;
     s.start();
-    auto *mode = s.w<QComboBox>("cmbMode");
-    mode->setCurrentIndex(3);
-    Q_EMIT mode->activated(3);
+    s.choose("cmbMode", 3);
     auto *line = s.w<QLineEdit>("txtCmd");
     ASSERT_TRUE(line->isVisible());
     line->clear();
@@ -284,7 +282,7 @@ TEST(ConversionFrame, TheTypedCommandLinesReachTheirEncoders)
     QTest::keyClick(line, Qt::Key_Left);
     QTest::keyClicks(line, u"-q "_s);
     // Another tab visited meanwhile leaves the box as the user left it.
-    auto *tabs = s.window->findChild<QTabBar *>(u"TabOpt"_s);
+    auto *tabs = s.w<QTabBar>("TabOpt");
     const int cursor = line->cursorPosition();
     for (const int tab : {1, 0})
         QTest::mouseClick(tabs, Qt::LeftButton, {}, tabs->tabRect(tab).center());
@@ -315,10 +313,8 @@ TEST(ConversionFrame, TheTypedCommandLinesReachTheirEncoders)
     s.tick(u"b.wav"_s, false);
     for (const auto &o : others) {
         s.close()->click();
-        tabs->setCurrentIndex(o.tab);
-        auto *commandLineMode = s.w<QComboBox>(o.mode);
-        commandLineMode->setCurrentIndex(2);
-        Q_EMIT commandLineMode->activated(2);
+        s.tab(o.tab);
+        s.choose(o.mode, 2);
         auto *box = s.w<QLineEdit>(o.box);
         box->clear();
         box->setFocus();

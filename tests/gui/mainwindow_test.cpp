@@ -15,7 +15,6 @@
 #include <QProcess>
 #include <QPushButton>
 #include <QSlider>
-#include <QTabBar>
 #include <QToolBar>
 #include <QToolButton>
 #include <QTreeView>
@@ -87,13 +86,6 @@ struct Session : WindowRig
     QTreeView *tree() const { return w<QTreeView>("tvMain"); }
     QAbstractItemModel *list() const { return w<QTreeView>("lstMain")->model(); }
     QToolButton *language() const { return w<QToolButton>("stbMain_7"); }
-    void tab(int i) const { window->findChild<QTabBar *>(u"TabOpt"_s)->setCurrentIndex(i); }
-    void choose(const char *combo, int i) const
-    {
-        auto *c = w<QComboBox>(combo);
-        c->setCurrentIndex(i);
-        Q_EMIT c->activated(i);
-    }
     // The drive list is read again when it opens.
     int drivesListed() const
     {

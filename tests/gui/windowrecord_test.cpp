@@ -2,7 +2,6 @@
 
 #include <QApplication>
 #include <QComboBox>
-#include <QTabBar>
 #include <QToolButton>
 
 #include "support/qtprinters.h"
@@ -60,19 +59,16 @@ TEST(WindowRecord, WhatEachControlShowsAndTellsInEachLanguageAndOptionsMode)
         expectAsRecorded(u"window-"_s + QLatin1String(language), whole, rig.dir.path());
         // Each encoder's options in each of its modes.
         QStringList options;
-        auto *tabs = rig.window->findChild<QTabBar *>(u"TabOpt"_s);
         for (int tab = 0; tab < 3; ++tab) {
-            tabs->setCurrentIndex(tab);
-            auto *mode = rig.w<QComboBox>(std::array{"cmbMode", "cmbModeOgg", "cmbModeMpc"}[static_cast<size_t>(tab)]);
-            for (int i = 0; i < mode->count(); ++i) {
-                mode->setCurrentIndex(i);
-                Q_EMIT mode->activated(i);
+            rig.tab(tab);
+            const char *mode = std::array{"cmbMode", "cmbModeOgg", "cmbModeMpc"}[static_cast<size_t>(tab)];
+            for (int i = 0; i < rig.w<QComboBox>(mode)->count(); ++i) {
+                rig.choose(mode, i);
                 describeWidgets(rig.w(u"frEncOpt_%1"_s.arg(tab)), options);
             }
-            mode->setCurrentIndex(0);
-            Q_EMIT mode->activated(0);
+            rig.choose(mode, 0);
         }
-        tabs->setCurrentIndex(0);
+        rig.tab(0);
         expectAsRecorded(u"window-"_s + QLatin1String(language) + u"-options"_s, options, rig.dir.path());
         rig.w<QToolButton>("stbMain_7")->click();
     }

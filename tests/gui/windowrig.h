@@ -8,12 +8,14 @@
 
 #include <QAbstractItemModel>
 #include <QAction>
+#include <QComboBox>
 #include <QFont>
 #include <QDir>
 #include <QEventLoop>
 #include <QFile>
 #include <QHeaderView>
 #include <QStyle>
+#include <QTabBar>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
@@ -174,6 +176,14 @@ struct WindowRig
     }
     template <typename T = QWidget> T *w(const char *name) const { return w<T>(QLatin1String(name)); }
     QAction *toolbar(int position) const { return w<QAction>(QStringLiteral("tbMain_%1").arg(position)); }
+    void tab(int i) const { w<QTabBar>("TabOpt")->setCurrentIndex(i); }
+    // An entry of a list chosen as a user chooses it: shown, then acted on.
+    void choose(const char *combo, int i) const
+    {
+        auto *c = w<QComboBox>(combo);
+        c->setCurrentIndex(i);
+        Q_EMIT c->activated(i);
+    }
     // Waits with the event loop running free, as in the program: a polling wait that sleeps
     // between its rounds would hide a wake-up that spins the loop.
     static bool waitFor(const std::function<bool()> &done, int ms = 10000)
