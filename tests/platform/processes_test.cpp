@@ -8,7 +8,6 @@
 #include <QThread>
 
 #include <fcntl.h>
-#include <poll.h>
 #include <unistd.h>
 
 #include "platform/posix/posixprocesses.h"
@@ -157,61 +156,4 @@ TEST(PosixProcesses, ReleaseForgetsOnlyEndedChildrenAndReapsThem)
     EXPECT_FALSE(p.endOf(*running).has_value());
     owner.reset();
     EXPECT_EQ(openDescriptors(), before);
-}
-
-namespace {
-
-// Polls as a run does: the error output as it comes, the end at a short tick.
-std::optional<ProcessEnd> waitForEnd(PosixProcesses &p, ProcessHandle h)
-{
-    pollfd pfd{p.outputDescriptor(), POLLIN, 0};
-    for (int i = 0; i < 1000 && !p.hasEnded(h); ++i) {
-        if (::poll(&pfd, 1, 10) > 0)
-            p.readOutput();
-    }
-    return p.endOf(h);
-}
-
-} // namespace
-
-TEST(PosixProcesses, EndsAreToldWithTheTailOfTheErrorOutput)
-{
-    const struct { const char *script; int exitCode, signal; QByteArray tail; } cases[] = {
-        {"exit 0", 0, 0, ""},
-        {"echo 'progress on standard output'", 0, 0, ""}, // which goes nowhere, without an error
-        {"echo 'Error writing mp3 output' >&2; exit 3", 3, 0, "Error writing mp3 output\n"},
-        {"echo crashing >&2; kill -SEGV $$", 0, SIGSEGV, "crashing\n"},
-        // A codec's progress can come a byte at a time.
-        {"printf E >&2; /bin/sleep 0.2; echo rror >&2; exit 2", 2, 0, "Error\n"},
-        // Megabytes of errors pass without holding the codec up; only the last 4 KB are kept.
-        {"/usr/bin/head -c 3000000 /dev/zero >&2; echo END >&2; exit 1", 1, 0,
-         QByteArray(4092, '\0') + "END\n"},
-    };
-    PosixProcesses p;
-    for (const auto &c : cases) {
-        const auto h = p.start(u"\"/bin/sh\" -c \""_s + QString::fromUtf8(c.script) + u"\""_s, ChildEnvironment::Empty);
-        ASSERT_TRUE(h.has_value()) << c.script;
-        const std::optional<ProcessEnd> end = waitForEnd(p, *h);
-        ASSERT_TRUE(end.has_value()) << c.script;
-        EXPECT_EQ(end->exitCode, c.exitCode) << c.script;
-        EXPECT_EQ(end->signal, c.signal) << c.script;
-        EXPECT_EQ(end->errorTail, c.tail) << c.script;
-    }
-
-    // An owner that only polls (the window's tick) keeps a flood moving too.
-    const auto h = p.start(u"\"/bin/sh\" -c \"/usr/bin/head -c 3000000 /dev/zero >&2\""_s, ChildEnvironment::Empty);
-    ASSERT_TRUE(h.has_value());
-    for (int i = 0; i < 2000 && !p.hasEnded(*h); ++i)
-        QThread::msleep(1);
-    EXPECT_TRUE(p.hasEnded(*h));
-    p.kill(*h);
-
-    // Output once read no longer wakes the owner while its codec goes on: no busy loop.
-    const auto talking = p.start(u"\"/bin/sh\" -c \"echo working >&2; exec /bin/sleep 30\""_s, ChildEnvironment::Empty);
-    ASSERT_TRUE(talking.has_value());
-    pollfd pfd{p.outputDescriptor(), POLLIN, 0};
-    ASSERT_EQ(::poll(&pfd, 1, 5000), 1);
-    p.readOutput();
-    EXPECT_EQ(::poll(&pfd, 1, 0), 0);
-    p.kill(*talking);
 }

@@ -102,50 +102,6 @@ struct Rig : Clock, Processes
     }
 };
 
-// Rows of a decoded kind follow each other as each decoder exits; the bold row, the selection,
-// the scrolled row, the title and the command move with them.
-TEST(Player, DecodedRowsPlayInTurnToTheEndOfTheList)
-{
-    Rig rig(u"*.ogg"_s);
-    rig.selected = 0;
-    rig.player.click(Player::Play);
-    EXPECT_TRUE(rig.player.display().timerEnabled);
-    EXPECT_TRUE(rig.started.empty()) << "the row starts at the next tick";
-    rig.run(0.1);
-    ASSERT_EQ(rig.started.size(), 1u);
-    EXPECT_EQ(rig.started[0].first, uR"("/opt/kv/codec/oggdec" -p "/m/a.ogg")"_s);
-    EXPECT_EQ(rig.started[0].second, ChildEnvironment::Empty);
-    EXPECT_EQ(rig.player.display().lblPlay, u"a.ogg (0:00:03)"_s);
-    EXPECT_EQ(rig.player.display().progressMax, 3);
-    EXPECT_EQ(rig.boldRows(), std::vector<int>{1});
-
-    rig.run(1.7);
-    EXPECT_EQ(rig.player.display().lblPlayTime, u"0:00:02"_s);
-    EXPECT_EQ(rig.player.display().progressValue, 2);
-    rig.run(5);
-    EXPECT_EQ(rig.started.size(), 1u) << "a decoded row lasts as long as its decoder, not its duration";
-    EXPECT_EQ(rig.player.display().progressValue, 3) << "past the end the bar stays full";
-
-    const struct { int row; const char *title; int selected, scrolled; } rows[] = {
-        {2, "b.ogg (0:00:05)", 1, 2}, {3, "c.ogg (0:00:02)", 2, 2}};
-    for (const auto &r : rows) {
-        rig.endLast();
-        rig.run(0.1);
-        EXPECT_EQ(rig.player.playRow(), r.row);
-        EXPECT_EQ(rig.boldRows(), std::vector<int>{r.row});
-        EXPECT_EQ(rig.player.display().lblPlay, QLatin1String(r.title));
-        EXPECT_EQ(rig.selections.back(), r.selected);
-        EXPECT_EQ(rig.scrolls.back(), r.scrolled) << "the next row shows too, where there is one";
-        rig.run(1.2);
-        EXPECT_EQ(rig.player.display().lblPlayTime, u"0:00:01"_s) << "each row counts from its own start";
-    }
-    rig.endLast();
-    rig.run(0.1);
-    EXPECT_EQ(rig.started.size(), 3u);
-    EXPECT_EQ(rig.released, (std::vector<ProcessHandle>{1, 2})) << "a decoder's record goes when the next row starts";
-    EXPECT_TRUE(rig.cleared());
-}
-
 // WAV rows go to the system's player at once and end by the clock against their listed duration;
 // a new row cuts the last sound off.
 TEST(Player, WavRowsEndByTheirListedDuration)
