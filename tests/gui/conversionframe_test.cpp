@@ -30,7 +30,8 @@ namespace {
 
 // Every codec entry is this script. It logs its name and arguments, then acts by the source's
 // name: fail*, crash*, empty*, hang*, flood* and slow* misbehave as they say, quiet* closes its
-// error output long before it ends, others write 4 KB.
+// error output long before it ends, others write 4 KB. A flood ends with one write of over 6 KB, read
+// whole once the reader has caught up.
 // Each ends by itself, a hang after 30 s. Codecs start with no environment, hence the log's path.
 const char codecScript[] = R"(#!/bin/sh
 PATH=/usr/bin:/bin
@@ -42,7 +43,8 @@ fail*) echo "cannot read $src" >&2; exit 1 ;;
 crash*) kill -SEGV $$ ;;
 empty*) : > "$dst"; exit 0 ;;
 hang*) head -c 3000 /dev/zero > "$dst"; exec sleep 30 ;;
-flood*) head -c 8000000 /dev/zero | tr '\000' x >&2; seq 1 20 >&2; echo "$(seq -s '' 90) last words" >&2; head -c 4096 /dev/zero > "$dst"; exit 2 ;;
+flood*) head -c 8000000 /dev/zero | tr '\000' x >&2; t=$(mktemp); { head -c 6000 /dev/zero | tr '\000' y; echo; seq 1 20; echo "$(seq -s '' 90) last words"; } > "$t"
+  sleep 0.2; cat "$t" >&2; rm -f "$t"; head -c 4096 /dev/zero > "$dst"; exit 2 ;;
 slow*) sleep 0.6 ;;
 quiet*) exec 2>&-; sleep 0.3 ;;
 esac
@@ -195,6 +197,22 @@ TEST(ConversionFrame, StopBreaksTheWaitingAtOnceAndTheRunningFinish)
         EXPECT_TRUE(s.shown(slot)) << slot;
         EXPECT_EQ(s.w(slot)->property("activity").toString(), u"idle"_s) << slot;
     }
+}
+
+// Ten jobs: as "Finished 9" becomes "Finished 10", the labels keep their width and the bar its place.
+TEST(ConversionFrame, TheBarKeepsItsPlaceAsTheCountGrows)
+{
+    QStringList names;
+    for (int i = 1; i <= 10; ++i)
+        names.append(u"f%1.wav"_s.arg(i));
+    Session s(names);
+    s.start();
+    s.makeAll(MakeMp3);
+    ASSERT_TRUE(s.waitFor([&] { return s.shown("pbEncode"); }));
+    const QRect bar = s.w("pbEncode")->geometry();
+    ASSERT_TRUE(s.waitFor([&] { return s.ended(); }));
+    EXPECT_EQ(s.finishedLine(), u"Finished 10 of 10"_s);
+    EXPECT_EQ(s.w("pbEncode")->geometry(), bar);
 }
 
 // Eight processors: eight slots, each running while its codec runs and idle once the run is over.
