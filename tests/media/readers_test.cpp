@@ -226,7 +226,7 @@ TEST(Readers, PatchedHeaders)
          row({"a", "1", "0:00:00", "64", "12000", "Mono "})},
         {Mp3, QByteArray(10240, '\0') + cbr128(30), -1, row({"a", "22", "0:00:01", "128", "44100", "Joint Stereo"})},
         {Mp3, QByteArray(10241, '\0') + cbr128(30), -1, std::nullopt}, // first header at 10,242
-        {Mp3, QByteArray(10241, '\0') + cbr128(30).mid(1), -1, std::nullopt}, // no marker in the bytes searched: what follows is not read as a header
+        {Mp3, QByteArray(10241, '\0') + cbr128(30).mid(1), -1, std::nullopt}, // no marker in the bytes searched: no header
         {Mp3, frames(5, "\xFF\xFB\x9C\x44", 417), -1, std::nullopt}, // sample index "11" first
         {Mp3, frames(5, "\xFF\xFD\x90\x44", 417), -1, std::nullopt}, // layer II
         // Free format (third byte 0) steps back onto the same header for ever.
