@@ -202,8 +202,9 @@ int runConvert(const QStringList &args)
     const QString program = programFolder();
     const QStringList missing = checkCodecs(program, files);
     if (!missing.isEmpty()) {
+        // They name the program's own folder, which may hold any byte: one line each all the same.
         for (const QString &message : missing)
-            err(message + QLatin1Char('\n'));
+            err(escapedText(message) + QLatin1Char('\n'));
         return ExitUsage;
     }
 

@@ -148,4 +148,16 @@ TEST(NamesWithControlCharacters, EscapedInListConvertAndMessages)
         EXPECT_EQ(r.out, QByteArray());
         EXPECT_EQ(r.err, c.err);
     }
+
+    // A program in such a folder with no codec beside it converts nothing and names each entry.
+    const QByteArray program = root + "prog\t\xE9/";
+    ASSERT_EQ(::mkdir(program.constData(), 0700), 0);
+    ASSERT_EQ(::link(QFile::encodeName(cliPath()).constData(), (program + "kestrelvane-cli").constData()), 0);
+    QByteArray missing;
+    for (const char *codec : {"lame", "madplay", "mppenc", "mppdec", "oggenc2", "oggdec"})
+        missing += root + "prog\\t\xEF\xBF\xBD/codec/" + codec + " not found\n";
+    const RawResult r = runRaw({"convert", "--to", "mp3", root}, program + "kestrelvane-cli");
+    EXPECT_EQ(r.status, 2);
+    EXPECT_EQ(r.err, missing);
+    EXPECT_FALSE(QFile::exists(QFile::decodeName(root + "tab\tname.mp3")));
 }
