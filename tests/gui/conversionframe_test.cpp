@@ -43,7 +43,7 @@ fail*) echo "cannot read $src" >&2; exit 1 ;;
 crash*) kill -SEGV $$ ;;
 empty*) : > "$dst"; exit 0 ;;
 hang*) head -c 3000 /dev/zero > "$dst"; exec sleep 30 ;;
-flood*) head -c 8000000 /dev/zero | tr '\000' x >&2; t=$(mktemp); { head -c 6000 /dev/zero | tr '\000' y; echo; seq 1 20; echo "$(seq -s '' 90) last words"; } > "$t"
+flood*) { head -c 8000000 /dev/zero | tr '\000' x; echo; } >&2; t=$(mktemp); { head -c 6000 /dev/zero | tr '\000' y; echo; seq 1 20; echo "$(seq -s '' 90) last words"; } > "$t"
   sleep 0.2; cat "$t" >&2; rm -f "$t"; head -c 4096 /dev/zero > "$dst"; exit 2 ;;
 slow*) sleep 0.6 ;;
 quiet*) exec 2>&-; sleep 0.3 ;;
@@ -197,6 +197,14 @@ TEST(ConversionFrame, StopBreaksTheWaitingAtOnceAndTheRunningFinish)
         EXPECT_TRUE(s.shown(slot)) << slot;
         EXPECT_EQ(s.w(slot)->property("activity").toString(), u"idle"_s) << slot;
     }
+
+    // Closed, then made again for one file: its job alone is listed, no row of the run before.
+    s.close()->click();
+    s.toolbar(MakeAll)->trigger();
+    s.tick(u"slow3.wav"_s);
+    s.toolbar(MakeMp3)->trigger();
+    EXPECT_EQ(s.rows(), QStringList{u"slow3.wav In Progress"_s});
+    ASSERT_TRUE(s.waitFor([&] { return s.ended(); }));
 }
 
 // Ten jobs: as "Finished 9" becomes "Finished 10", the labels keep their width and the bar its place.
@@ -363,9 +371,11 @@ TEST(ConversionFrame, FailedJobsTellWhyInTheirTooltipAndTheDetailsPane)
         EXPECT_TRUE(tips[row].contains.isEmpty() ? tip.isEmpty() : tip.contains(tips[row].contains)) << row;
         EXPECT_EQ(s.jobs()->model()->index(row, 0).data(Qt::DecorationRole).isValid(), tips[row].warning) << row;
     }
-    // Megabytes of error output leave ten lines: the first two, a mark, and the last seven.
+    // Megabytes of error output leave ten lines: the first two, a mark, and the last seven. Only
+    // the last 4 KB are kept, so the output's first line is the end of the y's, not the x's.
     const QStringList flood = s.cell(3, 0, Qt::ToolTipRole).split(u'\n');
     ASSERT_EQ(flood.size(), 10);
+    EXPECT_EQ(flood[1], u"…"_s + QString(160, u'y'));
     EXPECT_EQ(flood[2], u"…"_s);
     EXPECT_EQ(flood.mid(3, 6).join(u' '), u"15 16 17 18 19 20"_s);
     // Each line cut to its last 160 characters.

@@ -491,6 +491,7 @@ TEST(WindowConfiguration, SavedAtCloseRestoredAtTheNextStartAndRefusedWhileConve
     const QString cfg = s.program + u"kestrvan.cfg"_s;
     ASSERT_EQ(s.start(s.at("rock")), StartEnd::Running);
     s.w<QSlider>("sliPresetOgg")->setValue(45);
+    s.choose("cmbMode", 2);
     s.tab(1);
     s.language()->click();
     s.window->resize(900, 640);
@@ -505,6 +506,7 @@ TEST(WindowConfiguration, SavedAtCloseRestoredAtTheNextStartAndRefusedWhileConve
     ASSERT_EQ(s.start(), StartEnd::Running);
     EXPECT_EQ(s.w<QSlider>("sliPresetOgg")->value(), 45);
     EXPECT_EQ(s.label("lblPresetOgg"), u"--quality 4.5"_s);
+    EXPECT_EQ(s.w<QComboBox>("cmbMode")->currentIndex(), 2);
     EXPECT_TRUE(s.w("frEncOpt_1")->isVisible());
     EXPECT_EQ(s.language()->text(), u"Русский"_s);
     EXPECT_EQ(s.controller->fileList().currentFolder, s.at("rock/"));

@@ -83,15 +83,18 @@ TEST(PosixFiles, DeletionRefusedByTheFolderIsAccessDenied)
 }
 
 // The other kinds of path are in the options command's test; root reads everything, so this
-// one runs as nobody.
-TEST(DescribeUnreadable, AFileWeMayNotReadIsNotMissing)
+// one runs as nobody. A file we may not read, and one in a folder we may not enter.
+TEST(DescribeUnreadable, AFileWeMayNotReachIsNotMissing)
 {
     QTemporaryDir dir;
-    const QByteArray file = bytePath(dir) + "/file";
+    const QByteArray file = bytePath(dir) + "/file", closed = bytePath(dir) + "/closed";
     writeFile(file, "x");
+    ::mkdir(closed.constData(), 0600);
     ::chmod(bytePath(dir), 0755);
     ::chmod(file, 0000);
-    EXPECT_EQ(asUnprivileged([&] { return describeUnreadable(QFile::decodeName(file)) == u"not readable: Permission denied"_s ? 0 : 1; }), 0);
+    for (const QByteArray &path : {file, closed + "/file"})
+        EXPECT_EQ(asUnprivileged([&] { return describeUnreadable(QFile::decodeName(path)) == u"not readable: Permission denied"_s ? 0 : 1; }), 0)
+            << path.constData();
 }
 
 // A FIFO or a device where a file is read or written is refused at once: opening a FIFO would
