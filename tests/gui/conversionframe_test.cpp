@@ -31,7 +31,7 @@ namespace {
 // Every codec entry is this script. It logs its name and arguments, then acts by the source's
 // name: fail*, crash*, empty*, hang*, flood* and slow* misbehave as they say, quiet* closes its
 // error output long before it ends, others write 4 KB. A flood ends with one write of over 6 KB, read
-// whole once the reader has caught up.
+// whole once the reader has caught up; a trickle writes 4.7 KB of error output in small writes.
 // Each ends by itself, a hang after 30 s. Codecs start with no environment, hence the log's path.
 const char codecScript[] = R"(#!/bin/sh
 PATH=/usr/bin:/bin
@@ -45,6 +45,7 @@ empty*) : > "$dst"; exit 0 ;;
 hang*) head -c 3000 /dev/zero > "$dst"; exec sleep 30 ;;
 flood*) { head -c 8000000 /dev/zero | tr '\000' x; echo; } >&2; t=$(mktemp); { head -c 6000 /dev/zero | tr '\000' y; echo; seq 1 20; echo "$(seq -s '' 90) last words"; } > "$t"
   sleep 0.2; cat "$t" >&2; rm -f "$t"; head -c 4096 /dev/zero > "$dst"; exit 2 ;;
+trickle*) n=$(seq -s '' 40); for i in $(seq 60); do echo "line $i $n" >&2; sleep 0.01; done; head -c 4096 /dev/zero > "$dst"; exit 3 ;;
 slow*) sleep 0.6 ;;
 quiet*) exec 2>&-; sleep 0.3 ;;
 esac
@@ -354,7 +355,7 @@ TEST(ConversionFrame, TheTypedCommandLinesReachTheirEncoders)
 // Codecs that fail in every way leave the sources as they were, and rows that tell why.
 TEST(ConversionFrame, FailedJobsTellWhyInTheirTooltipAndTheDetailsPane)
 {
-    Session s({u"crash.wav"_s, u"empty.wav"_s, u"fail.wav"_s, u"flood.wav"_s, u"ok.wav"_s});
+    Session s({u"crash.wav"_s, u"empty.wav"_s, u"fail.wav"_s, u"flood.wav"_s, u"ok.wav"_s, u"trickle.wav"_s});
     const QByteArray source = readAll(s.music + u"fail.wav"_s);
     s.start();
     s.makeAll(MakeMp3);
@@ -362,11 +363,12 @@ TEST(ConversionFrame, FailedJobsTellWhyInTheirTooltipAndTheDetailsPane)
     // The 8 MB of error output are taken as they come: read only at the timer's ticks, a pipe's
     // 64 KB a tick, they would hold their codec back for 12 s.
     ASSERT_TRUE(s.waitFor([&] { return s.settled(); }, 5000));
-    EXPECT_EQ(s.rows().join(u'|'), u"crash.wav Error|empty.wav Error|fail.wav Error|flood.wav Done|ok.wav Done"_s);
+    EXPECT_EQ(s.rows().join(u'|'), u"crash.wav Error|empty.wav Error|fail.wav Error|flood.wav Done|ok.wav Done|trickle.wav Done"_s);
     const QString failed = u"exit status 1\ncannot read "_s + s.music + u"fail.wav"_s;
     const struct { QString contains; bool warning; } tips[] = {
-        {u"signal 11"_s, false}, {u"empty target"_s, false}, {failed, false}, {u"exit status 2"_s, true}, {QString(), false}};
-    for (int row = 0; row < 5; ++row) {
+        {u"signal 11"_s, false}, {u"empty target"_s, false}, {failed, false}, {u"exit status 2"_s, true}, {QString(), false},
+        {u"exit status 3"_s, true}};
+    for (int row = 0; row < 6; ++row) {
         const QString tip = s.cell(row, 0, Qt::ToolTipRole);
         EXPECT_TRUE(tips[row].contains.isEmpty() ? tip.isEmpty() : tip.contains(tips[row].contains)) << row;
         EXPECT_EQ(s.jobs()->model()->index(row, 0).data(Qt::DecorationRole).isValid(), tips[row].warning) << row;
@@ -383,6 +385,8 @@ TEST(ConversionFrame, FailedJobsTellWhyInTheirTooltipAndTheDetailsPane)
     EXPECT_TRUE(flood[9].endsWith(u"8990 last words"_s));
     for (const QString &line : flood)
         EXPECT_LE(line.size(), 161);
+    // Many small writes are cut to their last 4 KB as well: the first lines are gone.
+    EXPECT_FALSE(s.cell(5, 0, Qt::ToolTipRole).contains(u"line 1 "_s));
 
     auto *pane = s.w<QPlainTextEdit>("txtDetails");
     EXPECT_TRUE(pane->isHidden());
