@@ -11,6 +11,7 @@
 #include <QPlainTextEdit>
 #include <QProcess>
 #include <QProgressBar>
+#include <QScopeGuard>
 #include <QPushButton>
 #include <QSocketNotifier>
 #include <QTabBar>
@@ -30,8 +31,9 @@ namespace {
 
 // Every codec entry is this script. It logs its name and arguments, then acts by the source's
 // name: fail*, crash*, empty*, hang*, flood* and slow* misbehave as they say, quiet* closes its
-// error output long before it ends, others write 4 KB. A flood ends with one write of over 6 KB, read
-// whole once the reader has caught up; a trickle writes 4.7 KB of error output in small writes.
+// error output long before it ends, others write 4 KB. A crash writes eight lines first; a flood
+// ends with one write of over 6 KB, read whole once the reader has caught up; a trickle writes
+// 4.7 KB of error output in small writes.
 // Each ends by itself, a hang after 30 s. Codecs start with no environment, hence the log's path.
 const char codecScript[] = R"(#!/bin/sh
 PATH=/usr/bin:/bin
@@ -40,7 +42,7 @@ echo "$line" >> '%1'
 eval "src=\${$(($# - 1))}"; eval "dst=\${$#}"
 case $(basename "$src") in
 fail*) echo "cannot read $src" >&2; exit 1 ;;
-crash*) kill -SEGV $$ ;;
+crash*) seq 8 >&2; kill -SEGV $$ ;;
 empty*) : > "$dst"; exit 0 ;;
 hang*) head -c 3000 /dev/zero > "$dst"; exec sleep 30 ;;
 flood*) { head -c 8000000 /dev/zero | tr '\000' x; echo; } >&2; t=$(mktemp); { head -c 6000 /dev/zero | tr '\000' y; echo; seq 1 20; echo "$(seq -s '' 90) last words"; } > "$t"
@@ -260,6 +262,12 @@ TEST(ConversionFrame, EachOfEightSlotsShowsItsOwnActivity)
 // ends. Then the window may not close until Close, which refreshes the free space.
 TEST(ConversionFrame, ALanguageSwitchDuringARunKeepsItGoingToItsEnd)
 {
+    // At a large font, as a user who needs one sets it: every column follows the font.
+    const QFont usual = QApplication::font();
+    QFont large = usual;
+    large.setPixelSize(24);
+    QApplication::setFont(large);
+    const auto restore = qScopeGuard([&] { QApplication::setFont(usual); });
     Session s({u"slow1.wav"_s, u"slow2.wav"_s, u"slow3.wav"_s});
     s.start();
     s.makeAll(MakeMp3);
@@ -366,8 +374,8 @@ TEST(ConversionFrame, FailedJobsTellWhyInTheirTooltipAndTheDetailsPane)
     EXPECT_EQ(s.rows().join(u'|'), u"crash.wav Error|empty.wav Error|fail.wav Error|flood.wav Done|ok.wav Done|trickle.wav Done"_s);
     const QString failed = u"exit status 1\ncannot read "_s + s.music + u"fail.wav"_s;
     const struct { QString contains; bool warning; } tips[] = {
-        {u"signal 11"_s, false}, {u"empty target"_s, false}, {failed, false}, {u"exit status 2"_s, true}, {QString(), false},
-        {u"exit status 3"_s, true}};
+        {u"no target written\nsignal 11 (Segmentation fault)\n1\n2\n3\n4\n5\n6\n7\n8"_s, false}, // ten lines: all shown
+        {u"empty target"_s, false}, {failed, false}, {u"exit status 2"_s, true}, {QString(), false}, {u"exit status 3"_s, true}};
     for (int row = 0; row < 6; ++row) {
         const QString tip = s.cell(row, 0, Qt::ToolTipRole);
         EXPECT_TRUE(tips[row].contains.isEmpty() ? tip.isEmpty() : tip.contains(tips[row].contains)) << row;

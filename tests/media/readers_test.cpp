@@ -197,7 +197,7 @@ TEST(Readers, PatchedHeaders)
         {Mpc, mpck(streamHeader(378'000, 0, 0x40, 0x00)), 100 * 1024, row({"a", "100", "0:00:10", "~82", "37800", "1"})},
         {Mpc, mpck(streamHeader(320'000, 0, 0x60, 0xF0)), 100 * 1024, row({"a", "100", "0:00:10", "~82", "32000", "16"})},
         // Other packets before it are stepped over, up to one that starts at the last byte of 64 KB.
-        {Mpc, "MPCK" + packet("AZ", QByteArray(300, '\xFF')) + streamHeader(441'000), 1024,
+        {Mpc, "MPCK" + packet("SE", QByteArray(300, '\xFF')) + streamHeader(441'000), 1024,
          row({"a", "1", "0:00:10", "~1", "44100", "2"})},
         {Mpc, "MPCK" + packet("EI", QByteArray(65'531 - 5, '\0')) + streamHeader(441'000), 1024,
          row({"a", "1", "0:00:10", "~1", "44100", "2"})},

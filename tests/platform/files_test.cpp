@@ -83,15 +83,18 @@ TEST(PosixFiles, DeletionRefusedByTheFolderIsAccessDenied)
 }
 
 // The other kinds of path are in the options command's test; root reads everything, so this
-// one runs as nobody. A file we may not read, and one in a folder we may not enter.
+// one runs as nobody. A file we may not read, and one in a folder we may not enter; one we may
+// read but not write is read.
 TEST(DescribeUnreadable, AFileWeMayNotReachIsNotMissing)
 {
     QTemporaryDir dir;
-    const QByteArray file = bytePath(dir) + "/file", closed = bytePath(dir) + "/closed";
+    const QByteArray file = bytePath(dir) + "/file", closed = bytePath(dir) + "/closed", readOnly = bytePath(dir) + "/ro";
     writeFile(file, "x");
+    writeFile(readOnly, "r");
     ::mkdir(closed.constData(), 0600);
     ::chmod(bytePath(dir), 0755);
     ::chmod(file, 0000);
+    EXPECT_EQ(asUnprivileged([&] { return PosixFiles().readAll(QFile::decodeName(readOnly)) == "r" ? 0 : 1; }), 0);
     for (const QByteArray &path : {file, closed + "/file"})
         EXPECT_EQ(asUnprivileged([&] { return describeUnreadable(QFile::decodeName(path)) == u"not readable: Permission denied"_s ? 0 : 1; }), 0)
             << path.constData();

@@ -39,7 +39,7 @@ TEST(Volumes, DriveListKeepsRealFileSystemsOnce)
         "31 25 8:2 / /home rw - ext4 /dev/sda2 rw\n"
         "32 25 0:30 / /sys/fs/cgroup rw - cgroup2 cgroup2 rw\n"
         "33 25 8:3 / /home rw - xfs /dev/sda3 rw\n"
-        "34 25 0:40 / /run/media/ann/stick rw - exfat /dev/sdc1 rw\n"
+        "34 25 0:40 / /run/media/ann/stick\\040 rw - exfat /dev/sdc1 rw\n" // a label that ends in a blank
         // A snap, a container's root and an automounter are no drives, wherever they are.
         "40 25 7:1 / /snap/core22/1380 ro,nodev,relatime shared:40 - squashfs /dev/loop1 ro\n"
         "41 25 0:50 / /var/lib/docker/overlay2/3f2a/merged rw - overlay overlay rw\n"
@@ -47,7 +47,7 @@ TEST(Volumes, DriveListKeepsRealFileSystemsOnce)
         "garbage line\n";
     EXPECT_EQ(mountPoints(parseMountInfo(table)),
               (QStringList{QStringLiteral("/:ext4"), QStringLiteral("/home:xfs"), QStringLiteral("/media/ann/My Disk:vfat"),
-                           QStringLiteral("/media/cdrom:iso9660"), QStringLiteral("/run/media/ann/stick:exfat")}));
+                           QStringLiteral("/media/cdrom:iso9660"), QStringLiteral("/run/media/ann/stick :exfat")}));
     // Without a table (no /proc) there is still the root.
     EXPECT_EQ(mountPoints(parseMountInfo(QByteArray())), QStringList{QStringLiteral("/:")});
 }
