@@ -202,7 +202,7 @@ int runConvert(const QStringList &args)
     const QString program = programFolder();
     const QStringList missing = checkCodecs(program, files);
     if (!missing.isEmpty()) {
-        // They name the program's own folder, which may hold any byte: one line each all the same.
+        // Each names the program's own folder, whose name may hold any byte: escaped as every name is.
         for (const QString &message : missing)
             err(escapedText(message) + QLatin1Char('\n'));
         return ExitUsage;

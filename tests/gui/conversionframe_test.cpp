@@ -11,8 +11,8 @@
 #include <QPlainTextEdit>
 #include <QProcess>
 #include <QProgressBar>
-#include <QScopeGuard>
 #include <QPushButton>
+#include <QScopeGuard>
 #include <QSocketNotifier>
 #include <QTabBar>
 #include <QTimer>
