@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <limits>
 
 #include "media/readers.h"
 #include "platform/posix/posixfiles.h"
@@ -28,7 +29,8 @@ MediaInfo row(std::initializer_list<const char *> texts)
     return r;
 }
 
-// A file of `length` bytes of which only head can be read; it counts the reads it serves.
+// A file of `length` bytes of which only head can be read, and nothing from failFrom on; it
+// counts the reads it serves.
 struct SizedSource : MemoryByteSource
 {
     SizedSource(QByteArray head, std::int64_t length) : MemoryByteSource(std::move(head)), length(length) {}
@@ -36,11 +38,14 @@ struct SizedSource : MemoryByteSource
     std::int64_t read(std::int64_t offset, char *dst, std::int64_t n) override
     {
         ++calls;
+        if (offset >= failFrom)
+            return -1;
         const std::int64_t got = MemoryByteSource::read(offset, dst, n);
         bytesRead += std::max<std::int64_t>(got, 0);
         return got;
     }
     std::int64_t length;
+    std::int64_t failFrom = std::numeric_limits<std::int64_t>::max();
     std::int64_t calls = 0;
     std::int64_t bytesRead = 0;
 };
@@ -262,4 +267,16 @@ TEST(Readers, Mpeg2And25BitrateTable)
             EXPECT_EQ((*info)[MediaInfo::Sampling], QLatin1String(v.sampling)) << index;
         }
     }
+}
+
+// The MP3 walk reads a window at a time. A file that shrank under it reads as zeros past its new
+// end, never as the bytes of the window before; a read that fails leaves no row.
+TEST(Readers, Mp3FileThatShrinksOrFailsWhileRead)
+{
+    // 128 kbit/s frames, then 160 kbit/s ones up to 40 KB past the first 256 KB window.
+    const QByteArray head = cbr128(100) + frames(503, "\xFF\xFB\xA0\x44", 522);
+    EXPECT_EQ(read(Mp3, head, 600'000), row({"a", "586", "0:00:31", "~155", "44100", "Joint Stereo"}));
+    SizedSource failing(head, head.size());
+    failing.failFrom = 256 * 1024;
+    EXPECT_FALSE(readMediaInfo(Mp3, QStringLiteral("a"), failing));
 }
