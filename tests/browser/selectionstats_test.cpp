@@ -43,6 +43,9 @@ TEST(SelectionStats, ForecastScalesBySourceAndExpectedBitrates)
         {{row("1024", "0")}, false, "1|1 MB|old|old|old"},
         {{row("1024", "128"), row("10", "~")}, false, "old|old|old|old|old"},
         {std::vector<FileRow>(32768, row("1", "128", false)), false, "old|old|old|old|old"}, // beyond 16 bits
+        // Summed in single precision as the status bar's total is: 1 KB steps vanish beyond 16 GB.
+        {[] { std::vector<FileRow> r(61, row("1", "128")); r[0] = row("16777216", "128"); return r; }(), true,
+         "61|16384 MB|29952 MB|24576 MB|30720 MB"},
     };
     for (const auto &c : cases)
         EXPECT_EQ(refreshed(c.rows, c.makeAll, c.settings), QLatin1String(c.labels)) << &c - cases;
