@@ -85,8 +85,10 @@ TEST(ConfigFile, GoldenRecordReadAndWrittenBack)
         ASSERT_EQ(written.at(i), golden.at(i)) << "offset " << i;
     // A minimised or maximised window keeps the place the record holds.
     l.controls.setWindowLeft(3000);
-    l.controls.setWindowState(WindowState::Maximised);
-    EXPECT_EQ(save(l.controls, l.record).mid(50, 8), golden.mid(50, 8));
+    for (const WindowState state : {WindowState::Minimised, WindowState::Maximised}) {
+        l.controls.setWindowState(state);
+        EXPECT_EQ(save(l.controls, l.record).mid(50, 8), golden.mid(50, 8));
+    }
 
     // Defaults go through the controls and restore the encoder settings (each differs here) only.
     ASSERT_TRUE(ResetToDefaults(l.controls));
