@@ -22,15 +22,15 @@ struct FixedSpace : PosixFolders
 
 TEST(WindowRecord, WhatEachControlShowsAndTellsInEachLanguageAndOptionsMode)
 {
-    WindowRig rig;
+    // With processes, as the program starts: the player is ready too.
+    ProcessRig rig;
     FixedSpace folders;
-    Recorder messages;
     installCodecs(rig.program, "#!/bin/sh\n");
     const QString music = rig.dir.path() + u"/music"_s;
     QDir().mkpath(music + u"/older"_s);
     for (const char *f : {"vbr.mp3", "mono.mp3"})
         QFile::copy(QStringLiteral(KV_TEST_DATA_DIR "/mp3/") + QLatin1String(f), music + u'/' + QLatin1String(f));
-    ASSERT_EQ(rig.open(rig.environment(folders, messages), music), StartEnd::Running);
+    ASSERT_EQ(rig.open(rig.environment(folders), music), StartEnd::Running);
     // Wide enough that no toolbar caption breaks in two, whatever the font.
     rig.window->resize(1600, 900);
     rig.window->activateWindow();

@@ -246,9 +246,10 @@ struct ProcessRig : WindowRig
         window.reset();
         controller.reset();
     }
-    Environment environment()
+    Environment environment() { return environment(folders); }
+    Environment environment(Folders &listed)
     {
-        Environment e = WindowRig::environment(folders, messages);
+        Environment e = WindowRig::environment(listed, messages);
         e.processes = &processes;
         e.clock = &clock;
         e.wakeups = processes.wakeups();
