@@ -675,6 +675,12 @@ TEST(WindowStatistics, EachCaptionShowsItsOwnValueAndTheForecastFollowsTheOption
         QTest::keyClick(cbr, Qt::Key_Down);
     }
     EXPECT_EQ(sizes.size(), 3u);
+    // So does a Musepack preset taken from the keyboard.
+    s.tab(2);
+    const QString insane = s.label("lblInfo_11");
+    s.w("cmbPresetMpc")->setFocus();
+    QTest::keyClick(s.w("cmbPresetMpc"), Qt::Key_Down);
+    EXPECT_NE(s.label("lblInfo_11"), insane);
 
     // Each slider, moved pages up by its keys, shows its new value and changes its own encoder's
     // forecast alone. The Ogg bit rate goes two pages, so that the MP3 one's value is not its own.
