@@ -504,7 +504,6 @@ TEST(SessionEnd, ASignalKillsTheRunningCodecsKeepsFinishedTargetsAndSaves)
     ::raise(SIGHUP);
     ::raise(SIGTERM);
     ASSERT_TRUE(s.waitFor([&] { return !ended.empty(); }));
-    QTest::qWait(50);
     EXPECT_EQ(ended, std::vector<int>{SIGHUP});
     EXPECT_EQ(s.rows().join(u'|'), u"hang.wav Killed|ok.wav Done"_s);
     EXPECT_FALSE(QFile::exists(s.music + u"hang.mp3"_s));
