@@ -81,14 +81,20 @@ TEST(Volumes, AFileSystemMountedNowIsListedUntilUnmounted)
     // memory file system is no drive.
     QTemporaryDir dir(QDir::currentPath() + QStringLiteral("/volumes-XXXXXX"));
     const QString stick = dir.path() + QStringLiteral("/stick");
+    // And a file mounted on a file, as containers mount /etc/hosts: no drive.
+    const QString hosts = dir.path() + QStringLiteral("/hosts");
     ASSERT_TRUE(QDir().mkpath(stick) && QDir().mkpath(dir.path() + QStringLiteral("/src")));
+    ASSERT_TRUE(QFile(hosts).open(QIODevice::WriteOnly));
     const QString type = volumeContaining(dir.path(), PosixVolumes().mounted()).fsType;
     if (::geteuid() != 0
         || QProcess::execute(QStringLiteral("/bin/mount"), {QStringLiteral("--bind"), dir.path() + QStringLiteral("/src"), stick}) != 0)
         GTEST_SKIP() << "needs the right to mount";
+    EXPECT_EQ(QProcess::execute(QStringLiteral("/bin/mount"), {QStringLiteral("--bind"), hosts, hosts}), 0);
     const QStringList listed = mountPoints(PosixVolumes().mounted());
     QProcess::execute(QStringLiteral("/bin/umount"), {stick});
+    QProcess::execute(QStringLiteral("/bin/umount"), {hosts});
     EXPECT_TRUE(listed.contains(stick + QLatin1Char(':') + type)) << listed.join(QLatin1Char(' ')).toStdString();
+    EXPECT_FALSE(listed.join(QLatin1Char(' ')).contains(hosts));
     EXPECT_FALSE(mountPoints(PosixVolumes().mounted()).join(QLatin1Char(' ')).contains(stick));
 }
 
