@@ -43,6 +43,15 @@ TEST(ListCommand, PrintsRowsPanelsAndStatistics)
         EXPECT_EQ(freeLine.match(r.out).hasMatch(), !c.partial) << r.out.toStdString();
         EXPECT_EQ(QString(r.out).replace(freeLine, QStringLiteral("FREE")), header + rows + QString::fromUtf8(c.rest));
     }
+
+    // Run in a working folder removed under it, "." still names that folder, now empty.
+    const QString gone = top.filePath(QStringLiteral("gone"));
+    ASSERT_TRUE(QDir().mkpath(gone));
+    const QString script = QStringLiteral("cd \"$0\" && rmdir \"$0\" && exec \"$1\" list .");
+    const CliResult r = runCli({QStringLiteral("-c"), script, gone, cliPath()}, {.program = QStringLiteral("/bin/sh")});
+    EXPECT_EQ(r.status, 0);
+    EXPECT_EQ(r.err, QString());
+    EXPECT_TRUE(r.out.startsWith(header) && r.out.contains(QStringLiteral("\nFiles: 0\n"))) << r.out.toStdString();
 }
 
 // Bit rates that sum to 0 end the statistics before the forecasts: those lines are left out, not
