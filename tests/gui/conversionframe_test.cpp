@@ -171,7 +171,8 @@ TEST(ConversionFrame, EachMakeCommandRunsItsCodecWithItsCommandLine)
 
 TEST(ConversionFrame, StopBreaksTheWaitingAtOnceAndTheRunningFinish)
 {
-    Session s({u"slow1.wav"_s, u"slow2.wav"_s, u"slow3.wav"_s, u"slow4.wav"_s, u"slow5.wav"_s, u"slow6.mp3"_s, u"slow7.mp3"_s});
+    Session s({u"slow1.wav"_s, u"slow2.wav"_s, u"slow3.wav"_s, u"slow4.wav"_s, u"slow5.wav"_s, // made
+               u"slow6.mp3"_s, u"slow7.mp3"_s});                                                  // decoded
     s.start();
     s.makeAll(MakeMp3);
     // The slots fill as the command is given, not a timer's tick later.
