@@ -148,6 +148,10 @@ TEST(NamesWithControlCharacters, EscapedInListConvertAndMessages)
         EXPECT_EQ(r.out, QByteArray());
         EXPECT_EQ(r.err, c.err);
     }
+    // So is an unknown command, before the overview of the known ones.
+    const RawResult unknown = runRaw({"li\tst"});
+    EXPECT_EQ(unknown.status, 2);
+    EXPECT_TRUE(unknown.err.startsWith("kestrelvane-cli: unknown command \"li\\tst\"\n")) << unknown.err.constData();
 
     // A program in such a folder with no codec beside it converts nothing and names each entry.
     const QByteArray program = root + "prog\t\xE9/";
