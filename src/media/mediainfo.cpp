@@ -8,14 +8,13 @@ struct FormatNames
 {
     AudioFormat format;
     const char *pattern;
-    const char *extension;
 };
 
 constexpr FormatNames kFormats[] = {
-    {AudioFormat::Wav, "*.wav", ".wav"},
-    {AudioFormat::Mp3, "*.mp3", ".mp3"},
-    {AudioFormat::Ogg, "*.ogg", ".ogg"},
-    {AudioFormat::Mpc, "*.mpc", ".mpc"},
+    {AudioFormat::Wav, "*.wav"},
+    {AudioFormat::Mp3, "*.mp3"},
+    {AudioFormat::Ogg, "*.ogg"},
+    {AudioFormat::Mpc, "*.mpc"},
 };
 
 const FormatNames &namesOf(AudioFormat format)
@@ -39,11 +38,6 @@ std::optional<AudioFormat> formatFromPattern(const QString &pattern)
 QString patternOf(AudioFormat format)
 {
     return QLatin1String(namesOf(format).pattern);
-}
-
-QString extensionOf(AudioFormat format)
-{
-    return QLatin1String(namesOf(format).extension);
 }
 
 } // namespace kv

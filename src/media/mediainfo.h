@@ -13,8 +13,6 @@ enum class AudioFormat { Wav, Mp3, Ogg, Mpc };
 // "*.wav" -> Wav and so on; exact comparison, anything else is no format.
 std::optional<AudioFormat> formatFromPattern(const QString &pattern);
 QString patternOf(AudioFormat format);
-// ".wav", ".mp3", ".ogg", ".mpc"
-QString extensionOf(AudioFormat format);
 
 // One row of the file list as the readers write it: column 0 the file name, then size in KB,
 // duration, bit rate, sampling rate and channel word. A column the reader did not reach stays
