@@ -6,11 +6,11 @@ namespace kv {
 
 StartupSettings loadStartupSettings(const QString &configPath, Files &files, const QLocale &locale)
 {
-    StartupSettings startup{SettingsControls(locale), ConfigRecord(), false, false};
+    StartupSettings startup{SettingsControls(locale), ConfigRecord(), false};
     ResetToDefaults(startup.controls);
     if (configFileQualifies(configPath, files)) {
         startup.fileRead = true;
-        startup.loadCompleted = LoadConfig(configPath, files, startup.controls, startup.record);
+        LoadConfig(configPath, files, startup.controls, startup.record);
     }
     return startup;
 }

@@ -15,8 +15,7 @@ struct StartupSettings
 {
     SettingsControls controls;  // tab, window, language panel and folder included
     ConfigRecord record;        // as read (all zero when not read), for a later save
-    bool fileRead = false;      // the file existed with exactly one record's length
-    bool loadCompleted = false; // every load step ran; false when a refused value ended it
+    bool fileRead = false; // the file existed with exactly one record's length
 
     const EncoderSettings &settings() const { return controls.settings(); }
 };
