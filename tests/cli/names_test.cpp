@@ -54,6 +54,16 @@ RawResult runRaw(const QByteArrayList &args, const QByteArray &program = QFile::
     return {p.readAllStandardOutput(), p.readAllStandardError(), p.exitStatus() == QProcess::NormalExit ? p.exitCode() : -1};
 }
 
+// As nobody when run as root, whom a folder's permissions would not stop.
+RawResult runUnprivileged(const QByteArrayList &args)
+{
+    if (::geteuid() != 0)
+        return runRaw(args);
+    ::chmod(QFile::encodeName(QFileInfo(cliPath()).path()).constData(), 0755);
+    return runRaw(QByteArrayList{"--reuid=65534", "--regid=65534", "--clear-groups", QFile::encodeName(cliPath())} + args,
+                  "/usr/bin/setpriv");
+}
+
 // The output lines from the second up to the first empty one: the listed rows.
 QByteArrayList rows(const QByteArray &out)
 {
@@ -147,6 +157,14 @@ TEST(NamesWithControlCharacters, EscapedInListConvertAndMessages)
         EXPECT_EQ(r.status, 2);
         EXPECT_EQ(r.out, QByteArray());
         EXPECT_EQ(r.err, c.err);
+    }
+    // A folder that may not be read is said to be so, by either command.
+    ASSERT_EQ(::chmod(QFile::encodeName(dir.path()).constData(), 0711), 0);
+    ASSERT_EQ(::mkdir((root + "shut\tfolder").constData(), 0), 0);
+    for (const QByteArrayList &command : {QByteArrayList{"list"}, QByteArrayList{"convert", "--to", "mp3"}}) {
+        const RawResult r = runUnprivileged(command + QByteArrayList{root + "shut\tfolder"});
+        EXPECT_EQ(r.status, 2);
+        EXPECT_EQ(r.err, "kestrelvane-cli: " + root + "shut\\tfolder: cannot read folder\n");
     }
     // So is an unknown command, before the overview of the known ones.
     const RawResult unknown = runRaw({"li\tst"});
