@@ -513,6 +513,15 @@ TEST(WindowConfiguration, SavedAtCloseRestoredAtTheNextStartAndRefusedWhileConve
     EXPECT_EQ(s.window->size(), QSize(900, 640));
     EXPECT_EQ(s.window->pos(), QPoint(30, 40));
 
+    // A folder field ended by zeros, as a text box leaves it, names the same folder.
+    s.window.reset();
+    QByteArray record = readAll(cfg);
+    const QByteArray field = QFile::encodeName(s.at("rock"));
+    record.replace(ConfigRecord::kFolder, ConfigRecord::kTextWidth, field + QByteArray(ConfigRecord::kTextWidth - field.size(), '\0'));
+    write(cfg, record);
+    ASSERT_EQ(s.start(), StartEnd::Running);
+    EXPECT_EQ(s.controller->fileList().currentFolder, s.at("rock/"));
+
     // Files that are not one record, and a folder of that name: defaults, and the window works.
     // A record of 0xFF with a zero window: Russian applied, then the MP3 mode 255 ends the load.
     QByteArray russianThenBadMode(ConfigRecord::kSize, '\xFF');
