@@ -536,6 +536,40 @@ TEST(SessionEnd, TheWindowExitsWith128PlusTheSignal)
     }
 }
 
+// On a real display, a start that missing codecs end shows each message until the user presses
+// Enter on it, then ends with status 1. Without lame, the Ogg decoder's check fails too.
+TEST(WindowCommandLine, MissingCodecsAreMessagesOnTheScreenThenStatus1)
+{
+    QTemporaryDir dir;
+    const QString program = dir.path() + u"/prog/"_s;
+    installCodecs(program, "#!/bin/sh\n");
+    QFile::remove(program + u"codec/lame"_s);
+    QFile::remove(program + u"codec/madplay"_s);
+    ASSERT_TRUE(QFile::copy(QStringLiteral(KV_BIN_DIR "/kestrelvane"), program + u"kestrelvane"_s));
+    write(dir.filePath(u"session"_s), R"(
+timeout 30 "$1" "$2" 2>/dev/null & pid=$!
+n=0
+while kill -0 $pid 2>/dev/null; do
+    id=$(xdotool search --onlyvisible --name '^Kestrelvane$' | head -n 1)
+    if [ -n "$id" ]; then
+        xdotool windowfocus --sync "$id" key Return
+        while xdotool search --onlyvisible --name '^Kestrelvane$' | grep -qx "$id" && kill -0 $pid; do sleep 0.1; done
+        n=$((n + 1))
+    fi
+    sleep 0.1
+done
+wait $pid
+echo "$n messages, status $?"
+)");
+    QProcess session;
+    QProcessEnvironment e = QProcessEnvironment::systemEnvironment();
+    e.remove(u"QT_QPA_PLATFORM"_s);
+    session.setProcessEnvironment(e);
+    session.start(u"xvfb-run"_s, {u"-a"_s, u"sh"_s, dir.filePath(u"session"_s), program + u"kestrelvane"_s, dir.path()});
+    ASSERT_TRUE(session.waitForFinished(60000));
+    EXPECT_EQ(QString::fromUtf8(session.readAllStandardOutput()), u"3 messages, status 1\n"_s);
+}
+
 // Before any window: a second folder is a misuse (status 2) and no display at all ends it with
 // status 1, each told on standard error; a Wayland display alone is a display to try.
 TEST(WindowCommandLine, MisuseAndNoDisplayAreToldBeforeAnyWindow)
