@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <csignal>
 #include <set>
 
 #include <unistd.h>
@@ -218,7 +219,13 @@ TEST(PlayerFrame, StopNextPreviousAndARefillEndEveryProcessOfThePlayer)
     s.button(Player::Next)->click();
     ASSERT_TRUE(s.waitPlayed(6));
     EXPECT_EQ(s.played().back(), mp3("long2.mp3"));
-    s.window->close(); // closing the window stops it too
+    // The end of the session, as a logout signals it, stops it too; so does closing the window.
+    watchSessionEnd(s.window.get(), [&](int) { s.controller->endSession(); });
+    ::raise(SIGTERM);
+    EXPECT_TRUE(s.goneSoon());
+    s.button(Player::Play)->click();
+    ASSERT_TRUE(s.waitPlayed(7));
+    s.window->close();
     EXPECT_TRUE(s.goneSoon());
 }
 
