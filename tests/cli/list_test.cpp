@@ -44,14 +44,18 @@ TEST(ListCommand, PrintsRowsPanelsAndStatistics)
         EXPECT_EQ(QString(r.out).replace(freeLine, QStringLiteral("FREE")), header + rows + QString::fromUtf8(c.rest));
     }
 
-    // Run in a working folder removed under it, "." still names that folder, now empty.
+    // Run in a working folder removed under it, "." still names that folder, now empty; a lone
+    // "-" names the empty folder "-", not an option.
     const QString gone = top.filePath(QStringLiteral("gone"));
-    ASSERT_TRUE(QDir().mkpath(gone));
-    const QString script = QStringLiteral("cd \"$0\" && rmdir \"$0\" && exec \"$1\" list .");
-    const CliResult r = runCli({QStringLiteral("-c"), script, gone, cliPath()}, {.program = QStringLiteral("/bin/sh")});
-    EXPECT_EQ(r.status, 0);
-    EXPECT_EQ(r.err, QString());
-    EXPECT_TRUE(r.out.startsWith(header) && r.out.contains(QStringLiteral("\nFiles: 0\n"))) << r.out.toStdString();
+    ASSERT_TRUE(QDir().mkpath(gone) && QDir().mkpath(top.filePath(QStringLiteral("-"))));
+    for (const auto &[folder, script] : {std::pair{gone, "cd \"$0\" && rmdir \"$0\" && exec \"$1\" list ."},
+                                         std::pair{top.path(), "cd \"$0\" && exec \"$1\" list -"}}) {
+        const CliResult r = runCli({QStringLiteral("-c"), QString::fromLatin1(script), folder, cliPath()},
+                                   {.program = QStringLiteral("/bin/sh")});
+        EXPECT_EQ(r.status, 0);
+        EXPECT_EQ(r.err, QString());
+        EXPECT_TRUE(r.out.startsWith(header) && r.out.contains(QStringLiteral("\nFiles: 0\n"))) << r.out.toStdString();
+    }
 }
 
 // Bit rates that sum to 0 end the statistics before the forecasts: those lines are left out, not
