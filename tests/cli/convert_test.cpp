@@ -306,9 +306,10 @@ TEST(Convert, NothingIsLostToAReplacedOrSharedTarget)
 // "Done", and the command fails.
 TEST(Convert, FailingCodecsAreToldWithTheirStatusAndErrorOutput)
 {
+    // Its error lines come as a codec writes them, indented and ended by a carriage return.
     ProgramCopy program;
     program.fakeLame("case \"$t\" in\n"
-                     "*full*) /usr/bin/head -c 12288 /dev/zero > \"$t\"; echo 'Error writing mp3 output' >&2; exit 1;;\n"
+                     "*full*) /usr/bin/head -c 12288 /dev/zero > \"$t\"; printf '  Error writing mp3 output\\r\\n  Disk full\\r\\n' >&2; exit 1;;\n"
                      "*crash*) /usr/bin/head -c 4096 /dev/zero > \"$t\"; kill -SEGV $$;;\n"
                      "*) /usr/bin/head -c 5000 /dev/zero > \"$t\";;\n"
                      "esac\n");
@@ -320,7 +321,7 @@ TEST(Convert, FailingCodecsAreToldWithTheirStatusAndErrorOutput)
     EXPECT_EQ(statuses(r.out), QStringList({u"crash.wav\tDone"_s, u"full.wav\tDone"_s, u"good.wav\tDone"_s}));
     EXPECT_EQ(r.out.section(u"Finished 3 of 3\n"_s, 1),
               u"\ncrash.wav\tDone\tsignal 11 (Segmentation fault)\n\nfull.wav\tDone\texit status 1\n"
-              "    Error writing mp3 output\n"_s);
+              "    Error writing mp3 output\n    Disk full\n"_s);
 }
 
 namespace {
