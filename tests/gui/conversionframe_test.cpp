@@ -547,7 +547,7 @@ TEST(WindowCommandLine, MissingCodecsAreMessagesOnTheScreenThenStatus1)
     QFile::remove(program + u"codec/madplay"_s);
     ASSERT_TRUE(QFile::copy(QStringLiteral(KV_BIN_DIR "/kestrelvane"), program + u"kestrelvane"_s));
     write(dir.filePath(u"session"_s), R"(
-timeout 30 "$1" "$2" 2>/dev/null & pid=$!
+timeout 30 "$1" "$2" 2>"$3" & pid=$!
 n=0
 while kill -0 $pid 2>/dev/null; do
     id=$(xdotool search --onlyvisible --name '^Kestrelvane$' | head -n 1)
@@ -565,9 +565,13 @@ echo "$n messages, status $?"
     QProcessEnvironment e = QProcessEnvironment::systemEnvironment();
     e.remove(u"QT_QPA_PLATFORM"_s);
     session.setProcessEnvironment(e);
-    session.start(u"xvfb-run"_s, {u"-a"_s, u"sh"_s, dir.filePath(u"session"_s), program + u"kestrelvane"_s, dir.path()});
+    // A display number of its own, so that test runs side by side do not race for the first free one.
+    const QString first = QString::number(100 + QCoreApplication::applicationPid() % 800);
+    session.start(u"xvfb-run"_s, {u"-a"_s, u"-n"_s, first, u"sh"_s, dir.filePath(u"session"_s), program + u"kestrelvane"_s, dir.path(),
+                                  dir.filePath(u"errors"_s)});
     ASSERT_TRUE(session.waitForFinished(60000));
-    EXPECT_EQ(QString::fromUtf8(session.readAllStandardOutput()), u"3 messages, status 1\n"_s);
+    EXPECT_EQ(QString::fromUtf8(session.readAllStandardOutput()), u"3 messages, status 1\n"_s)
+        << readAll(dir.filePath(u"errors"_s)).constData() << session.readAllStandardError().constData();
 }
 
 // Before any window: a second folder is a misuse (status 2) and no display at all ends it with
