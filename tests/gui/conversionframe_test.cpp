@@ -475,8 +475,9 @@ TEST(ConversionFrame, AListedFolderRemovedDuringARunGivesErrorRows)
     EXPECT_EQ(s.rows().join(u'|'), u"slow1.wav Error|slow2.wav Error|slow3.wav Error|slow4.wav Error"_s);
 }
 
-// x.wav and x.WAV would both make x.mp3: the later one is left out, and the pane says so.
-TEST(ConversionFrame, SourcesLeftOutForASharedTargetAreShownInThePane)
+// x.wav and x.WAV would both make x.mp3: the later one is left out, and the pane says so. A
+// make that leaves every source out starts nothing.
+TEST(ConversionFrame, SourcesLeftOutAreShownInThePaneAndAllLeftOutStartNothing)
 {
     Session s({u"x.wav"_s, u"x.WAV"_s});
     s.start();
@@ -487,6 +488,14 @@ TEST(ConversionFrame, SourcesLeftOutForASharedTargetAreShownInThePane)
     EXPECT_EQ(s.w<QPlainTextEdit>("txtDetails")->toPlainText(),
               u"%1 left out: its target x.mp3 is made from %2 in this run"_s.arg(left, kept));
     EXPECT_TRUE(s.waitFor([&] { return s.ended(); }));
+
+    // A Musepack make of an 8000 Hz source alone makes no job: nothing runs, nothing ticks.
+    Session low({});
+    QFile::copy(QStringLiteral(KV_TEST_DATA_DIR "/wav/mono-8bit-8000.wav"), low.music + u"low.wav"_s);
+    low.start();
+    low.makeAll(MakeMpc);
+    EXPECT_EQ(low.jobs()->model()->rowCount(), 0);
+    EXPECT_FALSE(low.window->findChild<QTimer *>(u"tmrEncode"_s)->isActive());
 }
 
 // SIGTERM, SIGHUP and SIGINT end the session even during a run: the running codec is killed and
