@@ -46,6 +46,12 @@ TEST(PosixFiles, ReplacedTargetsGoToTheTrashNotAway)
         qputenv("HOME", root + "/home");
         const QString target = nameFromBytes(root + '/' + c.name);
         ASSERT_TRUE(PosixFiles().writeAtStart(target, "the only copy"));
+        // Made as any program makes a file: readable by others unless the user's umask says not.
+        const mode_t umask = ::umask(0);
+        ::umask(umask);
+        struct stat made {};
+        ASSERT_EQ(::stat((root + '/' + c.name).constData(), &made), 0);
+        EXPECT_EQ(made.st_mode & 0777, 0644 & ~umask);
         PosixFiles files;
         EXPECT_EQ(files.moveToTrash(target), RemoveResult::Removed);
         EXPECT_FALSE(files.fileSize(target).has_value());
