@@ -13,9 +13,9 @@ namespace kv {
 // The command-line tool uses this so its commands see what the window would.
 struct StartupSettings
 {
-    SettingsControls controls;  // tab, window, language panel and folder included
-    ConfigRecord record;        // as read (all zero when not read), for a later save
-    bool fileRead = false; // the file existed with exactly one record's length
+    SettingsControls controls; // tab, window, language panel and folder included
+    ConfigRecord record;       // as read (all zero when not read), for a later save
+    bool fileRead = false;     // the file existed with exactly one record's length
 
     const EncoderSettings &settings() const { return controls.settings(); }
 };

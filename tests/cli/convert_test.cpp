@@ -309,7 +309,8 @@ TEST(Convert, FailingCodecsAreToldWithTheirStatusAndErrorOutput)
     // Its error lines come as a codec writes them, indented and ended by a carriage return.
     ProgramCopy program;
     program.fakeLame("case \"$t\" in\n"
-                     "*full*) /usr/bin/head -c 12288 /dev/zero > \"$t\"; printf '  Error writing mp3 output\\r\\n  Disk full\\r\\n' >&2; exit 1;;\n"
+                     "*full*) /usr/bin/head -c 12288 /dev/zero > \"$t\";\n"
+                     "        printf '  Error writing mp3 output\\r\\n  Disk full\\r\\n' >&2; exit 1;;\n"
                      "*crash*) /usr/bin/head -c 4096 /dev/zero > \"$t\"; kill -SEGV $$;;\n"
                      "*) /usr/bin/head -c 5000 /dev/zero > \"$t\";;\n"
                      "esac\n");

@@ -60,8 +60,8 @@ RawResult runUnprivileged(const QByteArrayList &args)
     if (::geteuid() != 0)
         return runRaw(args);
     ::chmod(QFile::encodeName(QFileInfo(cliPath()).path()).constData(), 0755);
-    return runRaw(QByteArrayList{"--reuid=65534", "--regid=65534", "--clear-groups", QFile::encodeName(cliPath())} + args,
-                  "/usr/bin/setpriv");
+    const QByteArrayList asNobody{"--reuid=65534", "--regid=65534", "--clear-groups", QFile::encodeName(cliPath())};
+    return runRaw(asNobody + args, "/usr/bin/setpriv");
 }
 
 // The output lines from the second up to the first empty one: the listed rows.

@@ -576,8 +576,8 @@ echo "$n messages, status $?"
     session.setProcessEnvironment(e);
     // A display number of its own, so that test runs side by side do not race for the first free one.
     const QString first = QString::number(100 + QCoreApplication::applicationPid() % 800);
-    session.start(u"xvfb-run"_s, {u"-a"_s, u"-n"_s, first, u"sh"_s, dir.filePath(u"session"_s), program + u"kestrelvane"_s, dir.path(),
-                                  dir.filePath(u"errors"_s)});
+    session.start(u"xvfb-run"_s, {u"-a"_s, u"-n"_s, first, u"sh"_s, dir.filePath(u"session"_s),
+                                  program + u"kestrelvane"_s, dir.path(), dir.filePath(u"errors"_s)});
     ASSERT_TRUE(session.waitForFinished(60000));
     EXPECT_EQ(QString::fromUtf8(session.readAllStandardOutput()), u"3 messages, status 1\n"_s)
         << readAll(dir.filePath(u"errors"_s)).constData() << session.readAllStandardError().constData();

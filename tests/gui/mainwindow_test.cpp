@@ -517,7 +517,8 @@ TEST(WindowConfiguration, SavedAtCloseRestoredAtTheNextStartAndRefusedWhileConve
     s.window.reset();
     QByteArray record = readAll(cfg);
     const QByteArray field = QFile::encodeName(s.at("rock"));
-    record.replace(ConfigRecord::kFolder, ConfigRecord::kTextWidth, field + QByteArray(ConfigRecord::kTextWidth - field.size(), '\0'));
+    const QByteArray zeros(ConfigRecord::kTextWidth - field.size(), '\0');
+    record.replace(ConfigRecord::kFolder, ConfigRecord::kTextWidth, field + zeros);
     write(cfg, record);
     ASSERT_EQ(s.start(), StartEnd::Running);
     EXPECT_EQ(s.controller->fileList().currentFolder, s.at("rock/"));

@@ -47,11 +47,11 @@ TEST(PosixFiles, ReplacedTargetsGoToTheTrashNotAway)
         const QString target = nameFromBytes(root + '/' + c.name);
         ASSERT_TRUE(PosixFiles().writeAtStart(target, "the only copy"));
         // Made as any program makes a file: readable by others unless the user's umask says not.
-        const mode_t umask = ::umask(0);
-        ::umask(umask);
+        const mode_t mask = ::umask(0);
+        ::umask(mask);
         struct stat made {};
         ASSERT_EQ(::stat((root + '/' + c.name).constData(), &made), 0);
-        EXPECT_EQ(made.st_mode & 0777, 0644 & ~umask);
+        EXPECT_EQ(made.st_mode & 0777, 0644 & ~mask);
         PosixFiles files;
         EXPECT_EQ(files.moveToTrash(target), RemoveResult::Removed);
         EXPECT_FALSE(files.fileSize(target).has_value());
