@@ -276,6 +276,15 @@ TEST(PlayerFrame, FailingDecodersAndAwkwardNames)
         QTest::qWait(250);
         EXPECT_FALSE(s.timerOn());
     }
+    {
+        // A name that looks like markup is shown, and read out, as it stands.
+        Session s({"<b>bold.mp3"});
+        s.start();
+        s.select(0);
+        s.button(Player::Play)->click();
+        ASSERT_TRUE(s.waitFor([&] { return s.title().startsWith(u"<b>bold.mp3"_s); }));
+        EXPECT_EQ(QAccessible::queryAccessibleInterface(s.w("lblPlay"))->text(QAccessible::Name), s.title());
+    }
     const QByteArray names[] = {"-lead.mp3", "two  blanks.mp3", "say \"hi\" it's.mp3", "\xcf\xf0\xe8\xe2\xe5\xf2.mp3", " blank first.mp3"};
     Session s({names[0], names[1], names[2], names[3], names[4]});
     s.start();
