@@ -4,7 +4,6 @@
 #include <QString>
 
 #include "platform/files.h"
-#include "settings/configrecord.h"
 #include "settings/settingscontrols.h"
 
 namespace kv {
@@ -14,7 +13,6 @@ namespace kv {
 struct StartupSettings
 {
     SettingsControls controls; // tab, window, language panel and folder included
-    ConfigRecord record;       // as read (all zero when not read), for a later save
     bool fileRead = false;     // the file existed with exactly one record's length
 
     const EncoderSettings &settings() const { return controls.settings(); }
