@@ -488,6 +488,13 @@ TEST(ConversionFrame, SourcesLeftOutAreShownInThePaneAndAllLeftOutStartNothing)
     EXPECT_EQ(s.w<QPlainTextEdit>("txtDetails")->toPlainText(),
               u"%1 left out: its target x.mp3 is made from %2 in this run"_s.arg(left, kept));
     EXPECT_TRUE(s.waitFor([&] { return s.ended(); }));
+    // The next run leaves nothing out, and its pane does not tell of the last run's.
+    s.close()->click();
+    s.toolbar(MakeAll)->trigger(); // off again: only the ticked row is made
+    s.tick(kept);
+    s.toolbar(MakeOgg)->trigger();
+    EXPECT_FALSE(s.shown("txtDetails"));
+    EXPECT_TRUE(s.waitFor([&] { return s.ended(); }));
 
     // A Musepack make of an 8000 Hz source alone makes no job: nothing runs, nothing ticks.
     Session low({});
