@@ -12,7 +12,6 @@ struct Volume
 {
     QString mountPoint; // "/", "/media/usb": no trailing "/" except for the root itself
     QString fsType;     // "ext4", "iso9660"...
-    bool operator==(const Volume &) const = default;
 };
 
 // The drive image of the tree's root node: 1 fixed, 2 removable, 3 CD.
