@@ -96,6 +96,10 @@ TEST(FolderTree, BuildExpandClickAndCollapse)
     t.list.path.clear();
     t.tree.Collapse(*live);
     EXPECT_EQ(t.list.path, QStringLiteral("/music/live/"));
+    // Another drive: the old tree and its selection go together (the sanitizer build reads freed
+    // nodes otherwise).
+    ASSERT_EQ(t.tree.BuildTree(Volume{QStringLiteral("/music"), QString()}), BuildEnd::Built);
+    EXPECT_EQ(t.tree.selected(), t.tree.root());
 }
 
 TEST(FolderTree, ReadsEachFolderOnceWhenExpanding)
