@@ -512,6 +512,12 @@ TEST(WindowConfiguration, SavedAtCloseRestoredAtTheNextStartAndRefusedWhileConve
     EXPECT_EQ(s.controller->fileList().currentFolder, s.at("rock/"));
     EXPECT_EQ(s.window->size(), QSize(900, 640));
     EXPECT_EQ(s.window->pos(), QPoint(30, 40));
+    // Closed maximised, it opens again where it was before, not over the whole screen.
+    s.window->showMaximized();
+    ASSERT_TRUE(s.waitFor([&] { return s.window->size() != QSize(900, 640); }));
+    ASSERT_TRUE(s.window->isMaximized() && s.window->close());
+    ASSERT_EQ(s.start(), StartEnd::Running);
+    EXPECT_EQ(s.window->size(), QSize(900, 640));
 
     // A folder field ended by zeros, as a text box leaves it, names the same folder.
     s.window.reset();
