@@ -49,6 +49,8 @@ TEST(Usage, MisusesGiveTheirReasonAndTheCommandsUsage)
         {{u"list"_s, u"--kind"_s, u"flac"_s, u"/"_s}, "unknown kind \"flac\" (wav, mp3, ogg or mpc)", listUsage},
         {{u"list"_s, u"--lang"_s, u"de"_s, u"/"_s}, "unknown language \"de\" (en or ru)", listUsage},
         {{u"convert"_s, u"/"_s}, "no --to given", convertUsage},
+        {{u"convert"_s, u"--to"_s, u"mp3"_s, u"/"_s, u"-x.wav"_s}, "unknown option \"-x.wav\" (put -- before a name that starts with -)",
+         convertUsage},
         {{u"convert"_s, u"--to"_s, u"flac"_s, u"/"_s}, "unknown target \"flac\" (mp3, ogg, mpc or wav)", convertUsage},
     };
     for (const auto &c : cases) {
