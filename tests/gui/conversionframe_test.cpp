@@ -226,6 +226,14 @@ TEST(ConversionFrame, TheBarKeepsItsPlaceAsTheCountGrows)
     ASSERT_TRUE(s.waitFor([&] { return s.ended(); }));
     EXPECT_EQ(s.finishedLine(), u"Finished 10 of 10"_s);
     EXPECT_EQ(s.w("pbEncode")->geometry(), bar);
+    // A wider window widens the jobs' name column alone.
+    auto *header = s.jobs()->header();
+    const int list = s.jobs()->width(), name = header->sectionSize(0), last = header->sectionSize(header->count() - 1);
+    s.window->resize(s.window->size() + QSize(300, 0));
+    QApplication::processEvents();
+    ASSERT_GT(s.jobs()->width(), list);
+    EXPECT_EQ(header->sectionSize(0) - name, s.jobs()->width() - list);
+    EXPECT_EQ(header->sectionSize(header->count() - 1), last);
 }
 
 // Eight processors: eight slots, each running while its codec runs and idle once the run is over.
