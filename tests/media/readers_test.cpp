@@ -223,6 +223,8 @@ TEST(Readers, PatchedHeaders)
         {Mpc, mpck(streamHeader(441'000)).replace(0, 4, "MPCk"), 4096, std::nullopt},
         // The MP3 frame walk. Bytes below 16 read as sixteen times their value: 09 -> 128 kbps, 04 -> joint stereo.
         {Mp3, frames(3, "\xFF\xFB\x09\x04", 417), -1, row({"a", "1", "0:00:00", "128", "44100", "Joint Stereo"})},
+        {Mp3, frames(3, "\xFF\xFB\x90\x10", 417), -1, row({"a", "1", "0:00:00", "128", "44100", "Stereo"})},
+        {Mp3, frames(3, "\xFF\xFB\x90\x84", 417), -1, row({"a", "1", "0:00:00", "128", "44100", "Dual"})},
         // One frame at 160 among 199 at 128 averages 128.16, still marked as variable.
         {Mp3, cbr128(100) + frames(1, "\xFF\xFB\xA0\x44", 522) + cbr128(99), -1,
          row({"a", "82", "0:00:05", "~128", "44100", "Joint Stereo"})},
@@ -266,6 +268,14 @@ TEST(Readers, Mpeg2And25BitrateTable)
             EXPECT_EQ((*info)[MediaInfo::Bitrate], QString::number(kbps[index - 1])) << v.sampling << ' ' << index;
             EXPECT_EQ((*info)[MediaInfo::Sampling], QLatin1String(v.sampling)) << index;
         }
+        // Frames of 8 and 16 kbit/s in turn: the walk reads each, none skipped.
+        auto frame = [&](int index) {
+            return QByteArray("\xFF", 1) + v.b2 + static_cast<char>(index << 4 | v.rateBits) + '\xC4'
+                   + QByteArray(kbps[index - 1] * v.bytesPerKbps - 4, '\0');
+        };
+        const auto mixed = read(Mp3, (frame(1) + frame(2)).repeated(20));
+        ASSERT_TRUE(mixed) << v.sampling;
+        EXPECT_EQ((*mixed)[MediaInfo::Bitrate], QStringLiteral("~12")) << v.sampling;
     }
 }
 
