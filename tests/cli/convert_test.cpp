@@ -178,6 +178,11 @@ TEST(Convert, ProgressLinesShowTheShareOfEndedJobs)
                                  u"[########################] Finished 2 of 2"_s}))
         << r.err.toStdString();
     EXPECT_FALSE(r.err.contains(u'\r') || r.err.contains(u'\a')) << "no redrawing or bell in a log";
+    // A job alone fills the bar as it ends.
+    QTemporaryDir one;
+    makeWav(one.filePath(u"a.wav"_s));
+    const CliResult single = program.convert({u"--to"_s, u"mp3"_s, one.path()});
+    EXPECT_TRUE(single.err.contains(u"[########################] Finished 1 of 1"_s)) << single.err.toStdString();
 }
 
 // On a terminal the line is redrawn in place and wiped at the end, and the run's end rings the
