@@ -258,21 +258,19 @@ TEST(Readers, Mpeg2And25BitrateTable)
         {'\xE3', 0x08, 9, "8000"},  // MPEG-2.5 at 32 / 4 kHz
     };
     for (const auto &v : versions) {
-        for (int index = 1; index <= 15; ++index) {
+        // A frame of the rate at this index, as long as that rate makes it.
+        auto frame = [&](int index) {
             const int length = kbps[index - 1] * v.bytesPerKbps;
-            QByteArray frame = QByteArray("\xFF", 1) + v.b2 + static_cast<char>(index << 4 | v.rateBits);
-            if (length > 3)
-                frame += '\xC4' + QByteArray(length - 4, '\0');
-            const auto info = read(Mp3, frame.repeated(40));
+            const QByteArray header = QByteArray("\xFF", 1) + v.b2 + static_cast<char>(index << 4 | v.rateBits);
+            return length > 3 ? header + '\xC4' + QByteArray(length - 4, '\0') : header;
+        };
+        for (int index = 1; index <= 15; ++index) {
+            const auto info = read(Mp3, frame(index).repeated(40));
             ASSERT_TRUE(info) << v.sampling << ' ' << index;
             EXPECT_EQ((*info)[MediaInfo::Bitrate], QString::number(kbps[index - 1])) << v.sampling << ' ' << index;
             EXPECT_EQ((*info)[MediaInfo::Sampling], QLatin1String(v.sampling)) << index;
         }
         // Frames of 8 and 16 kbit/s in turn: the walk reads each, none skipped.
-        auto frame = [&](int index) {
-            return QByteArray("\xFF", 1) + v.b2 + static_cast<char>(index << 4 | v.rateBits) + '\xC4'
-                   + QByteArray(kbps[index - 1] * v.bytesPerKbps - 4, '\0');
-        };
         const auto mixed = read(Mp3, (frame(1) + frame(2)).repeated(20));
         ASSERT_TRUE(mixed) << v.sampling;
         EXPECT_EQ((*mixed)[MediaInfo::Bitrate], QStringLiteral("~12")) << v.sampling;
