@@ -6,8 +6,10 @@
 
 #include <QAccessible>
 #include <QApplication>
+#include <QHeaderView>
 #include <QLabel>
 #include <QProgressBar>
+#include <QScrollBar>
 #include <QTimer>
 #include <QToolButton>
 #include <QTreeView>
@@ -156,6 +158,9 @@ TEST(PlayerFrame, ADecodersEndStartsTheNextRowAndBringsItIntoView)
     s.start();
     s.select(56);
     s.list()->scrollToTop();
+    // Scrolled to its far right too: a row brought into view shows its name.
+    s.list()->header()->resizeSection(1, 2000);
+    s.list()->horizontalScrollBar()->setValue(s.list()->horizontalScrollBar()->maximum());
     auto inView = [&](int row) { return s.list()->viewport()->rect().contains(s.list()->visualRect(s.list()->model()->index(row, 0))); };
     ASSERT_FALSE(inView(56));
     s.button(Player::Play)->click();
