@@ -126,6 +126,7 @@ TEST(ConfigFile, OverflowingWidthStopsTheLoadAfterLeftAndTop)
     EXPECT_FALSE(l.completed);
     EXPECT_EQ(placeAndTab(l.controls), QList<int>({150, 300, 12000, 9000, 1}));
     EXPECT_EQ(l.controls.settings(), EncoderSettings());
+    EXPECT_EQ(l.controls.lblMpc(), QStringLiteral("--quality 6")); // the slider's label is never blank
     r.setInt16(R::kWindowWidth, 2184); // the widest that fits
     EXPECT_TRUE(Loaded(r.bytes()).completed);
 }
