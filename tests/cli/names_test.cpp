@@ -1,7 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <memory>
-
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -64,6 +62,13 @@ RawResult runUnprivileged(const QByteArrayList &args)
     return runRaw(asNobody + args, "/usr/bin/setpriv");
 }
 
+// A temporary folder that may come to hold names that are not UTF-8, which QTemporaryDir
+// cannot remove: rm does.
+struct RawTemporaryDir : QTemporaryDir
+{
+    ~RawTemporaryDir() { QProcess::execute(u"rm"_s, {u"-rf"_s, path()}); }
+};
+
 // The output lines from the second up to the first empty one: the listed rows.
 QByteArrayList rows(const QByteArray &out)
 {
@@ -80,10 +85,7 @@ QByteArrayList rows(const QByteArray &out)
 // each such byte, converted to MP3 and back, the targets keeping the same bytes.
 TEST(NamesNotUtf8, ListAndConvertBothWaysWithRealCodecs)
 {
-    QTemporaryDir root;
-    // QTemporaryDir cannot remove names that are not UTF-8.
-    const std::unique_ptr<QTemporaryDir, void (*)(QTemporaryDir *)> removal(
-        &root, [](QTemporaryDir *d) { QProcess::execute(u"rm"_s, {u"-rf"_s, d->path()}); });
+    RawTemporaryDir root;
     const QByteArray folder = QFile::encodeName(root.path()) + "/\xCC\xF3\xE7\xFB\xEA\xE0"; // "Музыка"
     ASSERT_EQ(::mkdir(folder.constData(), 0755), 0);
     const QByteArray russian = "\xCF\xE5\xF1\xED\xFF"; // "Песня"
@@ -119,7 +121,7 @@ TEST(NamesNotUtf8, ListAndConvertBothWaysWithRealCodecs)
 
 TEST(NamesWithControlCharacters, EscapedInListConvertAndMessages)
 {
-    QTemporaryDir dir;
+    RawTemporaryDir dir;
     const QByteArray root = QFile::encodeName(dir.path()) + '/';
     // DEL, U+0085 and U+009F are controls too, the last two the first and the last of C1; U+00A0 is not.
     for (const char *name : {"tab\tname.wav", "line\nbreak.wav", "back\\slash.wav", "esc\x1b\x7f\r.wav", "nel\xC2\x85.wav",
