@@ -170,6 +170,7 @@ TEST(Player, PreviousNextAndStop)
         EXPECT_EQ(rig.lastFile(), QLatin1String(step.file));
         EXPECT_EQ(rig.started.size(), step.started);
     }
+    EXPECT_EQ(rig.released, (std::vector<ProcessHandle>{1, 2, 3})) << "each decoder is let go once the next one starts";
 
     rig.run(1.2);
     rig.player.click(Player::Stop);
