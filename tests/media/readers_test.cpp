@@ -225,6 +225,9 @@ TEST(Readers, PatchedHeaders)
         {Mp3, frames(3, "\xFF\xFB\x09\x04", 417), -1, row({"a", "1", "0:00:00", "128", "44100", "Joint Stereo"})},
         {Mp3, frames(3, "\xFF\xFB\x90\x10", 417), -1, row({"a", "1", "0:00:00", "128", "44100", "Stereo"})},
         {Mp3, frames(3, "\xFF\xFB\x90\x84", 417), -1, row({"a", "1", "0:00:00", "128", "44100", "Dual"})},
+        // Padded frames are a byte longer: the walk passes the marker in their last two bytes.
+        {Mp3, (frames(1, "\xFF\xFB\x9A\x44", 575) + "\xFF\xFB").repeated(3), -1,
+         row({"a", "2", "0:00:00", "128", "32000", "Joint Stereo"})},
         // One frame at 160 among 199 at 128 averages 128.16, still marked as variable.
         {Mp3, cbr128(100) + frames(1, "\xFF\xFB\xA0\x44", 522) + cbr128(99), -1,
          row({"a", "82", "0:00:05", "~128", "44100", "Joint Stereo"})},
