@@ -43,6 +43,7 @@ TEST(OptionTextAndEstimate, ByEncoderAndMode)
         {Encoder::Mpc, {.mpc = {.presetIndex = 7}}, "--overwrite --silent ", 0},
         {Encoder::Mpc, mpcQuality(0), "--overwrite --silent --quality 0", 20},
         {Encoder::Mpc, mpcQuality(19), "--overwrite --silent --quality 1.9", 58},
+        {Encoder::Mpc, mpcQuality(20), "--overwrite --silent --quality 2", 60},
         {Encoder::Mpc, mpcQuality(29), "--overwrite --silent --quality 2.9", 87},
         {Encoder::Mpc, mpcQuality(30), "--overwrite --silent --quality 3", 70}, // the curve drops here
         {Encoder::Mpc, mpcQuality(39), "--overwrite --silent --quality 3.9", 106},
