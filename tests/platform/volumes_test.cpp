@@ -44,6 +44,9 @@ TEST(Volumes, DriveListKeepsRealFileSystemsOnce)
         "40 25 7:1 / /snap/core22/1380 ro,nodev,relatime shared:40 - squashfs /dev/loop1 ro\n"
         "41 25 0:50 / /var/lib/docker/overlay2/3f2a/merged rw - overlay overlay rw\n"
         "42 25 0:51 / /net rw - autofs -hosts rw\n"
+        // Nor are an NFS client's pipes and a desktop session's remote places, where older systems put them.
+        "43 25 0:52 / /var/lib/nfs/rpc_pipefs rw - rpc_pipefs sunrpc rw\n"
+        "44 31 0:53 / /home/ann/.gvfs rw - fuse.gvfsd-fuse gvfsd-fuse rw\n"
         "garbage line\n";
     EXPECT_EQ(mountPoints(parseMountInfo(table)),
               (QStringList{QStringLiteral("/:ext4"), QStringLiteral("/home:xfs"), QStringLiteral("/media/ann/My Disk:vfat"),
