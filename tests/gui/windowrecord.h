@@ -167,6 +167,8 @@ inline void describeWidgets(QWidget *w, QStringList &out, int depth = 0)
             p.append(u"branches"_s);
         if (view->selectionMode() == QAbstractItemView::ExtendedSelection)
             p.append(u"many-selected"_s);
+        if (view->allColumnsShowFocus())
+            p.append(u"row-focus"_s);
         add(u"columns"_s, view->isHeaderHidden() ? u"(header hidden)"_s : columns.join(u" | "));
         for (int r = 0; r < m->rowCount(); ++r) {
             QStringList cells;
