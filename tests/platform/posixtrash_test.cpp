@@ -195,6 +195,15 @@ TEST(DesktopTrash, WhereNoTrashCanTakeTheFileItStays)
         ::chmod(source.constData(), 0755);
         ::chmod(parent.constData(), 0755);
     }
+    // A file on the root file system with the home trash on another: the climb to the volume's
+    // top ends at "/", where a user may make no trash. Not where the temporary folder is elsewhere.
+    struct stat top {}, here {};
+    if (::stat("/", &top) == 0 && ::stat(root.constData(), &here) == 0 && top.st_dev == here.st_dev) {
+        writeFile(root + "/song.wav", "on /");
+        const auto move = [&] { return ::alarm(10), moveToDesktopTrash(root + "/song.wav", "/dev/shm/kv-none/Trash") ? 1 : 0; };
+        EXPECT_EQ(asUnprivileged(move), 0);
+        EXPECT_EQ(readFile(root + "/song.wav"), "on /");
+    }
 }
 
 // A disk that fills while the record is written (a file-size limit stands in for it): the record
