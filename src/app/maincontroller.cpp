@@ -39,7 +39,6 @@ MainController::MainController(Environment environment)
       m_controls(m_locale),
       m_tree(m_env.folders, m_list, [this] { scan(); })
 {
-    wireControls();
 }
 
 MainController::~MainController()
