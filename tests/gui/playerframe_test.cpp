@@ -337,6 +337,7 @@ TEST(Accessibility, ToggleAndPressActionsRunTheirCommands)
     Session s({"long1.mp3", "long2.mp3"});
     writeFile(QFile::encodeName(s.music) + "w.wav", readAll(QStringLiteral(KV_TEST_DATA_DIR "/wav/stereo-16bit-44100.wav")));
     s.start(false);
+    EXPECT_EQ(s.w<QProgressBar>("pbPlay")->value(), 0) << "nothing played yet";
     auto act = [&](const char *name, const QString &action) {
         QAccessibleActionInterface *a = QAccessible::queryAccessibleInterface(s.w(name))->actionInterface();
         ASSERT_TRUE(a && a->actionNames().contains(action)) << name;
