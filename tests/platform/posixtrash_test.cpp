@@ -196,7 +196,7 @@ TEST(DesktopTrash, WhereNoTrashCanTakeTheFileItStays)
         ::chmod(parent.constData(), 0755);
     }
     // A file on the root file system with the home trash on another: the climb to the volume's
-    // top ends at "/", where a user may make no trash. Not where the temporary folder is elsewhere.
+    // top ends at "/", where a user may make no trash. (Left out where /tmp has a file system of its own.)
     struct stat top {}, here {};
     if (::stat("/", &top) == 0 && ::stat(root.constData(), &here) == 0 && top.st_dev == here.st_dev) {
         writeFile(root + "/song.wav", "on /");
