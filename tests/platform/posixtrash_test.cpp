@@ -2,6 +2,7 @@
 
 #include <csignal>
 #include <ctime>
+#include <optional>
 
 #include <QDateTime>
 #include <QDir>
@@ -29,6 +30,13 @@ int modeOf(const QByteArray &path)
 }
 
 bool exists(const QByteArray &path) { return modeOf(path) >= 0; }
+
+// The file system a path is on; nothing when it cannot be read.
+std::optional<dev_t> deviceOf(const QByteArray &path)
+{
+    struct stat st {};
+    return ::stat(path.constData(), &st) == 0 ? std::optional<dev_t>(st.st_dev) : std::nullopt;
+}
 
 // The record's lines, its deletion date checked against time() around the move and cut off.
 std::string recordWithoutDate(const QByteArray &infoPath, std::time_t before, std::time_t after)
@@ -140,9 +148,8 @@ TEST(DesktopTrash, AFileOnAnotherDeviceGoesToItsVolumeTrash)
     QTemporaryDir homeDir;
     const QByteArray home = bytePath(homeDir) + "/Trash";
     QTemporaryDir dir(QStringLiteral("/dev/shm/kv-trash-XXXXXX"));
-    struct stat shm {}, tmp {};
-    if (!dir.isValid() || ::stat("/dev/shm", &shm) != 0 || ::stat(QFile::encodeName(homeDir.path()).constData(), &tmp) != 0
-        || shm.st_dev == tmp.st_dev)
+    const std::optional<dev_t> shm = deviceOf("/dev/shm"), tmp = deviceOf(QFile::encodeName(homeDir.path()));
+    if (!dir.isValid() || !shm || !tmp || *shm == *tmp)
         GTEST_SKIP() << "/dev/shm is no other device here";
     const QByteArray folder = bytePath(dir);
     const QByteArray top = "/dev/shm";
@@ -197,8 +204,7 @@ TEST(DesktopTrash, WhereNoTrashCanTakeTheFileItStays)
     }
     // A file on the root file system with the home trash on another: the climb to the volume's
     // top ends at "/", where a user may make no trash. (Left out where /tmp has a file system of its own.)
-    struct stat top {}, here {};
-    if (::stat("/", &top) == 0 && ::stat(root.constData(), &here) == 0 && top.st_dev == here.st_dev) {
+    if (deviceOf("/") && deviceOf("/") == deviceOf(root)) {
         writeFile(root + "/song.wav", "on /");
         const auto move = [&] { return ::alarm(10), moveToDesktopTrash(root + "/song.wav", "/dev/shm/kv-none/Trash") ? 1 : 0; };
         EXPECT_EQ(asUnprivileged(move), 0);
