@@ -118,16 +118,6 @@ inline void makeWav(const QString &path, const char *rate = "-r44100", const cha
               0);
 }
 
-// A PCM header with the fields the reader looks at, then zeros up to length bytes.
-inline void writeWav(const QString &path, quint32 rate, char channels, qint64 length, const char *riff = "RIFF")
-{
-    QByteArray b = QByteArray(riff) + QByteArrayLiteral("\0\0\0\0WAVEfmt \x10\0\0\0\x01\0") + QByteArray(length - 22, '\0');
-    b[22] = channels;
-    for (int i = 0; i < 4; ++i)
-        b[24 + i] = static_cast<char>(rate >> (8 * i));
-    write(path, b);
-}
-
 // A configuration record of zeros (the smallest settings, English) with some bytes set: {offset, value}.
 inline QByteArray record(std::initializer_list<std::pair<int, int>> set)
 {

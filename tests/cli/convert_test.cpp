@@ -17,25 +17,6 @@ namespace {
 
 const QString header = u"File Name\tStatus\tFile Size\tSize\t%\tEncoding time"_s;
 
-// Awkward but legal names: blanks, quotes, shell characters, non-ASCII letters, a leading dash, a
-// codec's option. In the order the report is sorted to.
-const QStringList awkward = {u"$HOME $(id).wav"_s,    u"-dash.wav"_s, u"`id`.wav"_s,          u"a  b.wav"_s,
-                             u"a --priority 3.wav"_s, u"it's.wav"_s,  uR"(say \"hi".wav)"_s, u"ёж ü.wav"_s};
-
-// The named files of a folder, read whole.
-QByteArrayList contents(const QTemporaryDir &dir, const QStringList &names)
-{
-    QByteArrayList all;
-    for (const QString &name : names)
-        all.append(bytes(dir.filePath(name)));
-    return all;
-}
-
-QString withExtension(const QString &name, const QString &extension)
-{
-    return name.left(name.size() - 3) + extension;
-}
-
 // The report of a run in which every job ended "Done": its frame and rows checked, the names sorted.
 QStringList doneNames(const CliResult &r, int jobs)
 {
@@ -67,46 +48,6 @@ QStringList statuses(const QString &out)
 }
 
 } // namespace
-
-TEST(Convert, EncodesAwkwardNamesToEachFormatAndDecodesBack)
-{
-    QTemporaryDir wavs;
-    for (const QString &name : awkward)
-        makeWav(wavs.filePath(name));
-    const QByteArrayList sources = contents(wavs, awkward);
-
-    const struct { const char *to; QByteArray magic; } encodings[] = {{"mp3", "\xFF"}, {"ogg", "OggS"}, {"mpc", "MPCK"}};
-    for (const auto &e : encodings) {
-        const QString to = QLatin1String(e.to);
-        const CliResult r = runCli({u"convert"_s, u"--to"_s, to, wavs.path()});
-        EXPECT_EQ(doneNames(r, static_cast<int>(awkward.size())), awkward);
-        EXPECT_FALSE(r.err.contains(QLatin1Char('\r'))); // not a terminal: plain lines only
-        for (const QString &name : awkward) {
-            const QByteArray start = bytes(wavs.filePath(withExtension(name, to))).left(4);
-            EXPECT_TRUE(start.startsWith(e.magic) || (e.magic == "\xFF" && start.startsWith("ID3")))
-                << e.to << name.toStdString();
-        }
-        EXPECT_EQ(contents(wavs, awkward), sources);
-    }
-
-    // Back to WAV, each kind in a folder of its own so no WAV source is overwritten; nothing else is
-    // written there.
-    for (const QString &from : {u"mp3"_s, u"ogg"_s, u"mpc"_s}) {
-        QTemporaryDir encoded;
-        QStringList names;
-        for (const QString &name : awkward) {
-            names.append(withExtension(name, from));
-            ASSERT_TRUE(QFile::copy(wavs.filePath(names.back()), encoded.filePath(names.back())));
-        }
-        const QByteArrayList before = contents(encoded, names);
-        const CliResult r = runCli({u"convert"_s, u"--to"_s, u"wav"_s, u"--from"_s, from, encoded.path()});
-        EXPECT_EQ(doneNames(r, static_cast<int>(names.size())), names);
-        for (const QString &name : awkward)
-            EXPECT_EQ(bytes(encoded.filePath(name)).left(4), "RIFF") << name.toStdString();
-        EXPECT_EQ(contents(encoded, names), before);
-        EXPECT_EQ(QDir(encoded.path()).count(), 2 + 2 * names.size());
-    }
-}
 
 TEST(Convert, NamedFilesOnlyAndUsageErrors)
 {
@@ -151,38 +92,6 @@ TEST(Convert, EndsWhenNothingCanMoveOn)
     const CliResult r = runCli({u"convert"_s, u"--to"_s, u"mp3"_s, u"--jobs"_s, u"1"_s, dir.path()});
     EXPECT_EQ(r.out, header + u"\na.wav\tIn Progress\t0 KB\t\t\t\nb.wav\t\t172 KB\t\t\t\nFinished 0 of 2\n"_s);
     EXPECT_EQ(r.status, 1);
-}
-
-// Without a terminal a progress line is written whenever another job has finished. With no more
-// jobs than slots no estimate shows, and the bar is the share of jobs that have ended.
-TEST(Convert, ProgressLinesShowTheShareOfEndedJobs)
-{
-    ProgramCopy program;
-    // b ends well after a, so the two never end within one tick.
-    program.fakeLame("case \"$t\" in *b.mp3) while [ ! -e \"${t%b.mp3}a.mp3\" ]; do /bin/sleep 0.02; done;"
-                     " /bin/sleep 0.3;; esac\n/usr/bin/head -c 5000 /dev/zero > \"$t\"\n");
-    QTemporaryDir wavs;
-    makeWav(wavs.filePath(u"a.wav"_s));
-    makeWav(wavs.filePath(u"b.wav"_s));
-    const CliResult r = program.convert({u"--to"_s, u"mp3"_s, u"--jobs"_s, u"2"_s, wavs.path()});
-    EXPECT_EQ(r.status, 0);
-    static const QRegularExpression elapsed(u"  elapsed \\d+:\\d\\d:\\d\\d$"_s);
-    QStringList bars;
-    for (const QString &line : r.err.split(QLatin1Char('\n'))) {
-        if (line.startsWith(QLatin1Char('['))) {
-            EXPECT_TRUE(elapsed.match(line).hasMatch()) << line.toStdString();
-            bars.append(QString(line).remove(elapsed));
-        }
-    }
-    EXPECT_EQ(bars, QStringList({u"[........................] Finished 0 of 2"_s, u"[############............] Finished 1 of 2"_s,
-                                 u"[########################] Finished 2 of 2"_s}))
-        << r.err.toStdString();
-    EXPECT_FALSE(r.err.contains(u'\r') || r.err.contains(u'\a')) << "no redrawing or bell in a log";
-    // A job alone fills the bar as it ends.
-    QTemporaryDir one;
-    makeWav(one.filePath(u"a.wav"_s));
-    const CliResult single = program.convert({u"--to"_s, u"mp3"_s, one.path()});
-    EXPECT_TRUE(single.err.contains(u"[########################] Finished 1 of 1"_s)) << single.err.toStdString();
 }
 
 // On a terminal the line is redrawn in place and wiped at the end, and the run's end rings the
@@ -305,29 +214,6 @@ TEST(Convert, NothingIsLostToAReplacedOrSharedTarget)
     EXPECT_EQ(r.status, 0);
     EXPECT_EQ(statuses(r.out), QStringList({u"x.WAV\tDone"_s}));
     EXPECT_TRUE(r.err.contains(u"kestrelvane-cli: x.wav left out: its target x.ogg is made from x.WAV in this run\n"_s));
-}
-
-// A failing codec is told after the job list, with its error output, even when the size rule says
-// "Done", and the command fails.
-TEST(Convert, FailingCodecsAreToldWithTheirStatusAndErrorOutput)
-{
-    // Its error lines come as a codec writes them, indented and ended by a carriage return.
-    ProgramCopy program;
-    program.fakeLame("case \"$t\" in\n"
-                     "*full*) /usr/bin/head -c 12288 /dev/zero > \"$t\";\n"
-                     "        printf '  Error writing mp3 output\\r\\n  Disk full\\r\\n' >&2; exit 1;;\n"
-                     "*crash*) /usr/bin/head -c 4096 /dev/zero > \"$t\"; kill -SEGV $$;;\n"
-                     "*) /usr/bin/head -c 5000 /dev/zero > \"$t\";;\n"
-                     "esac\n");
-    QTemporaryDir wavs;
-    for (const char *name : {"crash.wav", "full.wav", "good.wav"})
-        makeWav(wavs.filePath(QLatin1String(name)));
-    const CliResult r = program.convert({u"--to"_s, u"mp3"_s, u"--jobs"_s, u"3"_s, wavs.path()});
-    EXPECT_EQ(r.status, 1);
-    EXPECT_EQ(statuses(r.out), QStringList({u"crash.wav\tDone"_s, u"full.wav\tDone"_s, u"good.wav\tDone"_s}));
-    EXPECT_EQ(r.out.section(u"Finished 3 of 3\n"_s, 1),
-              u"\ncrash.wav\tDone\tsignal 11 (Segmentation fault)\n\nfull.wav\tDone\texit status 1\n"
-              "    Error writing mp3 output\n    Disk full\n"_s);
 }
 
 namespace {

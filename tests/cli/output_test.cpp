@@ -11,23 +11,6 @@
 
 using namespace Qt::StringLiterals;
 
-// Output that cannot be written is an error, not a short listing that looks complete.
-TEST(Output, WriteErrorsEndTheCommandWithAMessage)
-{
-    QTemporaryDir dir;
-    const QStringList commands[] = {{u"list"_s, dir.path()}, {u"options"_s}, {u"convert"_s, u"--help"_s}};
-    for (const QStringList &args : commands) {
-        QProcess p;
-        p.setStandardOutputFile(u"/dev/full"_s);
-        p.start(cliPath(), args);
-        ASSERT_TRUE(p.waitForFinished(20000));
-        EXPECT_EQ(p.exitCode(), 1) << args.join(u' ').toStdString();
-        EXPECT_TRUE(QString::fromUtf8(p.readAllStandardError())
-                        .endsWith(u"kestrelvane-cli: cannot write the output: No space left on device\n"_s))
-            << args.join(u' ').toStdString();
-    }
-}
-
 // A configuration that cannot be read is named for what it is; a FIFO is never waited on.
 TEST(Output, ConfigurationThatIsNotAFileSaysWhatItIs)
 {

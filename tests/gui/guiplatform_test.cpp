@@ -64,23 +64,4 @@ public Q_SLOTS:
 
 } // namespace
 
-// The desktop gets a URL that names the help document byte for byte, wherever the program lies.
-TEST(WindowHelp, DocumentUrlNamesTheFileByteForByte)
-{
-    Desktop desktop;
-    QDesktopServices::setUrlHandler(QStringLiteral("file"), &desktop, "open");
-    for (const QByteArray &folder : {QByteArray("/opt/kestrelvane/"),
-                                    QByteArray("/home/me/Kestrel vane #2?/"),              // a blank, a fragment and a query mark
-                                    QByteArray("/home/\xd0\xbc\xd0\xbe\xd1\x8f/prog/"), // Cyrillic, UTF-8
-                                    QByteArray("/media/old/\xcf\xf0\xee\xe3/")}) {        // Windows-1251, not UTF-8
-        const QByteArray path = folder + "help/rus/index.htm";
-        ASSERT_TRUE(openDocument(nameFromBytes(path))) << path.constData();
-        ASSERT_EQ(desktop.opened.size(), 1);
-        const QUrl url = desktop.opened.takeLast();
-        EXPECT_TRUE(url.isValid() && url.isLocalFile() && !url.hasQuery() && !url.hasFragment()) << path.constData();
-        EXPECT_EQ(QByteArray::fromPercentEncoding(url.path(QUrl::FullyEncoded).toLatin1()), path);
-    }
-    QDesktopServices::unsetUrlHandler(QStringLiteral("file"));
-}
-
 #include "guiplatform_test.moc"

@@ -303,33 +303,6 @@ TEST(PlayerFrame, FailingDecodersAndAwkwardNames)
     ::unlink((QFile::encodeName(s.music) + names[3]).constData());
 }
 
-// A keyboard user: Alt+L reaches the file list, Tab goes on through Play, Stop, Previous and
-// Next in that order, and Space on the focused Play plays the selected row.
-TEST(PlayerFrame, KeyboardUsersTabFromTheListThroughTheButtonsInOrder)
-{
-    Session s({"a.mp3", "b.mp3"});
-    s.start();
-    s.window->activateWindow();
-    ASSERT_TRUE(QTest::qWaitForWindowActive(s.window.get()));
-    QTest::keyClick(s.window.get(), Qt::Key_L, Qt::AltModifier);
-    ASSERT_EQ(QApplication::focusWidget(), s.list());
-    std::set<QString> keysShown; // the key in parentheses at the end of each tooltip
-    for (int i = 0; i < 4; ++i) {
-        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
-        EXPECT_EQ(QApplication::focusWidget(), s.button(i)) << i;
-        keysShown.insert(s.button(i)->toolTip().section(u'(', -1));
-    }
-    EXPECT_EQ(keysShown.size(), 4u) << "each button's tooltip names its own key";
-    s.select(1);
-    QTest::keyClick(s.window.get(), Qt::Key_L, Qt::AltModifier);
-    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
-    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Space);
-    ASSERT_TRUE(s.waitPlayed(1));
-    EXPECT_EQ(s.played().front(), mp3("b.mp3"));
-    s.button(Player::Stop)->click();
-    EXPECT_TRUE(s.goneSoon());
-}
-
 // A screen reader's actions do what clicks do: Show Mp3 lists the kind, Make All counts every
 // file in the statistics and converts them all, and the player's buttons play and stop.
 TEST(Accessibility, ToggleAndPressActionsRunTheirCommands)

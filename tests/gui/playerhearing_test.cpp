@@ -112,40 +112,6 @@ TEST(PlayerHearing, RowsPlayInListOrderWithShortGaps)
     }
 }
 
-// Next moves on to the next file at once, Previous goes back; Stop and a refill silence the
-// player within 100 ms.
-TEST(PlayerHearing, NextPreviousStopAndARefill)
-{
-    Hearing l("mp3", {440, 660, 990});
-    ASSERT_EQ(l.recorder.error(), "");
-    auto heard = [&](std::int64_t after) {
-        const std::optional<std::int64_t> sound = l.recorder.waitForSound(after, 3s);
-        EXPECT_TRUE(sound && l.recorder.waitForPosition(*sound + l.recorder.samplesIn(300ms), 3s));
-        return after;
-    };
-    const std::int64_t start = heard(l.playFromTheTop());
-    const std::int64_t next = heard(l.press(Player::Next));
-    const std::int64_t previous = heard(l.press(Player::Previous));
-    const std::int64_t stop = l.press(Player::Stop);
-    const std::optional<std::int64_t> silent = l.waitForEnd(stop);
-    ASSERT_TRUE(silent);
-    EXPECT_EQ(l.pitchesHeard(start, next), std::vector<int>{440});
-    EXPECT_EQ(l.pitchesHeard(next, previous), std::vector<int>{660});
-    EXPECT_EQ(l.pitchesHeard(previous, stop), std::vector<int>{440});
-    EXPECT_LE(l.recorder.milliseconds(*silent - stop), 100);
-    report("Stop to silence", l.recorder.milliseconds(*silent - stop));
-
-    // A refill (the kind shown again) stops it too.
-    const std::int64_t again = heard(l.playFromTheTop());
-    const std::int64_t refill = l.recorder.samplePosition();
-    l.toolbar(ShowMp3)->trigger();
-    const std::optional<std::int64_t> quiet = l.waitForEnd(refill);
-    ASSERT_TRUE(quiet);
-    EXPECT_EQ(l.pitchesHeard(again, refill), std::vector<int>{440});
-    EXPECT_LE(l.recorder.milliseconds(*quiet - refill), 100);
-    report("refill to silence", l.recorder.milliseconds(*quiet - refill));
-}
-
 // Every kind plays through its own entry: Ogg Vorbis, Musepack (stream version 8) and WAV, two
 // files each, in order.
 TEST(PlayerHearing, EveryKindPlaysThroughItsEntry)

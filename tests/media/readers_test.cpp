@@ -251,35 +251,6 @@ TEST(Readers, PatchedHeaders)
     }
 }
 
-// Every entry of the MPEG-2 and MPEG-2.5 bit-rate table, in files of frames of that rate alone.
-TEST(Readers, Mpeg2And25BitrateTable)
-{
-    const int kbps[] = {8, 16, 24, 32, 40, 48, 56, 64, 80, 96, 112, 128, 144, 160, 1};
-    // Second header byte, sample-rate bits of the third, bytes per kbit/s of a frame (72000 / rate).
-    const struct { char b2; int rateBits; int bytesPerKbps; const char *sampling; } versions[] = {
-        {'\xF3', 0x04, 3, "24000"}, // MPEG-2 at 48 / 2 kHz
-        {'\xE3', 0x08, 9, "8000"},  // MPEG-2.5 at 32 / 4 kHz
-    };
-    for (const auto &v : versions) {
-        // A frame of the rate at this index, as long as that rate makes it.
-        auto frame = [&](int index) {
-            const int length = kbps[index - 1] * v.bytesPerKbps;
-            const QByteArray header = QByteArray("\xFF", 1) + v.b2 + static_cast<char>(index << 4 | v.rateBits);
-            return length > 3 ? header + '\xC4' + QByteArray(length - 4, '\0') : header;
-        };
-        for (int index = 1; index <= 15; ++index) {
-            const auto info = read(Mp3, frame(index).repeated(40));
-            ASSERT_TRUE(info) << v.sampling << ' ' << index;
-            EXPECT_EQ((*info)[MediaInfo::Bitrate], QString::number(kbps[index - 1])) << v.sampling << ' ' << index;
-            EXPECT_EQ((*info)[MediaInfo::Sampling], QLatin1String(v.sampling)) << index;
-        }
-        // Frames of 8 and 16 kbit/s in turn: the walk reads each, none skipped.
-        const auto mixed = read(Mp3, (frame(1) + frame(2)).repeated(20));
-        ASSERT_TRUE(mixed) << v.sampling;
-        EXPECT_EQ((*mixed)[MediaInfo::Bitrate], QStringLiteral("~12")) << v.sampling;
-    }
-}
-
 // The MP3 walk reads a window at a time. A file that shrank under it reads as zeros past its new
 // end, never as the bytes of the window before; a read that fails leaves no row.
 TEST(Readers, Mp3FileThatShrinksOrFailsWhileRead)

@@ -67,45 +67,6 @@ TEST(PosixFiles, ReplacedTargetsGoToTheTrashNotAway)
     qputenv("XDG_DATA_HOME", oldDataHome);
 }
 
-// The folder, not the file, decides: a target in a folder we may not write is "Read only".
-TEST(PosixFiles, DeletionRefusedByTheFolderIsAccessDenied)
-{
-    QTemporaryDir dir;
-    const QByteArray folder = bytePath(dir) + "/ro";
-    ASSERT_EQ(::mkdir(folder, 0755), 0);
-    writeFile(folder + "/old.mp3", "old");
-    ::chmod(bytePath(dir), 0755);
-    ::chmod(folder, 0555);
-    const QString target = QFile::decodeName(folder + "/old.mp3");
-    for (const bool trash : {false, true}) {
-        const int result = asUnprivileged([&] {
-            PosixFiles files;
-            return static_cast<int>(trash ? files.moveToTrash(target) : files.remove(target));
-        });
-        EXPECT_EQ(result, static_cast<int>(RemoveResult::AccessDenied)) << trash;
-        EXPECT_EQ(readFile(folder + "/old.mp3"), "old") << trash;
-    }
-    ::chmod(folder, 0755);
-}
-
-// The other kinds of path are in the options command's test; root reads everything, so this
-// one runs as nobody. A file we may not read, and one in a folder we may not enter; one we may
-// read but not write is read.
-TEST(DescribeUnreadable, AFileWeMayNotReachIsNotMissing)
-{
-    QTemporaryDir dir;
-    const QByteArray file = bytePath(dir) + "/file", closed = bytePath(dir) + "/closed", readOnly = bytePath(dir) + "/ro";
-    writeFile(file, "x");
-    writeFile(readOnly, "r");
-    ::mkdir(closed.constData(), 0600);
-    ::chmod(bytePath(dir), 0755);
-    ::chmod(file, 0000);
-    EXPECT_EQ(asUnprivileged([&] { return PosixFiles().readAll(QFile::decodeName(readOnly)) == "r" ? 0 : 1; }), 0);
-    for (const QByteArray &path : {file, closed + "/file"})
-        EXPECT_EQ(asUnprivileged([&] { return describeUnreadable(QFile::decodeName(path)) == u"not readable: Permission denied"_s ? 0 : 1; }), 0)
-            << path.constData();
-}
-
 // A FIFO or a device where a file is read or written is refused at once: opening a FIFO would
 // wait for its other end for ever. Nothing is written into it, and it stays what it was.
 TEST(PosixFiles, FifosAndDevicesAreRefusedWithoutWaiting)

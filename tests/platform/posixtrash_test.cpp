@@ -143,38 +143,6 @@ TEST(DesktopTrash, AVolumeTrashIsASharedStickyFolderOrOurOwn)
     }
 }
 
-TEST(DesktopTrash, AFileOnAnotherDeviceGoesToItsVolumeTrash)
-{
-    QTemporaryDir homeDir;
-    const QByteArray home = bytePath(homeDir) + "/Trash";
-    QTemporaryDir dir(QStringLiteral("/dev/shm/kv-trash-XXXXXX"));
-    const std::optional<dev_t> shm = deviceOf("/dev/shm"), tmp = deviceOf(QFile::encodeName(homeDir.path()));
-    if (!dir.isValid() || !shm || !tmp || *shm == *tmp)
-        GTEST_SKIP() << "/dev/shm is no other device here";
-    const QByteArray folder = bytePath(dir);
-    const QByteArray top = "/dev/shm";
-    const QByteArray relative = folder.mid(top.size() + 1) + "/song.wav";
-    writeFile(folder + "/song.wav", "on tmpfs");
-    const std::time_t before = std::time(nullptr);
-    const std::optional<QByteArray> moved = moveToDesktopTrash(folder + "/song.wav", home);
-    const std::time_t after = std::time(nullptr);
-    ASSERT_TRUE(moved.has_value());
-    const QByteArray uid = QByteArray::number(::getuid());
-    const QByteArray trash = moved->left(moved->indexOf("/files/"));
-    EXPECT_TRUE(trash == top + "/.Trash-" + uid || trash == top + "/.Trash/" + uid) << trash.constData();
-    EXPECT_EQ(readFile(*moved), "on tmpfs");
-    EXPECT_FALSE(exists(home)); // not created for a file it cannot take
-    const QByteArray name = moved->mid(moved->lastIndexOf('/') + 1);
-    const QByteArray info = trash + "/info/" + name + ".trashinfo";
-    EXPECT_EQ(recordWithoutDate(info, before, after), "[Trash Info]\nPath=" + relative.toStdString() + '\n');
-
-    // Only what this test put there goes; a trash that others use stays.
-    ::unlink(moved->constData());
-    ::unlink(info.constData());
-    for (const char *sub : {"/files", "/info", ""})
-        ::rmdir((trash + sub).constData());
-}
-
 // Nothing moves and no record stays behind; the caller then deletes as it always did.
 TEST(DesktopTrash, WhereNoTrashCanTakeTheFileItStays)
 {
@@ -212,26 +180,3 @@ TEST(DesktopTrash, WhereNoTrashCanTakeTheFileItStays)
     }
 }
 
-// A disk that fills while the record is written (a file-size limit stands in for it): the record
-// is taken back and the file stays where it was, so the caller deletes it instead.
-TEST(DesktopTrash, ARecordThatCannotBeWrittenWholeLeavesTheFileInPlace)
-{
-    QTemporaryDir dir;
-    const QByteArray root = bytePath(dir);
-    writeFile(root + "/old.mp3", "old");
-    const QByteArray home = root + "/Trash";
-    const pid_t pid = ::fork();
-    if (pid == 0) {
-        ::signal(SIGXFSZ, SIG_IGN);
-        const rlimit limit{16, 16};
-        ::setrlimit(RLIMIT_FSIZE, &limit);
-        ::_exit(moveToDesktopTrash(root + "/old.mp3", home) ? 1 : 0);
-    }
-    int status = 0;
-    ::waitpid(pid, &status, 0);
-    ASSERT_TRUE(WIFEXITED(status));
-    EXPECT_EQ(WEXITSTATUS(status), 0);
-    EXPECT_EQ(readFile(root + "/old.mp3"), "old");
-    EXPECT_TRUE(QDir(QFile::decodeName(home + "/info")).isEmpty());
-    EXPECT_TRUE(QDir(QFile::decodeName(home + "/files")).isEmpty());
-}

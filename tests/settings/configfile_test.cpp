@@ -99,21 +99,6 @@ TEST(ConfigFile, GoldenRecordReadAndWrittenBack)
     EXPECT_EQ(l.controls.startFolder(), QStringLiteral("  /Музыка Ёё№€/日😀 "));
 }
 
-// An all-zero record loads as the smallest settings; a file of any other size is not read.
-TEST(ConfigFile, OnlyAFileOfExactlyOneRecordIsRead)
-{
-    const Loaded l(QByteArray(R::kSize, '\0'));
-    EXPECT_TRUE(l.completed);
-    EXPECT_EQ(placeAndTab(l.controls), QList<int>({0, 0, 12000, 9000, 1}));
-    // Zero bytes end a text box's text, so never-written fields read as empty.
-    EXPECT_EQ(l.controls.settings(), (EncoderSettings{{0, 0, 128, 0, {}}, {0, -10, 128, {}}, {0, 0, 0, {}}}));
-    // The window's configuration test starts from a file one byte short.
-    OneFile longer(QByteArray(R::kSize + 1, '\x03'));
-    const StartupSettings s = loadStartupSettings(kPath, longer, kPoint);
-    EXPECT_FALSE(s.fileRead);
-    EXPECT_EQ(s.settings(), EncoderSettings());
-}
-
 TEST(ConfigFile, OverflowingWidthStopsTheLoadAfterLeftAndTop)
 {
     R r;
@@ -131,40 +116,3 @@ TEST(ConfigFile, OverflowingWidthStopsTheLoadAfterLeftAndTop)
     EXPECT_TRUE(Loaded(r.bytes()).completed);
 }
 
-TEST(ConfigFile, FailedSaveLeavesTheOldFile)
-{
-    const QByteArray old(R::kSize, 'o');
-    OneFile file(old, true);
-    SettingsControls c(kPoint);
-    R record;
-    EXPECT_FALSE(SaveConfig(kPath, file, c, record));
-    // A list without selection ends the save before the write.
-    file.readOnly = false;
-    c.setMpcPreset(-1);
-    EXPECT_FALSE(SaveConfig(kPath, file, c, record));
-    EXPECT_TRUE(file.bytes == old);
-}
-
-// Each byte field, in load order, at the largest stored value the window accepts; one above it
-// ends the load there, every value before it applied and none after it.
-TEST(ConfigFile, FirstRefusedValueEndsTheLoad)
-{
-    const struct { qsizetype at; int max; } order[] = {
-        {R::kMp3Mode, 3}, {R::kMp3Preset, 3}, {R::kMp3Abr, 172}, {R::kMp3Cbr, 16}, {R::kOggMode, 2},
-        {R::kOggQuality, 110}, {R::kOggAbr, 172}, {R::kMpcMode, 2}, {R::kMpcPreset, 6}, {R::kMpcQuality, 100},
-    };
-    const QByteArray defaults = save(SettingsControls(kPoint));
-    QByteArray highest = defaults;
-    for (const auto &f : order)
-        highest[f.at] = static_cast<char>(f.max);
-    for (size_t refused = 0; refused <= std::size(order); ++refused) {
-        QByteArray bytes = highest;
-        if (refused < std::size(order))
-            bytes[order[refused].at] = static_cast<char>(order[refused].max + 1);
-        const Loaded l(bytes);
-        EXPECT_EQ(l.completed, refused == std::size(order));
-        const QByteArray saved = save(l.controls);
-        for (size_t i = 0; i < std::size(order); ++i)
-            EXPECT_EQ(saved[order[i].at], (i < refused ? highest : defaults)[order[i].at]) << refused << " " << i;
-    }
-}
