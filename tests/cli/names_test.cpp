@@ -17,6 +17,14 @@ struct RawResult
     int status = -1;
 };
 
+// Names that are not UTF-8 cannot go through QFile's names: plain descriptors instead.
+QByteArray readRaw(const QByteArray &path)
+{
+    QFile f;
+    const int fd = ::open(path.constData(), O_RDONLY | O_CLOEXEC);
+    return fd >= 0 && f.open(fd, QIODevice::ReadOnly, QFileDevice::AutoCloseHandle) ? f.readAll() : QByteArray();
+}
+
 // A one-second sine under a name given byte for byte: a link to one made once.
 void linkWav(const QByteArray &path)
 {
@@ -72,6 +80,44 @@ QByteArrayList rows(const QByteArray &out)
 }
 
 } // namespace
+
+// A Windows-1251 folder holding a Windows-1251 and a Latin-1 name: listed with U+FFFD shown for
+// each such byte, converted to MP3 and back, the targets keeping the same bytes.
+TEST(NamesNotUtf8, ListAndConvertBothWaysWithRealCodecs)
+{
+    RawTemporaryDir root;
+    const QByteArray folder = QFile::encodeName(root.path()) + "/\xCC\xF3\xE7\xFB\xEA\xE0"; // "Музыка"
+    ASSERT_EQ(::mkdir(folder.constData(), 0755), 0);
+    const QByteArray russian = "\xCF\xE5\xF1\xED\xFF"; // "Песня"
+    const QByteArray latin = "caf\xE9";
+    for (const QByteArray &name : {russian, latin})
+        linkWav(folder + '/' + name + ".wav");
+
+    const RawResult listed = runRaw({"list", folder});
+    EXPECT_EQ(listed.status, 0) << listed.err.constData();
+    const QByteArray replacement = "\xEF\xBF\xBD";
+    EXPECT_EQ(rows(listed.out), (QByteArrayList{"caf" + replacement + ".wav\t172\t0:00:01\t1411\t44100\tStereo",
+                                                replacement.repeated(5) + ".wav\t172\t0:00:01\t1411\t44100\tStereo"}));
+
+    // Run from a program folder named so too: the codecs beside it are found all the same.
+    ProgramCopy copy;
+    const QByteArray program = QFile::encodeName(root.path()) + "/\xCF\xF0\xEE\xE3"; // "Прог"
+    ASSERT_EQ(::rename(QFile::encodeName(copy.dir.path()).constData(), program.constData()), 0);
+    const RawResult encoded = runRaw({"convert", "--to", "mp3", folder}, program + "/kestrelvane-cli");
+    EXPECT_EQ(encoded.status, 0) << encoded.out.constData() << encoded.err.constData();
+    for (const QByteArray &name : {russian, latin}) {
+        EXPECT_GT(readRaw(folder + '/' + name + ".mp3").size(), 1000) << name.toHex().constData();
+        ASSERT_EQ(::unlink((folder + '/' + name + ".wav").constData()), 0);
+    }
+
+    // Decoded one at a time, each named on the command line by its own bytes.
+    for (const QByteArray &name : {russian, latin}) {
+        const RawResult decoded = runRaw({"convert", "--to", "wav", "--from", "mp3", folder, name + ".mp3"});
+        EXPECT_EQ(decoded.status, 0) << decoded.out.constData() << decoded.err.constData();
+        EXPECT_EQ(rows(decoded.out).size(), 2) << decoded.out.constData(); // the job and "Finished 1 of 1"
+        EXPECT_TRUE(readRaw(folder + '/' + name + ".wav").startsWith("RIFF")) << name.toHex().constData();
+    }
+}
 
 TEST(NamesWithControlCharacters, EscapedInListConvertAndMessages)
 {
