@@ -18,26 +18,20 @@ namespace {
 const UiText &text = englishTexts();
 
 // A run in the folder /m/ whose clock, files (sizes only) and codec processes are the rig's own.
-// Processes run until the test ends them; a launch fails while failLaunches is set, and always
-// for any environment but the empty one codecs get.
+// Processes run until the test ends them; a launch fails for any environment but the empty one
+// codecs get.
 struct Rig : Clock, Files, Processes
 {
     double now = 36000;
     std::map<QString, std::int64_t> sizes;
-    std::set<QString> readOnly;        // refuse deletion
-    std::set<QString> trashed;
     std::map<ProcessHandle, ProcessEnd> ends; // of ended processes that did not simply succeed
     std::vector<QString> commandLines; // of successful launches
     std::set<ProcessHandle> running;
     std::set<ProcessHandle> released; // ended ones only: a running process stays known
-    bool failLaunches = false;
     RunParameters parameters{u"lame"_s, u"--preset extreme --silent --priority"_s, u".wav"_s, u".mp3"_s};
     FileListState list{.currentFolder = u"/m/"_s};
-    int beeps = 0;
-    int playerStops = 0;
     int sizeQueries = 0;
-    ConversionRun run{ConversionContext{*this, *this, *this, parameters, list, u"/opt/kv/"_s, [this] { ++beeps; },
-                                        [this] { ++playerStops; }},
+    ConversionRun run{ConversionContext{*this, *this, *this, parameters, list, u"/opt/kv/"_s, [] {}, [] {}},
                       text};
 
     double secondsSinceMidnight() override { return now; }
@@ -49,18 +43,14 @@ struct Rig : Clock, Files, Processes
     std::unique_ptr<ByteSource> open(const QString &) override { return nullptr; }
     RemoveResult remove(const QString &path) override
     {
-        return readOnly.count(path) ? RemoveResult::AccessDenied : sizes.erase(path) ? RemoveResult::Removed : RemoveResult::OtherError;
+        return sizes.erase(path) ? RemoveResult::Removed : RemoveResult::OtherError;
     }
-    RemoveResult moveToTrash(const QString &path) override
-    {
-        const RemoveResult result = remove(path);
-        return result == RemoveResult::Removed && !trashed.insert(path).second ? RemoveResult::OtherError : result;
-    }
+    RemoveResult moveToTrash(const QString &path) override { return remove(path); }
     std::optional<QByteArray> readAll(const QString &) override { return std::nullopt; }
     bool writeAtStart(const QString &, const QByteArray &) override { return false; }
     std::optional<ProcessHandle> start(const QString &commandLine, ChildEnvironment env) override
     {
-        if (failLaunches || env != ChildEnvironment::Empty)
+        if (env != ChildEnvironment::Empty)
             return std::nullopt;
         commandLines.push_back(commandLine);
         return *running.insert(static_cast<ProcessHandle>(commandLines.size())).first;
@@ -81,14 +71,12 @@ struct Rig : Clock, Files, Processes
             released.insert(h);
     }
     int processorCount() override { return 4; }
-    // Processes started and not let go.
-    size_t held() const { return commandLines.size() - released.size(); }
 
-    void addFile(const QString &name, std::int64_t bytes, const char *sampling = "44100", bool checked = true)
+    void addFile(const QString &name, std::int64_t bytes)
     {
-        FileRow row{.checked = checked};
+        FileRow row{.checked = true};
         row.info[MediaInfo::Name] = name;
-        row.info[MediaInfo::Sampling] = QLatin1String(sampling);
+        row.info[MediaInfo::Sampling] = u"44100"_s;
         list.rows.push_back(row);
         sizes[list.currentFolder + name] = bytes;
     }
@@ -118,17 +106,6 @@ struct Rig : Clock, Files, Processes
             s += j.bold ? c.toLower() : c;
         }
         return s;
-    }
-    // The finished line, the frame's switches that are on and a word for each beep.
-    QString frame() const
-    {
-        const RunDisplay &d = run.display();
-        QStringList on(d.labels[2].isEmpty() ? 0 : 1, d.labels[2] + QLatin1Char(':'));
-        for (const auto &[set, name] : {std::pair{d.frameVisible, "frame"}, {d.barVisible, "bar"}, {d.remainingVisible, "remaining"},
-                                        {d.stopEnabled, "stop"}, {d.closeEnabled, "close"}, {d.timerEnabled, "timer"}})
-            if (set)
-                on.append(QLatin1String(name));
-        return (on + QStringList(beeps, u"beep"_s)).join(QLatin1Char(' '));
     }
     const QString &label(int i) const { return run.display().labels.at(static_cast<size_t>(i)); }
 };
