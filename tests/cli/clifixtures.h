@@ -6,7 +6,9 @@
 #include <optional>
 
 #include <fcntl.h>
+#include <linux/capability.h>
 #include <pty.h>
+#include <sys/prctl.h>
 #include <unistd.h>
 
 #include <gtest/gtest.h>
@@ -39,13 +41,15 @@ inline QString cliPath()
 }
 
 // How a run starts: errOnTerminal sends standard error to a pseudo-terminal, as when a user runs
-// the program in one; dataHome gives it a desktop trash of its own.
+// the program in one; dataHome gives it a desktop trash of its own; unprivileged takes away root's
+// right to read and search whatever it likes, where the tests run as root.
 struct CliRun
 {
     const char *locale = "C.UTF-8";
     bool errOnTerminal = false;
     QString program = cliPath();
     QString dataHome;
+    bool unprivileged = false;
 };
 
 inline void startCli(QProcess &p, const QStringList &args, const CliRun &how = {})
@@ -56,7 +60,7 @@ inline void startCli(QProcess &p, const QStringList &args, const CliRun &how = {
         e.insert(QStringLiteral("XDG_DATA_HOME"), how.dataHome);
     p.setProcessEnvironment(e);
     p.start(how.program, args);
-    EXPECT_TRUE(p.waitForStarted());
+    EXPECT_TRUE(p.waitForStarted()) << p.errorString().toStdString();
 }
 
 inline CliResult runCli(const QStringList &args, const CliRun &how = {})
@@ -70,8 +74,14 @@ inline CliResult runCli(const QStringList &args, const CliRun &how = {})
         ::cfmakeraw(&raw);
         if (::openpty(&terminal, &childSide, nullptr, &raw, nullptr) != 0)
             return {QString(), QStringLiteral("no pseudo-terminal"), -1};
-        p.setChildProcessModifier([childSide] { ::dup2(childSide, 2); });
     }
+    p.setChildProcessModifier([childSide, drop = how.unprivileged] {
+        if (childSide >= 0)
+            ::dup2(childSide, 2);
+        if (drop && ::geteuid() == 0
+            && (::prctl(PR_CAPBSET_DROP, CAP_DAC_OVERRIDE) != 0 || ::prctl(PR_CAPBSET_DROP, CAP_DAC_READ_SEARCH) != 0))
+            ::_exit(100);
+    });
     startCli(p, args, how);
     if (childSide >= 0)
         ::close(childSide);
