@@ -6,6 +6,7 @@
 
 #include <QApplication>
 #include <QComboBox>
+#include <QContextMenuEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPlainTextEdit>
@@ -445,7 +446,9 @@ TEST(ConversionFrame, AbortThisJobKillsAHungCodecAndTheLastOneEndsTheRun)
                 popup->close();
             }
         });
-        Q_EMIT s.jobs()->customContextMenuRequested(at);
+        // The event a right click sends, so that the list must ask for its own menu.
+        QContextMenuEvent click(QContextMenuEvent::Mouse, at, s.jobs()->viewport()->mapToGlobal(at));
+        QApplication::sendEvent(s.jobs()->viewport(), &click);
         QTest::qWait(100);
         return offered;
     };
