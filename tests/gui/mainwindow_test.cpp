@@ -149,8 +149,15 @@ TEST(WindowTree, ExpandCollapseClickImagesAndFaults)
         const QIcon expected(u":/icons/%1.svg"_s.arg(QLatin1String(file)));
         return !shown.isNull() && shown.pixmap(16).toImage() == expected.pixmap(16).toImage();
     };
+    // The picture the view was last told of: read once, then again at each change the model announces.
+    std::map<QPersistentModelIndex, QIcon> told;
+    QObject::connect(model, &QAbstractItemModel::dataChanged, s.window.get(), [&](const QModelIndex &from, const QModelIndex &to) {
+        for (int r = from.row(); r <= to.row(); ++r)
+            told[model->index(r, 0, from.parent())] = model->index(r, 0, from.parent()).data(Qt::DecorationRole).value<QIcon>();
+    });
     auto image = [&](const QString &path, const char *file) {
-        return same(model->data(s.node(path), Qt::DecorationRole).value<QIcon>(), file);
+        const QModelIndex i = s.node(path);
+        return same(told.try_emplace(i, i.data(Qt::DecorationRole).value<QIcon>()).first->second, file);
     };
     EXPECT_TRUE(image(s.at("rock"), "folder-audio"));
     EXPECT_TRUE(image(s.at("jazz"), "folder"));
@@ -161,6 +168,9 @@ TEST(WindowTree, ExpandCollapseClickImagesAndFaults)
     EXPECT_EQ(s.controller->fileList().currentFolder, s.at("rock/"));
     EXPECT_EQ(s.list()->rowCount(), 2); // the two WAV files
     EXPECT_TRUE(image(s.at("rock"), "folder-audio-open"));
+    s.click(music);
+    EXPECT_TRUE(image(s.at("rock"), "folder-audio")) << "the folder left shows its closed picture again";
+    s.click(rock);
     s.toolbar(ShowMp3)->trigger();
     EXPECT_EQ(s.list()->rowCount(), 2);
     EXPECT_EQ(s.label("stbMain_3"), u"Files: 2  "_s);
