@@ -22,6 +22,9 @@ TEST(OptionTextAndEstimate, ByEncoderAndMode)
     const struct { Encoder encoder; EncoderSettings settings; const char *text; int kbps; } cases[] = {
         {Encoder::Mp3, {.mp3 = {.mode = 1, .abrKbps = 128}}, "--preset 128 --silent --priority", 128},
         {Encoder::Mp3, {.mp3 = {.mode = 1, .abrKbps = 300}}, "--preset 300 --silent --priority", 300},
+        // Constant bit rates: the first entry and the last, whose number is " 8".
+        {Encoder::Mp3, {.mp3 = {.mode = 2, .cbrIndex = 0}}, "--preset cbr 320 --silent --priority", 320},
+        {Encoder::Mp3, {.mp3 = {.mode = 2, .cbrIndex = 16}}, "--preset cbr 8 --silent --priority", 8},
         // Only blanks are trimmed.
         {Encoder::Mp3, {.mp3 = {.mode = 3, .commandLine = QStringLiteral("\t-V 2 ")}}, "\t-V 2 --silent --priority", 224},
         {Encoder::Ogg, oggQuality(-5), "--quiet --quality -0.5", 54}, // 54.5 goes to the even neighbour
