@@ -75,13 +75,15 @@ inline CliResult runCli(const QStringList &args, const CliRun &how = {})
         if (::openpty(&terminal, &childSide, nullptr, &raw, nullptr) != 0)
             return {QString(), QStringLiteral("no pseudo-terminal"), -1};
     }
-    p.setChildProcessModifier([childSide, drop = how.unprivileged] {
-        if (childSide >= 0)
-            ::dup2(childSide, 2);
-        if (drop && ::geteuid() == 0
-            && (::prctl(PR_CAPBSET_DROP, CAP_DAC_OVERRIDE) != 0 || ::prctl(PR_CAPBSET_DROP, CAP_DAC_READ_SEARCH) != 0))
-            ::_exit(100);
-    });
+    // Only where a run asks for it; other runs start the program untouched, as before.
+    if (childSide >= 0 || how.unprivileged)
+        p.setChildProcessModifier([childSide, drop = how.unprivileged] {
+            if (childSide >= 0)
+                ::dup2(childSide, 2);
+            if (drop && ::geteuid() == 0
+                && (::prctl(PR_CAPBSET_DROP, CAP_DAC_OVERRIDE) != 0 || ::prctl(PR_CAPBSET_DROP, CAP_DAC_READ_SEARCH) != 0))
+                ::_exit(100);
+        });
     startCli(p, args, how);
     if (childSide >= 0)
         ::close(childSide);

@@ -152,8 +152,10 @@ TEST(WindowTree, ExpandCollapseClickImagesAndFaults)
     // The picture the view was last told of: read once, then again at each change the model announces.
     std::map<QPersistentModelIndex, QIcon> told;
     QObject::connect(model, &QAbstractItemModel::dataChanged, s.window.get(), [&](const QModelIndex &from, const QModelIndex &to) {
-        for (int r = from.row(); r <= to.row(); ++r)
-            told[model->index(r, 0, from.parent())] = model->index(r, 0, from.parent()).data(Qt::DecorationRole).value<QIcon>();
+        for (int r = from.row(); r <= to.row(); ++r) {
+            const QModelIndex i = model->index(r, 0, from.parent());
+            told[i] = i.data(Qt::DecorationRole).value<QIcon>();
+        }
     });
     auto image = [&](const QString &path, const char *file) {
         const QModelIndex i = s.node(path);
