@@ -107,6 +107,8 @@ inline void describeWidgets(QWidget *w, QStringList &out, int depth = 0)
     bool inside = true; // controls made of Qt's own parts are recorded as one
     if (auto *l = qobject_cast<QLabel *>(w)) {
         add(u"text"_s, l->text());
+        if (const QPixmap picture = l->pixmap(); !picture.isNull())
+            add(u"picture"_s, u"%1x%2"_s.arg(picture.width()).arg(picture.height()));
         if (l->alignment() != (Qt::AlignLeft | Qt::AlignVCenter))
             add(u"align"_s, flags(l->alignment()));
         if (l->buddy())

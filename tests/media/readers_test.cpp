@@ -213,6 +213,11 @@ TEST(Readers, PatchedHeaders)
         {Mpc, mpck(streamHeader(441'000)).replace(4, 1, "1"), 4096, row({"a", "4"})},
         {Mpc, mpck(streamHeader(441'000)).replace(6, 1, "\x02"), 4096, row({"a", "4"})}, // smaller than key and size
         {Mpc, "MPCKSH" + QByteArray(9, '\x80'), 4096, row({"a", "4"})}, // a size that never ends
+        // A number takes eight bytes at most, however many leading zero groups pad it.
+        {Mpc, "MPCK" + packet("SH", "\x5A\x5A\x5A\x5A\x08" + QByteArray(5, '\x80') + mpckNumber(441'000) + QByteArray("\0\0\x10", 3)), 4096,
+         row({"a", "4", "0:00:10", "~3", "44100", "2"})},
+        {Mpc, "MPCK" + packet("SH", "\x5A\x5A\x5A\x5A\x08" + QByteArray(6, '\x80') + mpckNumber(441'000) + QByteArray("\0\0\x10", 3)), 4096,
+         row({"a", "4"})},
         {Mpc, mpck(streamHeader(441'000)).replace(6, 1, "\x0C"), 4096, row({"a", "4"})}, // shorter than its fields
         {Mpc, mpck(streamHeader(441'000)).left(16), 4096, row({"a", "4"})}, // the file ends before rate and channels
         {Mpc, mpck(streamHeader(441'000, 0, 0x00, 0x10, 7)), 4096, row({"a", "4"})},
