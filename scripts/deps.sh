@@ -9,6 +9,8 @@ packages=(
   qt6-base-dev libgl-dev
   libgtest-dev libgmock-dev libbenchmark-dev
   lame madplay vorbis-tools musepack-tools alsa-utils sox
+  # The CLI test that counts its queries of the file system.
+  strace
   # The tests that listen to the players run their own sound server.
   pulseaudio pulseaudio-utils libasound2-plugins
   locales

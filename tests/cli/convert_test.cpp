@@ -262,3 +262,30 @@ TEST(Convert, RealCodecFailuresOnAFullDiskAndAReadOnlyFolder)
     EXPECT_TRUE(r.out.contains(u"\nFinished 1 of 1\n\na.wav\tDone\texit status "_s)) << r.out.toStdString();
     EXPECT_EQ(bytes(readOnly.dir.filePath(u"a.mp3"_s)), QByteArray(20480, 'o'));
 }
+
+// Each completion's estimate needs the sizes of every finished job. Kept from each job's end,
+// they cost a few queries of the file system a job; asked for again at every completion, they
+// made a run of 10,000 files take minutes. A run whose codec fails after the first file (a full
+// disk) must not sum every source again at each failure either.
+TEST(Convert, SizeQueriesStayAFewAJobWhateverTheJobCount)
+{
+    ProgramCopy program;
+    const QByteArray wav = bytes(QStringLiteral(KV_TEST_DATA_DIR "/wav/mono-8bit-8000.wav"));
+    for (const bool failing : {false, true}) {
+        QTemporaryDir dir;
+        const int jobs = 400;
+        for (int i = 1; i <= jobs; ++i)
+            write(dir.filePath(u"f%1.wav"_s.arg(i)), wav);
+        program.fakeLame(failing ? "case \"$t\" in */f1.mp3) /usr/bin/head -c 2000 /dev/zero > \"$t\";; *) : > \"$t\";; esac\n"
+                                 : "/usr/bin/head -c 2000 /dev/zero > \"$t\"\n");
+        // The program's own thread alone: its codecs and helper threads are not followed.
+        const QString trace = dir.filePath(u"trace"_s);
+        const CliResult r = runCli({u"-qq"_s, u"-e"_s, u"trace=%%stat"_s, u"-o"_s, trace, program.path(), u"convert"_s, u"--to"_s,
+                                    u"mp3"_s, u"--jobs"_s, u"2"_s, dir.path()},
+                                   {.program = u"/usr/bin/strace"_s, .dataHome = program.dir.filePath(u"data"_s)});
+        EXPECT_EQ(r.status, failing ? 1 : 0) << r.err.toStdString();
+        EXPECT_TRUE(r.out.contains(u"Finished %1 of 400\n"_s.arg(failing ? 1 : 400))) << r.out.right(300).toStdString();
+        const qsizetype queries = bytes(trace).count('\n');
+        EXPECT_LT(queries, jobs * 12) << (failing ? "failing" : "succeeding");
+    }
+}
