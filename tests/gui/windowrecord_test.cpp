@@ -77,3 +77,56 @@ TEST(WindowRecord, WhatEachControlShowsAndTellsInEachLanguageAndOptionsMode)
         rig.w<QToolButton>("stbMain_7")->click();
     }
 }
+
+// Every value of every encoder option, taken as a user takes it (a list stepped by its arrow key,
+// a slider dragged), with the value it shows and the three forecasts. Two WAV files of 2 GB
+// (sparse) make a step of one kbps show in a forecast.
+TEST(WindowRecord, EveryOptionValueWithTheForecastsItGives)
+{
+    ProcessRig rig;
+    FixedSpace folders;
+    installCodecs(rig.program, "#!/bin/sh\n");
+    const QString music = rig.dir.path() + u"/music/"_s;
+    QDir().mkpath(music);
+    for (const QString &name : {u"a.wav"_s, u"b.wav"_s}) {
+        QFile::copy(QStringLiteral(KV_TEST_DATA_DIR "/wav/stereo-16bit-44100.wav"), music + name);
+        QFile(music + name).resize(std::int64_t{2} << 30);
+    }
+    ASSERT_EQ(rig.open(rig.environment(folders), music), StartEnd::Running);
+    rig.toolbar(MakeAll)->trigger();
+    QStringList seen;
+    auto note = [&](const QString &value) {
+        QStringList line{value};
+        for (const char *forecast : {"lblInfo_9", "lblInfo_10", "lblInfo_11"})
+            line.append(rig.w<QLabel>(forecast)->text());
+        seen.append(line.join(u" | "_s));
+    };
+    const struct { int tab; const char *mode; int index; const char *control, *shows; } options[] = {
+        {0, "cmbMode", 0, "cmbPreset", nullptr}, {0, "cmbMode", 1, "sliAbr", "lblAbr"},
+        {0, "cmbMode", 2, "cmbCbr", nullptr},    {0, "cmbMode", 3, "txtCmd", nullptr},
+        {1, "cmbModeOgg", 0, "sliPresetOgg", "lblPresetOgg"}, {1, "cmbModeOgg", 1, "sliAbrOgg", "lblAbrOgg"},
+        {1, "cmbModeOgg", 2, "txtCmdOgg", nullptr},           {2, "cmbModeMpc", 0, "cmbPresetMpc", nullptr},
+        {2, "cmbModeMpc", 1, "sliMpc", "lblMpc"},             {2, "cmbModeMpc", 2, "txtCmdMpc", nullptr},
+    };
+    for (const auto &o : options) {
+        rig.tab(o.tab);
+        rig.choose(o.mode, o.index);
+        seen.append(QLatin1String(o.control));
+        if (auto *slider = qobject_cast<QSlider *>(rig.w(o.control))) {
+            for (int v = slider->minimum(); v <= slider->maximum(); ++v) {
+                slider->setSliderDown(true);
+                slider->setSliderPosition(v);
+                slider->setSliderDown(false);
+                note(QString::number(v) + u' ' + rig.w<QLabel>(o.shows)->text());
+            }
+        } else if (auto *list = qobject_cast<QComboBox *>(rig.w(o.control))) {
+            list->setFocus();
+            rig.choose(o.control, 0);
+            for (int i = 0; i < list->count(); ++i, QTest::keyClick(list, Qt::Key_Down))
+                note(list->currentText());
+        } else {
+            note(rig.w<QLineEdit>(o.control)->text());
+        }
+    }
+    expectAsRecorded(u"window-every-option"_s, seen, rig.dir.path());
+}
