@@ -61,6 +61,7 @@ struct Session : ProcessRig
     QString music = dir.path() + u"/music/"_s, log = dir.path() + u"/codec.log"_s;
     int beeps = 0;
     int processors = 2;
+    Clock *clockShown = nullptr; // the wall clock unless a test sets its own
 
     // The script as every codec, and a music folder of these files, each the fixture of its kind.
     explicit Session(const QStringList &names)
@@ -77,6 +78,8 @@ struct Session : ProcessRig
         Environment e = environment();
         e.beep = [this] { ++beeps; };
         e.processorCount = [n = processors] { return n; };
+        if (clockShown)
+            e.clock = clockShown;
         ASSERT_EQ(open(e, music), StartEnd::Running);
     }
     // Make All, then a Make command: every listed file becomes a job.
@@ -472,6 +475,31 @@ TEST(ConversionFrame, AbortThisJobKillsAHungCodecAndTheLastOneEndsTheRun)
     EXPECT_EQ(s.rows(), (QStringList{u"hang1.wav Error"_s, u"hang2.wav Error"_s}));
     EXPECT_TRUE(s.ended());
     EXPECT_EQ(s.beeps, 1);
+}
+
+// The time remaining is the run's time so far scaled by the share of the sources done: finished
+// jobs count whole, a running one by the share its target's size suggests. A clock that stands
+// still for 10,000 s makes the share show to the second.
+TEST(ConversionFrame, TheTimeRemainingFollowsTheFinishedAndTheRunningJobs)
+{
+    struct StoppedClock : Clock
+    {
+        double now = 0;
+        double secondsSinceMidnight() override { return now; }
+    } clock;
+    Session s({u"hang.wav"_s, u"slow1.wav"_s, u"slow2.wav"_s});
+    s.clockShown = &clock;
+    s.start();
+    s.makeAll(MakeMp3);
+    clock.now = 10000;
+    // hang writes 3,000 bytes at once and goes on; the two slow ones end later, each 4 KB made of
+    // 8,864 bytes. Each end sets a new estimate: the last puts the run at 12,678 s.
+    ASSERT_TRUE(s.waitFor([&] { return s.statusOf(2, u"Done"_s); }, 5000));
+    // The label follows at the next tick.
+    auto *remaining = s.w<QLabel>("lblEncodeTime_1");
+    s.waitFor([&] { return remaining->text() == u"0:44:38"_s; }, 3000);
+    EXPECT_EQ(remaining->text(), u"0:44:38"_s);
+    EXPECT_EQ(s.w<QLabel>("lblEncodeTime_0")->text(), u"2:46:40"_s);
 }
 
 // The listed folder removed during a run: every job ends "Error" and the window goes on.
