@@ -32,10 +32,11 @@ namespace {
 
 // Every codec entry is this script. It logs its name and arguments, then acts by the source's
 // name: fail*, crash*, empty*, hang*, flood* and slow* misbehave as they say, quiet* closes its
-// error output long before it ends, others write 4 KB. A crash writes eight lines first; a flood
+// error output long before it ends, held* writes 3,000 bytes and waits for its target's ".go"
+// file, others write 4 KB. A crash writes eight lines first; a flood
 // ends with one write of over 6 KB, read whole once the reader has caught up; a trickle writes
 // 4.7 KB of error output in small writes.
-// Each ends by itself, a hang after 30 s. Codecs start with no environment, hence the log's path.
+// Each ends by itself, a hang or a held one after 30 s. Codecs start with no environment, hence the log's path.
 const char codecScript[] = R"(#!/bin/sh
 PATH=/usr/bin:/bin
 line=$(basename "$0"); for a in "$@"; do line="$line [$a]"; done
@@ -50,6 +51,7 @@ flood*) { head -c 8000000 /dev/zero | tr '\000' x; echo; } >&2; t=$(mktemp); { h
   sleep 0.2; cat "$t" >&2; rm -f "$t"; head -c 4096 /dev/zero > "$dst"; exit 2 ;;
 trickle*) n=$(seq -s '' 40); for i in $(seq 60); do echo "line $i $n" >&2; sleep 0.01; done; head -c 4096 /dev/zero > "$dst"; exit 3 ;;
 slow*) sleep 0.6 ;;
+held*) head -c 3000 /dev/zero > "$dst"; i=0; while [ ! -e "$dst.go" ] && [ $i -lt 300 ]; do sleep 0.1; i=$((i + 1)); done ;;
 quiet*) exec 2>&-; sleep 0.3 ;;
 esac
 sleep 0.05
@@ -487,12 +489,12 @@ TEST(ConversionFrame, TheTimeRemainingFollowsTheFinishedAndTheRunningJobs)
         double now = 0;
         double secondsSinceMidnight() override { return now; }
     } clock;
-    Session s({u"hang.wav"_s, u"slow1.wav"_s, u"slow2.wav"_s});
+    Session s({u"held.wav"_s, u"slow1.wav"_s, u"slow2.wav"_s});
     s.clockShown = &clock;
     s.start();
     s.makeAll(MakeMp3);
     clock.now = 10000;
-    // hang writes 3,000 bytes at once and goes on; the two slow ones end later, each 4 KB made of
+    // held writes 3,000 bytes at once and waits; the two slow ones end later, each 4 KB made of
     // 8,864 bytes. Each end sets a new estimate: the last puts the run at 12,678 s.
     ASSERT_TRUE(s.waitFor([&] { return s.statusOf(2, u"Done"_s); }, 5000));
     // The label follows at the next tick.
@@ -500,6 +502,16 @@ TEST(ConversionFrame, TheTimeRemainingFollowsTheFinishedAndTheRunningJobs)
     s.waitFor([&] { return remaining->text() == u"0:44:38"_s; }, 3000);
     EXPECT_EQ(remaining->text(), u"0:44:38"_s);
     EXPECT_EQ(s.w<QLabel>("lblEncodeTime_0")->text(), u"2:46:40"_s);
+    // The run outlasts its estimate: the bar stops at the estimate, full, until the end says
+    // how long the run took; full then too.
+    auto *bar = s.w<QProgressBar>("pbEncode");
+    clock.now = 20000;
+    ASSERT_TRUE(s.waitFor([&] { return remaining->text() == u"0:00:00"_s; }));
+    EXPECT_EQ(bar->value(), bar->maximum());
+    write(s.music + u"held.mp3.go"_s, "");
+    ASSERT_TRUE(s.waitFor([&] { return s.ended(); }));
+    EXPECT_EQ(bar->maximum(), 20000);
+    EXPECT_EQ(bar->value(), 20000);
 }
 
 // The listed folder removed during a run: every job ends "Error" and the window goes on.
