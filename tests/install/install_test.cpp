@@ -67,9 +67,6 @@ protected:
     static inline bool s_installed = false;
 };
 
-#ifdef KV_WITH_WINDOW
-#endif
-
 TEST_F(Install, InstalledCliListsAFolderAndRunsItsCodecs)
 {
     QTemporaryDir music;
