@@ -481,19 +481,19 @@ TEST(ConversionFrame, AbortThisJobKillsAHungCodecAndTheLastOneEndsTheRun)
 
 // The time remaining is the run's time so far scaled by the share of the sources done: finished
 // jobs count whole, a running one by the share its target's size suggests. A clock that stands
-// still for 10,000 s makes the share show to the second.
+// still for 10,000 s, past midnight, makes the share show to the second.
 TEST(ConversionFrame, TheTimeRemainingFollowsTheFinishedAndTheRunningJobs)
 {
     struct StoppedClock : Clock
     {
-        double now = 0;
+        double now = 86000; // 23:53:20
         double secondsSinceMidnight() override { return now; }
     } clock;
     Session s({u"held.wav"_s, u"slow1.wav"_s, u"slow2.wav"_s});
     s.clockShown = &clock;
     s.start();
     s.makeAll(MakeMp3);
-    clock.now = 10000;
+    clock.now = 9600;
     // held writes 3,000 bytes at once and waits; the two slow ones end later, each 4 KB made of
     // 8,864 bytes. Each end sets a new estimate: the last puts the run at 12,678 s.
     ASSERT_TRUE(s.waitFor([&] { return s.statusOf(2, u"Done"_s); }, 5000));
@@ -505,7 +505,7 @@ TEST(ConversionFrame, TheTimeRemainingFollowsTheFinishedAndTheRunningJobs)
     // The run outlasts its estimate: the bar stops at the estimate, full, until the end says
     // how long the run took; full then too.
     auto *bar = s.w<QProgressBar>("pbEncode");
-    clock.now = 20000;
+    clock.now = 19600;
     ASSERT_TRUE(s.waitFor([&] { return remaining->text() == u"0:00:00"_s; }));
     EXPECT_EQ(bar->value(), bar->maximum());
     write(s.music + u"held.mp3.go"_s, "");

@@ -180,6 +180,11 @@ TEST(WindowTree, ExpandCollapseClickImagesAndFaults)
     EXPECT_EQ(s.children(rock), QStringList{u"old"_s});
     EXPECT_TRUE(image(s.at("rock/old"), "folder-audio"));
     // Folding the folder shown reads it again; a click on it then does not, so a tick stays.
+    QFile::copy(s.at("rock/mono.mp3"), s.at("rock/added.mp3"));
+    s.tree()->collapse(rock);
+    EXPECT_EQ(s.list()->rowCount(), 3);
+    QFile::remove(s.at("rock/added.mp3"));
+    s.tree()->expand(rock);
     s.tree()->collapse(rock);
     s.list()->setData(s.list()->index(0, 0), Qt::Checked, Qt::CheckStateRole);
     s.click(rock);
