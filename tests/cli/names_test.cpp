@@ -123,9 +123,10 @@ TEST(NamesWithControlCharacters, EscapedInListConvertAndMessages)
 {
     RawTemporaryDir dir;
     const QByteArray root = QFile::encodeName(dir.path()) + '/';
-    // DEL, U+0085 and U+009F are controls too, the last two the first and the last of C1; U+00A0 is not.
+    // DEL, U+0085 and U+009F are controls too, the last two the first and the last of C1; U+00A0 is
+    // not, nor is Thai (three bytes, the first 0xE0).
     for (const char *name : {"tab\tname.wav", "line\nbreak.wav", "back\\slash.wav", "esc\x1b\x7f\r.wav", "nel\xC2\x85.wav",
-                             "apc\xC2\x9F.wav", "nbsp\xC2\xA0.wav"})
+                             "apc\xC2\x9F.wav", "nbsp\xC2\xA0.wav", "thai\xE0\xB9\x80.wav"})
         linkWav(root + name);
     const QByteArray tail = "\t172\t0:00:01\t1411\t44100\tStereo";
 
@@ -134,7 +135,7 @@ TEST(NamesWithControlCharacters, EscapedInListConvertAndMessages)
     EXPECT_EQ(rows(listed.out), (QByteArrayList{"apc\\xc2\\x9f.wav" + tail, "back\\\\slash.wav" + tail,
                                                 "esc\\x1b\\x7f\\r.wav" + tail, "line\\nbreak.wav" + tail,
                                                 "nbsp\xC2\xA0.wav" + tail, "nel\\xc2\\x85.wav" + tail,
-                                                "tab\\tname.wav" + tail}));
+                                                "tab\\tname.wav" + tail, "thai\xE0\xB9\x80.wav" + tail}));
 
     const RawResult converted = runRaw({"convert", "--to", "ogg", root, "tab\tname.wav", "line\nbreak.wav"});
     EXPECT_EQ(converted.status, 0) << converted.err.constData();
