@@ -33,10 +33,10 @@ namespace {
 // Every codec entry is this script. It logs its name and arguments, then acts by the source's
 // name: fail*, crash*, empty*, hang*, flood* and slow* misbehave as they say, quiet* closes its
 // error output long before it ends, held* writes 3,000 bytes and waits for its target's ".go"
-// file, others write 4 KB. A crash writes eight lines first; a flood
-// ends with one write of over 6 KB, read whole once the reader has caught up; a trickle writes
-// 4.7 KB of error output in small writes.
-// Each ends by itself, a hang or a held one after 30 s. Codecs start with no environment, hence the log's path.
+// file, others write 4 KB. A crash writes eight lines first; a flood ends with one write of over
+// 6 KB, read whole once the reader has caught up; a trickle writes 4.7 KB of error output in
+// small writes. Each ends by itself, a hang or a held one after 30 s. Codecs start with no
+// environment, hence the log's path.
 const char codecScript[] = R"(#!/bin/sh
 PATH=/usr/bin:/bin
 line=$(basename "$0"); for a in "$@"; do line="$line [$a]"; done

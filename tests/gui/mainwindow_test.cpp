@@ -179,7 +179,8 @@ TEST(WindowTree, ExpandCollapseClickImagesAndFaults)
     s.tree()->expand(rock);
     EXPECT_EQ(s.children(rock), QStringList{u"old"_s});
     EXPECT_TRUE(image(s.at("rock/old"), "folder-audio"));
-    // Folding the folder shown reads it again; a click on it then does not, so a tick stays.
+    // Folding the folder shown reads it again, a file come since included; a click on it then
+    // does not, so a tick stays.
     QFile::copy(s.at("rock/mono.mp3"), s.at("rock/added.mp3"));
     s.tree()->collapse(rock);
     EXPECT_EQ(s.list()->rowCount(), 3);
