@@ -554,6 +554,15 @@ TEST(ConversionFrame, SourcesLeftOutAreShownInThePaneAndAllLeftOutStartNothing)
     low.makeAll(MakeMpc);
     EXPECT_EQ(low.jobs()->model()->rowCount(), 0);
     EXPECT_FALSE(low.window->findChild<QTimer *>(u"tmrEncode"_s)->isActive());
+    // Nor does an MP3 make above a constant 160 kbps, which the encoder refuses below 32 kHz;
+    // at 160 the job is made.
+    low.choose("cmbMode", 2);
+    for (const int entry : {3, 4}) { // 192 and 160 kbps
+        low.choose("cmbCbr", entry);
+        low.toolbar(MakeMp3)->trigger();
+        EXPECT_EQ(low.jobs()->model()->rowCount(), entry == 3 ? 0 : 1) << entry;
+    }
+    ASSERT_TRUE(low.waitFor([&] { return low.ended(); }));
 }
 
 // SIGTERM, SIGHUP and SIGINT end the session even during a run: the running codec is killed and
