@@ -352,12 +352,16 @@ TEST(WindowConfiguration, SavedAtCloseRestoredAtTheNextStartAndRefusedWhileConve
     // A record of 0xFF with a zero window: Russian applied, then the MP3 mode 255 ends the load.
     QByteArray russianThenBadMode(ConfigRecord::kSize, '\xFF');
     russianThenBadMode.replace(50, 20, QByteArray(20, '\0'));
+    // Zeros but for the MP3 mode 4, one past its list: the load ends there, before the Ogg quality.
+    QByteArray pastTheModes(ConfigRecord::kSize, '\0');
+    pastTheModes[ConfigRecord::kMp3Mode] = 4;
     const struct { QByteArray bytes; bool folder; const char *language; int oggQuality; } bad[] = {
         {QByteArray(ConfigRecord::kSize - 1, '\x01'), false, "English", 60},
         {QByteArray(ConfigRecord::kSize, '\xC8'), false, "English", 60}, // the left edge overflows first
         {{}, true, "English", 60},
         {QByteArray(ConfigRecord::kSize, '\0'), false, "English", -10},
         {russianThenBadMode, false, "Русский", 60},
+        {pastTheModes, false, "English", 60},
     };
     for (const auto &b : bad) {
         s.window.reset();
