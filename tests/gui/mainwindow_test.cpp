@@ -64,6 +64,8 @@ struct Session : WindowRig
         for (const char *f : {"vbr.mp3", "mono.mp3"})
             QFile::copy(QStringLiteral(KV_TEST_DATA_DIR "/mp3/") + QLatin1String(f), at("rock/") + QLatin1String(f));
         write(at("jazz/notes.txt"), "x");
+        // An MP3 by its bytes but not by its name: no list shows it.
+        QFile::copy(QStringLiteral(KV_TEST_DATA_DIR "/mp3/mono.mp3"), at("rock/notes.txt"));
         write(at("rock/old/a.mpc"), "x");
         // Two WAV files of 20 MB (sparse), big enough for the forecasts to differ per setting.
         for (const char *f : {"rock/big1.wav", "rock/big2.wav"}) {
