@@ -34,7 +34,8 @@ TEST(Languages, ListPrintsTheChosenLanguage)
 
 // The configuration's language decides the job list: captions, status words, units, the count
 // line (without a configuration it is English, as every other convert test shows). Any language
-// byte but 0 is Russian. Interrupted, the waiting job reads "Прервано" and the command fails.
+// byte but 0 is Russian. A job whose target stays empty reads "Ошибка"; interrupted, the waiting
+// job reads "Прервано" and the command fails.
 TEST(Languages, ConvertRunsFollowTheConfiguredLanguage)
 {
     const QString russian = u"Имя файла\tСтатус\tИсходный\tРазмер\t%\tВремя работы\n"_s;
@@ -43,15 +44,16 @@ TEST(Languages, ConvertRunsFollowTheConfiguredLanguage)
     const struct { char language; bool interrupted; QString header, rows; int status; } cases[] = {
         {'\x01', false, russian, row.arg(1).arg(u"Готово"_s, u"КБ"_s) + row.arg(2).arg(u"Готово"_s, u"КБ"_s) + u"Выполнено 2 из 2"_s, 0},
         {'\x00', false, english, row.arg(1).arg(u"Done"_s, u"KB"_s) + row.arg(2).arg(u"Done"_s, u"KB"_s) + u"Finished 2 of 2"_s, 0},
-        {'\x02', true, russian, row.arg(1).arg(u"Готово"_s, u"КБ"_s) + u"f2\\.wav\\tПрервано\\t172 КБ\\t\\t\\t\\nВыполнено 1 из 2"_s, 1},
+        {'\x02', true, russian,
+         u"f1\\.wav\\tОшибка\\t172 КБ\\t\\t\\t0:00:0\\d\\nf2\\.wav\\tПрервано\\t172 КБ\\t\\t\\t\\nВыполнено 0 из 2"_s, 1},
     };
     for (const auto &c : cases) {
         ProgramCopy program(c.language);
         QTemporaryDir wavs;
         makeWav(wavs.filePath(u"f1.wav"_s));
         makeWav(wavs.filePath(u"f2.wav"_s));
-        if (c.interrupted) // an encoder that leaves a partial target, then takes a second
-            program.fakeLame("/usr/bin/head -c 5000 /dev/zero > \"$t\"\n/bin/sleep 1\n");
+        if (c.interrupted) // an encoder that leaves an empty target, then takes a second
+            program.fakeLame(": > \"$t\"\n/bin/sleep 1\n");
         QProcess p;
         program.start(p, {u"--to"_s, u"mp3"_s, u"--jobs"_s, u"1"_s, wavs.path()});
         for (int i = 0; c.interrupted && i < 1000 && !QFile::exists(wavs.filePath(u"f1.mp3"_s)); ++i)
