@@ -285,7 +285,7 @@ TEST(Convert, SizeQueriesStayAFewAJobWhateverTheJobCount)
         if (const QString asan = qEnvironmentVariable("ASAN_OPTIONS"); !asan.isEmpty())
             tracer << u"-E"_s << u"ASAN_OPTIONS="_s + asan + u":detect_leaks=0"_s;
         const CliResult r = runCli(tracer + QStringList{program.path(), u"convert"_s, u"--to"_s, u"mp3"_s, u"--jobs"_s, u"2"_s, dir.path()},
-                                   {.program = u"/usr/bin/strace"_s, .dataHome = program.dir.filePath(u"data"_s)});
+                                   program.how(u"/usr/bin/strace"_s));
         EXPECT_EQ(r.status, failing ? 1 : 0) << r.err.toStdString();
         EXPECT_TRUE(r.out.contains(u"Finished %1 of 400\n"_s.arg(failing ? 1 : 400))) << r.out.right(300).toStdString();
         const qsizetype queries = bytes(trace).count('\n');

@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <utility>
+#include <vector>
+
 #include <QApplication>
 #include <QComboBox>
 #include <QToolButton>
@@ -18,19 +21,30 @@ struct FixedSpace : PosixFolders
     std::optional<FreeSpace> freeSpace(const QString &) override { return FreeSpace{123456, 8, 512}; }
 };
 
+// The window with processes, as the program starts (the player is ready too), over a music folder
+// of the given test files, with a free space that stays the same.
+struct RecordRig : ProcessRig
+{
+    FixedSpace folders;
+    QString music = dir.path() + u"/music/"_s;
+
+    explicit RecordRig(const std::vector<std::pair<const char *, QString>> &files)
+    {
+        installCodecs(program, "#!/bin/sh\n");
+        QDir().mkpath(music);
+        for (const auto &[fixture, name] : files)
+            QFile::copy(QStringLiteral(KV_TEST_DATA_DIR "/") + QLatin1String(fixture), music + name);
+    }
+    StartEnd open() { return ProcessRig::open(environment(folders), music); }
+};
+
 } // namespace
 
 TEST(WindowRecord, WhatEachControlShowsAndTellsInEachLanguageAndOptionsMode)
 {
-    // With processes, as the program starts: the player is ready too.
-    ProcessRig rig;
-    FixedSpace folders;
-    installCodecs(rig.program, "#!/bin/sh\n");
-    const QString music = rig.dir.path() + u"/music"_s;
-    QDir().mkpath(music + u"/older"_s);
-    for (const char *f : {"vbr.mp3", "mono.mp3"})
-        QFile::copy(QStringLiteral(KV_TEST_DATA_DIR "/mp3/") + QLatin1String(f), music + u'/' + QLatin1String(f));
-    ASSERT_EQ(rig.open(rig.environment(folders), music), StartEnd::Running);
+    RecordRig rig({{"mp3/vbr.mp3", u"vbr.mp3"_s}, {"mp3/mono.mp3", u"mono.mp3"_s}});
+    QDir().mkpath(rig.music + u"older"_s);
+    ASSERT_EQ(rig.open(), StartEnd::Running);
     // Wide enough that no toolbar caption breaks in two, whatever the font.
     rig.window->resize(1600, 900);
     rig.window->activateWindow();
@@ -83,16 +97,10 @@ TEST(WindowRecord, WhatEachControlShowsAndTellsInEachLanguageAndOptionsMode)
 // (sparse) make a step of one kbps show in a forecast.
 TEST(WindowRecord, EveryOptionValueWithTheForecastsItGives)
 {
-    ProcessRig rig;
-    FixedSpace folders;
-    installCodecs(rig.program, "#!/bin/sh\n");
-    const QString music = rig.dir.path() + u"/music/"_s;
-    QDir().mkpath(music);
-    for (const QString &name : {u"a.wav"_s, u"b.wav"_s}) {
-        QFile::copy(QStringLiteral(KV_TEST_DATA_DIR "/wav/stereo-16bit-44100.wav"), music + name);
-        QFile(music + name).resize(std::int64_t{2} << 30);
-    }
-    ASSERT_EQ(rig.open(rig.environment(folders), music), StartEnd::Running);
+    RecordRig rig({{"wav/stereo-16bit-44100.wav", u"a.wav"_s}, {"wav/stereo-16bit-44100.wav", u"b.wav"_s}});
+    for (const char *name : {"a.wav", "b.wav"})
+        QFile(rig.music + QLatin1String(name)).resize(std::int64_t{2} << 30);
+    ASSERT_EQ(rig.open(), StartEnd::Running);
     rig.toolbar(MakeAll)->trigger();
     QStringList seen;
     auto note = [&](const QString &value) {

@@ -113,12 +113,13 @@ QByteArray packet(const char *key, const QByteArray &payload)
     return key + mpckNumber(static_cast<std::uint64_t>(2 + sizeBytes + payload.size())) + payload;
 }
 
-// The stream-header packet: CRC, version, sample count, beginning silence, rate byte, channel byte.
+// The stream-header packet: CRC, version, sample count (after padding bytes that add leading
+// zero groups), beginning silence, rate byte, channel byte.
 QByteArray streamHeader(std::uint64_t samples, std::uint64_t silence = 0, std::uint8_t rateByte = 0x00,
-                        std::uint8_t channelByte = 0x10, char version = 8)
+                        std::uint8_t channelByte = 0x10, char version = 8, int padding = 0)
 {
-    return packet("SH", QByteArray(4, '\x5A') + version + mpckNumber(samples) + mpckNumber(silence)
-                            + static_cast<char>(rateByte) + static_cast<char>(channelByte));
+    return packet("SH", QByteArray(4, '\x5A') + version + QByteArray(padding, '\x80') + mpckNumber(samples)
+                            + mpckNumber(silence) + static_cast<char>(rateByte) + static_cast<char>(channelByte));
 }
 
 // Stream version 8 as today's encoder lays it out: the stream header first, then replay gain.
@@ -214,10 +215,8 @@ TEST(Readers, PatchedHeaders)
         {Mpc, mpck(streamHeader(441'000)).replace(6, 1, "\x02"), 4096, row({"a", "4"})}, // smaller than key and size
         {Mpc, "MPCKSH" + QByteArray(9, '\x80'), 4096, row({"a", "4"})}, // a size that never ends
         // A number takes eight bytes at most, however many leading zero groups pad it.
-        {Mpc, "MPCK" + packet("SH", "\x5A\x5A\x5A\x5A\x08" + QByteArray(5, '\x80') + mpckNumber(441'000) + QByteArray("\0\0\x10", 3)), 4096,
-         row({"a", "4", "0:00:10", "~3", "44100", "2"})},
-        {Mpc, "MPCK" + packet("SH", "\x5A\x5A\x5A\x5A\x08" + QByteArray(6, '\x80') + mpckNumber(441'000) + QByteArray("\0\0\x10", 3)), 4096,
-         row({"a", "4"})},
+        {Mpc, mpck(streamHeader(441'000, 0, 0x00, 0x10, 8, 5)), 4096, row({"a", "4", "0:00:10", "~3", "44100", "2"})},
+        {Mpc, mpck(streamHeader(441'000, 0, 0x00, 0x10, 8, 6)), 4096, row({"a", "4"})},
         {Mpc, mpck(streamHeader(441'000)).replace(6, 1, "\x0C"), 4096, row({"a", "4"})}, // shorter than its fields
         {Mpc, mpck(streamHeader(441'000)).left(16), 4096, row({"a", "4"})}, // the file ends before rate and channels
         {Mpc, mpck(streamHeader(441'000, 0, 0x00, 0x10, 7)), 4096, row({"a", "4"})},
