@@ -6,18 +6,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <QAbstractItemModelTester>
-#include <QApplication>
-#include <QComboBox>
-#include <QHeaderView>
-#include <QLabel>
-#include <QProcess>
-#include <QPushButton>
-#include <QSlider>
-#include <QToolBar>
-#include <QToolButton>
-#include <QTreeView>
-
 #include "platform/nativenames.h"
 #include "settings/configrecord.h"
 #include "support/bytefiles.h"

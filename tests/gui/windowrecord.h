@@ -2,24 +2,6 @@
 
 #include <functional>
 
-#include <QAbstractButton>
-#include <QAccessible>
-#include <QComboBox>
-#include <QGridLayout>
-#include <QGroupBox>
-#include <QHeaderView>
-#include <QLabel>
-#include <QLineEdit>
-#include <QMetaEnum>
-#include <QPlainTextEdit>
-#include <QProgressBar>
-#include <QRegularExpression>
-#include <QSlider>
-#include <QTabBar>
-#include <QToolBar>
-#include <QToolButton>
-#include <QTreeView>
-
 #include "support/recorded.h"
 #include "windowrig.h"
 

@@ -3,10 +3,6 @@
 #include <utility>
 #include <vector>
 
-#include <QApplication>
-#include <QComboBox>
-#include <QToolButton>
-
 #include "support/qtprinters.h"
 #include "windowrecord.h"
 

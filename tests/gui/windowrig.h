@@ -6,20 +6,9 @@
 
 #include <functional>
 
-#include <QAbstractItemModel>
-#include <QAction>
-#include <QComboBox>
-#include <QFont>
-#include <QDir>
-#include <QEventLoop>
-#include <QFile>
-#include <QHeaderView>
-#include <QStyle>
-#include <QTabBar>
-#include <QTemporaryDir>
-#include <QTest>
-#include <QTimer>
-#include <QTreeView>
+#include <QtTest>
+#include <QtWidgets>
+
 
 #include "app/maincontroller.h"
 #include "engine/conversionrun.h"
