@@ -7,6 +7,8 @@ namespace kv {
 FolderTreeModel::FolderTreeModel(FolderTree &tree, QObject *parent) : QAbstractItemModel(parent), m_tree(tree)
 {
     m_tree.setObserver(this);
+    // The start folder was chosen before this model: its closed picture is announced when the next is chosen.
+    m_shownSelected = m_tree.selected();
 }
 
 FolderTreeModel::~FolderTreeModel()
