@@ -2,8 +2,4 @@
 #include "media/oggreader.h"
 #include "readerfuzzing.h"
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
-{
-    kvfuzz::checkReader(kv::readOggInfo, kvfuzz::bytesOf(data, size));
-    return 0;
-}
+KV_FUZZ_READER(kv::readOggInfo)
