@@ -1,5 +1,5 @@
 // The MP3 reader: the frame walk over the whole file.
+#include "fuzzing.h"
 #include "media/mp3reader.h"
-#include "readerfuzzing.h"
 
 KV_FUZZ_READER(kv::readMp3Info)

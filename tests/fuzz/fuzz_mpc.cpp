@@ -1,5 +1,5 @@
 // The Musepack reader, both stream versions as the listing meets them.
+#include "fuzzing.h"
 #include "media/mpcreader.h"
-#include "readerfuzzing.h"
 
 KV_FUZZ_READER(kv::readMpcInfo)

@@ -1,5 +1,5 @@
 // The Ogg Vorbis reader: the identification header on the first page.
+#include "fuzzing.h"
 #include "media/oggreader.h"
-#include "readerfuzzing.h"
 
 KV_FUZZ_READER(kv::readOggInfo)

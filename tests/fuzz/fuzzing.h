@@ -1,6 +1,7 @@
 #pragma once
 // Every target defines the entry below: libFuzzer calls it in the fuzzing build, replaymain.cpp
 // over the kept inputs in the ordinary test run.
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -8,6 +9,9 @@
 
 #include <QByteArray>
 #include <QString>
+
+#include "media/mediainfo.h"
+#include "platform/bytesource.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size);
 
@@ -28,4 +32,33 @@ inline QString utf16Of(const std::uint8_t *data, std::size_t size)
     return text;
 }
 
+// Hands out at most a few bytes per read, as a pipe or a network file system may: a reader must
+// gather what it needs instead of trusting one read to fill its buffer.
+struct TricklingByteSource : kv::MemoryByteSource
+{
+    using MemoryByteSource::MemoryByteSource;
+    std::int64_t read(std::int64_t offset, char *dst, std::int64_t n) override { return MemoryByteSource::read(offset, dst, std::min<std::int64_t>(n, 7)); }
+};
+
+// A reader never throws, a row starts with the file's name, and the row does not depend on how
+// the bytes arrive or on what an earlier file left behind.
+inline std::optional<kv::MediaInfo> checkReader(std::optional<kv::MediaInfo> (*read)(const QString &, kv::ByteSource &), const QByteArray &bytes)
+{
+    const QString name = QStringLiteral("input.bin");
+    kv::MemoryByteSource whole(bytes);
+    TricklingByteSource trickle(bytes);
+    const std::optional<kv::MediaInfo> row = read(name, whole);
+    KV_FUZZ_CHECK(!row || (*row)[kv::MediaInfo::Name] == name);
+    KV_FUZZ_CHECK(read(name, trickle) == row);
+    return row;
+}
+
 } // namespace kvfuzz
+
+// The entry of a target that checks one reader on the input as it is.
+#define KV_FUZZ_READER(read) \
+    extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) \
+    { \
+        kvfuzz::checkReader(read, kvfuzz::bytesOf(data, size)); \
+        return 0; \
+    }

@@ -50,10 +50,7 @@ QByteArray put(QByteArray b, int at, std::uint32_t v, int width = 4)
     return b;
 }
 
-QByteArray wav(std::uint16_t channels, std::uint32_t rate)
-{
-    return put(put(QByteArrayLiteral("RIFF\0\0\0\0WAVEfmt \x10\0\0\0\x01\0") + QByteArray(24, '\0'), 22, channels, 2), 24, rate);
-}
+QByteArray wav(std::uint16_t channels, std::uint32_t rate) { return put(put(QByteArrayLiteral("RIFF\0\0\0\0WAVEfmt \x10\0\0\0\x01\0") + QByteArray(24, '\0'), 22, channels, 2), 24, rate); }
 
 // A one-segment first page, then the Vorbis identification header: 2 channels, 48 kHz.
 QByteArray ogg(std::uint32_t nominal)
@@ -63,10 +60,7 @@ QByteArray ogg(std::uint32_t nominal)
 }
 
 // Stream version 7, which no tool at hand writes any more.
-QByteArray mpc(std::uint32_t frames, std::uint8_t rateByte = 0)
-{
-    return put(put(QByteArrayLiteral("MP+\x17") + QByteArray(21, '\0'), 4, frames), 10, rateByte, 1);
-}
+QByteArray mpc(std::uint32_t frames, std::uint8_t rateByte = 0) { return put(put("MP+\x17" + QByteArray(21, '\0'), 4, frames), 10, rateByte, 1); }
 
 // A number of stream version 8: seven bits a byte, most significant first, high bit on all but the last.
 QByteArray mpckNumber(std::uint64_t v)
@@ -99,10 +93,7 @@ QByteArray streamHeader(std::uint64_t samples, std::uint64_t silence = 0, std::u
 QByteArray mpck(const QByteArray &sh) { return "MPCK" + sh + packet("RG", QByteArray(10, '\0')); }
 
 // count frames with the given four header bytes, each padded with zeros to length bytes.
-QByteArray frames(int count, const char (&header)[5], int length)
-{
-    return (QByteArray(header, 4) + QByteArray(length - 4, '\0')).repeated(count);
-}
+QByteArray frames(int count, const char (&header)[5], int length) { return (QByteArray(header, 4) + QByteArray(length - 4, '\0')).repeated(count); }
 
 // MPEG-1 Layer III, 128 kbit/s, 44.1 kHz, joint stereo: 417 bytes a frame.
 QByteArray cbr128(int count) { return frames(count, "\xFF\xFB\x90\x44", 417); }

@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <ctime>
-#include <functional>
 
 #include <QDateTime>
 #include <QDir>
@@ -93,11 +92,11 @@ TEST(PosixFiles, FifosAndDevicesAreRefusedWithoutWaiting)
     QTemporaryDir dir;
     const QByteArray root = bytePath(dir) + '/';
     PosixFiles files;
-    const struct { const char *call; std::function<bool(const QString &)> refused; } calls[] = {
-        {"open", [&](const QString &path) { return files.open(path) == nullptr; }},
-        {"readAll", [&](const QString &path) { return !files.readAll(path).has_value(); }},
-        {"writeAtStart", [&](const QString &path) { return !files.writeAtStart(path, "record"); }},
-        {"fileSize", [&](const QString &path) { return !files.fileSize(path).has_value(); }},
+    const struct { const char *call; bool (*refused)(PosixFiles &, const QString &); } calls[] = {
+        {"open", [](PosixFiles &f, const QString &path) { return f.open(path) == nullptr; }},
+        {"readAll", [](PosixFiles &f, const QString &path) { return !f.readAll(path).has_value(); }},
+        {"writeAtStart", [](PosixFiles &f, const QString &path) { return !f.writeAtStart(path, "record"); }},
+        {"fileSize", [](PosixFiles &f, const QString &path) { return !f.fileSize(path).has_value(); }},
     };
     // Devices reached through links, as a configuration file or a listed file might be.
     ASSERT_EQ(::symlink("/dev/null", root + "null.cfg"), 0);
@@ -106,12 +105,12 @@ TEST(PosixFiles, FifosAndDevicesAreRefusedWithoutWaiting)
         const QByteArray fifo = root + c.call + ".fifo";
         FifoGuard guard(fifo);
         ASSERT_TRUE(guard.made());
-        EXPECT_TRUE(c.refused(nameFromBytes(fifo))) << c.call;
+        EXPECT_TRUE(c.refused(files, nameFromBytes(fifo))) << c.call;
         EXPECT_FALSE(guard.finish()) << c.call << " waited for the other end of the FIFO";
         EXPECT_TRUE(isFifo(fifo)) << c.call;
-        EXPECT_TRUE(c.refused(nameFromBytes(root + "null.cfg"))) << c.call;
+        EXPECT_TRUE(c.refused(files, nameFromBytes(root + "null.cfg"))) << c.call;
     }
-    EXPECT_TRUE(calls[0].refused(nameFromBytes(root + "zero.wav")));
+    EXPECT_TRUE(calls[0].refused(files, nameFromBytes(root + "zero.wav")));
     EXPECT_FALSE(files.fileSize(nameFromBytes(root)).has_value()) << "a folder has no file size";
     // With a reader already there the open would not wait; still nothing reaches it.
     ASSERT_EQ(::mkfifo(root + "read.fifo", 0644), 0);
