@@ -57,8 +57,4 @@ inline std::optional<kv::MediaInfo> checkReader(std::optional<kv::MediaInfo> (*r
 
 // The entry of a target that checks one reader on the input as it is.
 #define KV_FUZZ_READER(read) \
-    extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) \
-    { \
-        kvfuzz::checkReader(read, kvfuzz::bytesOf(data, size)); \
-        return 0; \
-    }
+    extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) { return kvfuzz::checkReader(read, kvfuzz::bytesOf(data, size)), 0; }

@@ -75,7 +75,7 @@ TEST(PosixFiles, ReplacedTargetsGoToTheTrashNotAway)
         EXPECT_EQ(modeOf(file), 0644 & ~mask);
         EXPECT_EQ(files.moveToTrash(nameFromBytes(file)), RemoveResult::Removed);
         EXPECT_FALSE(files.fileSize(nameFromBytes(file)).has_value());
-        EXPECT_EQ(readFile(trash + "/files/" + c.name), "the only copy") << c.name.toHex().constData();
+        EXPECT_EQ(files.readAll(nameFromBytes(trash + "/files/" + c.name)).value_or("<missing>"), "the only copy") << c.name.toHex().constData();
         EXPECT_EQ(files.moveToTrash(nameFromBytes(file)), RemoveResult::OtherError); // nothing there any more
         // QTemporaryDir cannot remove names that are not UTF-8.
         ::unlink(trash + "/files/" + c.name);
