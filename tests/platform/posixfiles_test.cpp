@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <ctime>
+#include <span>
 
 #include <QDateTime>
 #include <QDir>
@@ -47,42 +48,74 @@ const QByteArray cp1251 = "\xCF\xE5\xF1\xED\xFF.wav"; // "Песня.wav" in Win
 
 } // namespace
 
-// The home trash comes from XDG_DATA_HOME, else (or when it is relative, which is invalid) from
-// HOME even when ~/.local/share is missing.
-TEST(PosixFiles, ReplacedTargetsGoToTheTrashNotAway)
+// Replaced targets go to the home trash that XDG_DATA_HOME names, else (or when it is relative,
+// which is invalid) to ~/.local/share/Trash even when ~/.local/share is missing.
+TEST(PosixFiles, ReplacedTargetsGoToTheHomeTrashWithARecordUnderAFreeName)
 {
-    const struct { const char *xdgDataHome; QByteArray name; const char *trash; } cases[] = {
-        {"data", "song.wav", "data/Trash"},
-        {"data", cp1251, "data/Trash"},
-        {nullptr, "song.wav", "home/.local/share/Trash"},
-        {"./data", "song.wav", "home/.local/share/Trash"},
-    };
+    QTemporaryDir dir;
+    const QByteArray root = bytePath(dir);
+    const QByteArray longName = QByteArray(246, 'x') + ".wav";
     const QByteArray oldHome = qgetenv("HOME"), oldDataHome = qgetenv("XDG_DATA_HOME");
+    ASSERT_EQ(::mkdir(root + "/home", 0700), 0);
+    qputenv("HOME", root + "/home");
     const mode_t mask = ::umask(0);
     ::umask(mask);
+    // xdgDataHome: below the temporary folder when it starts with "/".
+    const struct { const char *xdgDataHome; QByteArray name, trashName, encodedName; } cases[] = {
+        {"/data", "song.wav", "song.wav", "song.wav"}, // the trash is missing, parents included
+        {"/data", "song.wav", "song.2.wav", "song.wav"},
+        {"/data", cp1251, cp1251, "%CF%E5%F1%ED%FF.wav"},
+        {"/data", "a b%#\xD1\x91.mp3", "a b%#\xD1\x91.mp3", "a%20b%25%23%D1%91.mp3"},
+        // 250 bytes: the record's name would pass the length limit, so the name is cut.
+        {"/data", longName, QByteArray(241, 'x') + ".wav", longName},
+        // The same long name again: the number takes its place from the cut stem.
+        {"/data", longName, QByteArray(239, 'x') + ".2.wav", longName},
+        // The longest extension kept whole when the name is cut: sixteen bytes with the dot.
+        {"/data", QByteArray(235, 'y') + ".abcdefghijklmno", QByteArray(229, 'y') + ".abcdefghijklmno",
+         QByteArray(235, 'y') + ".abcdefghijklmno"},
+        {nullptr, "song.wav", "song.wav", "song.wav"},
+        {"./data", "song.wav", "song.2.wav", "song.wav"},
+    };
     for (const auto &c : cases) {
-        QTemporaryDir dir;
-        const QByteArray root = QFile::encodeName(dir.path()), file = root + '/' + c.name, trash = root + '/' + c.trash;
+        const bool own = c.xdgDataHome && c.xdgDataHome[0] == '/';
+        const QByteArray trash = own ? root + "/data/Trash" : root + "/home/.local/share/Trash";
         if (c.xdgDataHome)
-            qputenv("XDG_DATA_HOME", c.xdgDataHome[0] == '.' ? QByteArray(c.xdgDataHome) : root + '/' + c.xdgDataHome);
+            qputenv("XDG_DATA_HOME", own ? root + c.xdgDataHome : QByteArray(c.xdgDataHome));
         else
             qunsetenv("XDG_DATA_HOME");
-        ASSERT_EQ(::mkdir(root + "/home", 0700), 0);
-        qputenv("HOME", root + "/home");
         PosixFiles files;
-        ASSERT_TRUE(files.writeAtStart(nameFromBytes(file), "the only copy"));
+        const QString file = nameFromBytes(root + '/' + c.name);
+        const std::string what = c.trashName.toStdString();
+        ASSERT_TRUE(files.writeAtStart(file, "content of " + c.trashName));
         // Made as any program makes a file: readable by others unless the user's umask says not.
-        EXPECT_EQ(modeOf(file), 0644 & ~mask);
-        EXPECT_EQ(files.moveToTrash(nameFromBytes(file)), RemoveResult::Removed);
-        EXPECT_FALSE(files.fileSize(nameFromBytes(file)).has_value());
-        EXPECT_EQ(files.readAll(nameFromBytes(trash + "/files/" + c.name)).value_or("<missing>"), "the only copy") << c.name.toHex().constData();
-        EXPECT_EQ(files.moveToTrash(nameFromBytes(file)), RemoveResult::OtherError); // nothing there any more
-        // QTemporaryDir cannot remove names that are not UTF-8.
-        ::unlink(trash + "/files/" + c.name);
-        ::unlink(trash + "/info/" + c.name + ".trashinfo");
+        EXPECT_EQ(modeOf(root + '/' + c.name), 0644 & ~mask);
+        const std::time_t before = std::time(nullptr);
+        EXPECT_EQ(files.moveToTrash(file), RemoveResult::Removed) << what;
+        const std::time_t after = std::time(nullptr);
+        EXPECT_FALSE(files.fileSize(file).has_value()) << what;
+        EXPECT_EQ(files.readAll(nameFromBytes(trash + "/files/" + c.trashName)).value_or("<missing>"), "content of " + c.trashName);
+        EXPECT_EQ(recordAt(trash + "/info/" + c.trashName + ".trashinfo", before, after),
+                  "[Trash Info]\nPath=" + root.toStdString() + '/' + c.encodedName.toStdString() + "\nDeletionDate=<date>\n");
+        EXPECT_EQ(files.moveToTrash(file), RemoveResult::OtherError) << what; // nothing there any more
     }
     qputenv("HOME", oldHome);
     qputenv("XDG_DATA_HOME", oldDataHome);
+    // A later file of the same name took another name and left the earlier record be.
+    const QByteArray home = root + "/data/Trash";
+    for (const auto &c : std::span(cases).first(7))
+        EXPECT_NE(modeOf(home + "/info/" + c.trashName + ".trashinfo"), -1) << c.trashName.toStdString();
+    EXPECT_EQ(modeOf(root + "/data"), 0700);
+    EXPECT_EQ(modeOf(home), 0700);
+
+    // A file left in files/ without its record still holds someone's data: rename() would replace it.
+    writeFile(home + "/files/take.wav", "orphan");
+    writeFile(root + "/take.wav", "new");
+    EXPECT_EQ(moveToDesktopTrash(root + "/take.wav", home).value_or("").toStdString(), (home + "/files/take.2.wav").toStdString());
+    EXPECT_EQ(readFile(home + "/files/take.wav"), "orphan");
+    EXPECT_EQ(modeOf(home + "/info/take.wav.trashinfo"), -1);
+    // QTemporaryDir cannot remove names that are not UTF-8.
+    ::unlink(home + "/files/" + cp1251);
+    ::unlink(home + "/info/" + cp1251 + ".trashinfo");
 }
 
 // A FIFO or a device where a file is read or written is refused at once: opening a FIFO would
@@ -120,54 +153,6 @@ TEST(PosixFiles, FifosAndDevicesAreRefusedWithoutWaiting)
     char byte = 0;
     EXPECT_LE(::read(reader, &byte, 1), 0);
     ::close(reader);
-}
-
-TEST(DesktopTrash, HomeTrashTakesTheFileWithItsRecordUnderAFreeName)
-{
-    QTemporaryDir dir;
-    const QByteArray root = bytePath(dir);
-    const QByteArray home = root + "/data/Trash"; // missing, parents included
-    const QByteArray longName = QByteArray(246, 'x') + ".wav";
-    const struct { QByteArray name, trashName, encodedName; } cases[] = {
-        {"song.wav", "song.wav", "song.wav"},
-        {"song.wav", "song.2.wav", "song.wav"},
-        {cp1251, cp1251, "%CF%E5%F1%ED%FF.wav"},
-        {"a b%#\xD1\x91.mp3", "a b%#\xD1\x91.mp3", "a%20b%25%23%D1%91.mp3"},
-        // 250 bytes: the record's name would pass the length limit, so the name is cut.
-        {longName, QByteArray(241, 'x') + ".wav", longName},
-        // The same long name again: the number takes its place from the cut stem.
-        {longName, QByteArray(239, 'x') + ".2.wav", longName},
-        // The longest extension kept whole when the name is cut: sixteen bytes with the dot.
-        {QByteArray(235, 'y') + ".abcdefghijklmno", QByteArray(229, 'y') + ".abcdefghijklmno",
-         QByteArray(235, 'y') + ".abcdefghijklmno"},
-    };
-    for (const auto &c : cases) {
-        writeFile(root + '/' + c.name, "content of " + c.trashName);
-        const std::time_t before = std::time(nullptr);
-        const QByteArray moved = moveToDesktopTrash(root + '/' + c.name, home).value_or("<none>");
-        const std::time_t after = std::time(nullptr);
-        const std::string what = c.trashName.toStdString();
-        EXPECT_EQ(moved.toStdString(), (home + "/files/" + c.trashName).toStdString());
-        EXPECT_EQ(modeOf(root + '/' + c.name), -1) << what;
-        EXPECT_EQ(readFile(moved), "content of " + what);
-        EXPECT_EQ(recordAt(home + "/info/" + c.trashName + ".trashinfo", before, after),
-                  "[Trash Info]\nPath=" + root.toStdString() + '/' + c.encodedName.toStdString() + "\nDeletionDate=<date>\n");
-    }
-    // A later file of the same name took another name and left the earlier record be.
-    for (const auto &c : cases)
-        EXPECT_NE(modeOf(home + "/info/" + c.trashName + ".trashinfo"), -1) << c.trashName.toStdString();
-    EXPECT_EQ(modeOf(root + "/data"), 0700);
-    EXPECT_EQ(modeOf(home), 0700);
-
-    // A file left in files/ without its record still holds someone's data: rename() would replace it.
-    writeFile(home + "/files/take.wav", "orphan");
-    writeFile(root + "/take.wav", "new");
-    EXPECT_EQ(moveToDesktopTrash(root + "/take.wav", home).value_or("").toStdString(), (home + "/files/take.2.wav").toStdString());
-    EXPECT_EQ(readFile(home + "/files/take.wav"), "orphan");
-    EXPECT_EQ(modeOf(home + "/info/take.wav.trashinfo"), -1);
-    // QTemporaryDir cannot remove names that are not UTF-8.
-    ::unlink(home + "/files/" + cp1251);
-    ::unlink(home + "/info/" + cp1251 + ".trashinfo");
 }
 
 TEST(DesktopTrash, AVolumeTrashIsASharedStickyFolderOrOurOwn)
