@@ -4,6 +4,7 @@
 
 #include "media/readers.h"
 #include "platform/posix/posixfiles.h"
+#include "support/qtprinters.h"
 #include "support/recorded.h"
 
 using namespace kv;
