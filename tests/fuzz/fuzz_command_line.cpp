@@ -5,27 +5,17 @@
 #include "fuzzing.h"
 #include "platform/processes.h"
 
-namespace {
-
-QString joinQuoted(const QStringList &arguments)
-{
-    QStringList quoted;
-    for (const QString &argument : arguments)
-        quoted.append(kv::quoteArgument(argument));
-    return quoted.join(QLatin1Char(' '));
-}
-
-} // namespace
-
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
+    const auto survivesTheRound = [](const QStringList &arguments) {
+        QStringList quoted;
+        for (const QString &argument : arguments)
+            quoted.append(kv::quoteArgument(argument));
+        return kv::splitCommandLine(quoted.join(QLatin1Char(' '))) == arguments;
+    };
     const QString text = kvfuzz::utf16Of(data, size);
-
     // A NUL cannot be part of an argument, so it separates the arguments of the first round.
-    const QStringList arguments = text.split(QChar(u'\0'));
-    KV_FUZZ_CHECK(kv::splitCommandLine(joinQuoted(arguments)) == arguments);
-
-    const QStringList split = kv::splitCommandLine(text);
-    KV_FUZZ_CHECK(kv::splitCommandLine(joinQuoted(split)) == split);
+    KV_FUZZ_CHECK(survivesTheRound(text.split(QChar(u'\0'))));
+    KV_FUZZ_CHECK(survivesTheRound(kv::splitCommandLine(text)));
     return 0;
 }

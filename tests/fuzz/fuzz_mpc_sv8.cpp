@@ -1,7 +1,7 @@
 // The Musepack stream-version-8 packet walk: the input follows the "MPCK" signature, so every
 // execution reaches the packets instead of first having to find the signature.
+#include "fuzzing.h"
 #include "media/mpcreader.h"
-#include "readerfuzzing.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {

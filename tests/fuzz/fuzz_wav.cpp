@@ -1,9 +1,5 @@
 // The WAV reader: a PCM header in the first 44 bytes or no row.
+#include "fuzzing.h"
 #include "media/wavreader.h"
-#include "readerfuzzing.h"
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
-{
-    kvfuzz::checkReader(kv::readWavInfo, kvfuzz::bytesOf(data, size));
-    return 0;
-}
+KV_FUZZ_READER(kv::readWavInfo)

@@ -1,6 +1,7 @@
 #pragma once
-
-#include <cstddef>
+// Every target defines the entry below: libFuzzer calls it in the fuzzing build, replaymain.cpp
+// over the kept inputs in the ordinary test run.
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -9,34 +10,51 @@
 #include <QByteArray>
 #include <QString>
 
-// Every target defines this entry: libFuzzer calls it in the fuzzing build, the replay driver
-// calls it over the kept inputs in the ordinary test run.
+#include "media/mediainfo.h"
+#include "platform/bytesource.h"
+
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size);
+
+// A broken property is a crash, which libFuzzer and the replay both report with the input.
+#define KV_FUZZ_CHECK(condition) \
+    ((condition) ? void(0) : (std::fprintf(stderr, "%s:%d: property broken: %s\n", __FILE__, __LINE__, #condition), std::abort()))
 
 namespace kvfuzz {
 
-// A broken property is a crash, which libFuzzer and the replay both report with the input.
-[[noreturn]] inline void fail(const char *what, const char *file, int line)
-{
-    std::fprintf(stderr, "%s:%d: property broken: %s\n", file, line, what);
-    std::abort();
-}
+inline QByteArray bytesOf(const std::uint8_t *data, std::size_t size) { return QByteArray(reinterpret_cast<const char *>(data), qsizetype(size)); }
 
-inline QByteArray bytesOf(const std::uint8_t *data, std::size_t size)
-{
-    return QByteArray(reinterpret_cast<const char *>(data), static_cast<qsizetype>(size));
-}
-
-// The input as UTF-16 code units, lone surrogates included: names and command lines may hold
-// any of them. Copied, since the input need not be aligned for char16_t.
+// The input as UTF-16 code units, lone surrogates included: names and command lines may hold any
+// of them. Copied, since the input need not be aligned for char16_t.
 inline QString utf16Of(const std::uint8_t *data, std::size_t size)
 {
-    QString text(static_cast<qsizetype>(size / 2), Qt::Uninitialized);
+    QString text(qsizetype(size / 2), Qt::Uninitialized);
     std::memcpy(text.data(), data, (size / 2) * 2);
     return text;
 }
 
+// Hands out at most a few bytes per read, as a pipe or a network file system may: a reader must
+// gather what it needs instead of trusting one read to fill its buffer.
+struct TricklingByteSource : kv::MemoryByteSource
+{
+    using MemoryByteSource::MemoryByteSource;
+    std::int64_t read(std::int64_t offset, char *dst, std::int64_t n) override { return MemoryByteSource::read(offset, dst, std::min<std::int64_t>(n, 7)); }
+};
+
+// A reader never throws, a row starts with the file's name, and the row does not depend on how
+// the bytes arrive or on what an earlier file left behind.
+inline std::optional<kv::MediaInfo> checkReader(std::optional<kv::MediaInfo> (*read)(const QString &, kv::ByteSource &), const QByteArray &bytes)
+{
+    const QString name = QStringLiteral("input.bin");
+    kv::MemoryByteSource whole(bytes);
+    TricklingByteSource trickle(bytes);
+    const std::optional<kv::MediaInfo> row = read(name, whole);
+    KV_FUZZ_CHECK(!row || (*row)[kv::MediaInfo::Name] == name);
+    KV_FUZZ_CHECK(read(name, trickle) == row);
+    return row;
+}
+
 } // namespace kvfuzz
 
-#define KV_FUZZ_CHECK(condition) \
-    ((condition) ? void(0) : kvfuzz::fail(#condition, __FILE__, __LINE__))
+// The entry of a target that checks one reader on the input as it is.
+#define KV_FUZZ_READER(read) \
+    extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) { return kvfuzz::checkReader(read, kvfuzz::bytesOf(data, size)), 0; }

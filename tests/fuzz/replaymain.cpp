@@ -1,7 +1,6 @@
 // Runs a fuzz target's entry over every file below the folders given (its seeds and the inputs
 // kept from earlier findings), so the ordinary test run replays them without libFuzzer.
 #include <algorithm>
-#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -17,11 +16,6 @@ int main(int argc, char **argv)
             if (entry.is_regular_file())
                 inputs.push_back(entry.path());
     std::sort(inputs.begin(), inputs.end());
-    // No input at all means a wrong folder, not a pass.
-    if (inputs.empty()) {
-        std::fprintf(stderr, "no inputs found\n");
-        return 1;
-    }
     for (const auto &path : inputs) {
         std::ifstream file(path, std::ios::binary);
         const std::vector<char> bytes{std::istreambuf_iterator<char>(file), {}};
@@ -29,5 +23,5 @@ int main(int argc, char **argv)
         LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t *>(bytes.data()), bytes.size());
     }
     std::printf("%zu inputs replayed\n", inputs.size());
-    return 0;
+    return inputs.empty(); // no input at all means a wrong folder, not a pass
 }

@@ -5,7 +5,6 @@
 #include <QLocale>
 
 #include "settings/configfile.h"
-#include "settings/startupsettings.h"
 #include "support/qtprinters.h"
 
 using namespace kv;
@@ -14,30 +13,28 @@ using R = ConfigRecord;
 namespace {
 
 const QString kPath = QStringLiteral("/opt/kv/kestrvan.cfg");
-const QLocale kPoint(QLocale::English, QLocale::UnitedStates);
 
-// The one file the configuration code touches, in memory; a read-only one refuses every write.
+// The one file the configuration code touches, in memory.
 struct OneFile : Files
 {
-    explicit OneFile(std::optional<QByteArray> b = {}, bool ro = false) : bytes(std::move(b)), readOnly(ro) {}
     std::optional<QByteArray> bytes;
-    bool readOnly;
     std::optional<std::int64_t> fileSize(const QString &) override { return bytes ? std::optional<std::int64_t>(bytes->size()) : std::nullopt; }
     std::unique_ptr<ByteSource> open(const QString &) override { return nullptr; }
     RemoveResult remove(const QString &) override { return RemoveResult::OtherError; }
     std::optional<QByteArray> readAll(const QString &) override { return bytes; }
-    bool writeAtStart(const QString &, const QByteArray &b) override { if (!readOnly) bytes = b; return !readOnly; }
+    bool writeAtStart(const QString &, const QByteArray &b) override { return bytes = b, true; }
 };
 
 struct Loaded
 {
-    explicit Loaded(const QByteArray &bytes) { OneFile file(bytes); completed = LoadConfig(kPath, file, controls, record); }
-    SettingsControls controls{kPoint};
+    explicit Loaded(const QByteArray &bytes) { file.bytes = bytes; completed = LoadConfig(kPath, file, controls, record); }
+    OneFile file;
+    SettingsControls controls{QLocale(QLocale::English, QLocale::UnitedStates)};
     ConfigRecord record;
     bool completed = false;
 };
 
-QByteArray save(const SettingsControls &c, ConfigRecord record = {})
+QByteArray save(const SettingsControls &c, ConfigRecord record)
 {
     OneFile file;
     EXPECT_TRUE(SaveConfig(kPath, file, c, record));
@@ -99,6 +96,7 @@ TEST(ConfigFile, GoldenRecordReadAndWrittenBack)
     EXPECT_EQ(l.controls.startFolder(), QStringLiteral("  /Музыка Ёё№€/日😀 "));
 }
 
+// 2185 pixels overflow 16 bits in twips; 2184 is the widest that fits.
 TEST(ConfigFile, OverflowingWidthStopsTheLoadAfterLeftAndTop)
 {
     R r;
@@ -112,7 +110,44 @@ TEST(ConfigFile, OverflowingWidthStopsTheLoadAfterLeftAndTop)
     EXPECT_EQ(placeAndTab(l.controls), QList<int>({150, 300, 12000, 9000, 1}));
     EXPECT_EQ(l.controls.settings(), EncoderSettings());
     EXPECT_EQ(l.controls.lblMpc(), QStringLiteral("--quality 6")); // the slider's label is never blank
-    r.setInt16(R::kWindowWidth, 2184); // the widest that fits
+    r.setInt16(R::kWindowWidth, 2184);
     EXPECT_TRUE(Loaded(r.bytes()).completed);
 }
 
+// Each row: the option text and the estimate of one encoder. The forecast at every value a
+// control can take is in the window's record; the quality rows here hold the numbers of the
+// option text. The defaults are in the options command's tests, which print both.
+TEST(OptionTextAndEstimate, ByEncoderAndMode)
+{
+    const auto ogg = [](int q) { return EncoderSettings{.ogg = {.qualityTenths = q}}; };
+    const auto mpc = [](int q) { return EncoderSettings{.mpc = {.mode = 1, .qualityTenths = q}}; };
+    const struct { Encoder encoder; EncoderSettings settings; const char *text; int kbps; } cases[] = {
+        {Encoder::Mp3, {.mp3 = {.mode = 1, .abrKbps = 128}}, "--preset 128 --silent --priority", 128},
+        {Encoder::Mp3, {.mp3 = {.mode = 1, .abrKbps = 300}}, "--preset 300 --silent --priority", 300},
+        // Constant bit rates: the first entry and the last, whose number is " 8".
+        {Encoder::Mp3, {.mp3 = {.mode = 2, .cbrIndex = 0}}, "--preset cbr 320 --silent --priority", 320},
+        {Encoder::Mp3, {.mp3 = {.mode = 2, .cbrIndex = 16}}, "--preset cbr 8 --silent --priority", 8},
+        // Only blanks are trimmed.
+        {Encoder::Mp3, {.mp3 = {.mode = 3, .commandLine = QStringLiteral("\t-V 2 ")}}, "\t-V 2 --silent --priority", 224},
+        {Encoder::Ogg, ogg(-5), "--quiet --quality -0.5", 54}, // 54.5 goes to the even neighbour
+        {Encoder::Ogg, ogg(-1), "--quiet --quality -0.1", 62},
+        {Encoder::Ogg, ogg(39), "--quiet --quality 3.9", 126},
+        {Encoder::Ogg, ogg(100), "--quiet --quality 10", 500},
+        {Encoder::Ogg, {.ogg = {.mode = 1, .abrKbps = 256}}, "--quiet --bitrate 256", 256},
+        {Encoder::Ogg, {.ogg = {.mode = 2, .commandLine = QStringLiteral(" -q 3 ")}}, "--quiet -q 3", 224},
+        {Encoder::Mpc, {.mpc = {.presetIndex = 6}}, "--overwrite --silent --telephone", 60},
+        // One past the end of a preset list (a damaged configuration): no preset at all.
+        {Encoder::Mp3, {.mp3 = {.presetIndex = 4}}, " --silent --priority", 0},
+        {Encoder::Mpc, {.mpc = {.presetIndex = 7}}, "--overwrite --silent ", 0},
+        {Encoder::Mpc, mpc(0), "--overwrite --silent --quality 0", 20},
+        {Encoder::Mpc, mpc(19), "--overwrite --silent --quality 1.9", 58},
+        {Encoder::Mpc, mpc(100), "--overwrite --silent --quality 10", 330},
+        {Encoder::Mpc, {.mpc = {.mode = 2, .commandLine = QStringLiteral(" --xlevel ")}}, "--overwrite --silent --xlevel", 224},
+    };
+    for (const auto &c : cases) {
+        EXPECT_EQ(OptionTextBuilder().BuildOptionText(c.encoder, c.settings), QString::fromUtf8(c.text));
+        BitrateEstimates e;
+        EstimateBitrates(c.settings, e);
+        EXPECT_EQ(c.encoder == Encoder::Mp3 ? e.mp3 : c.encoder == Encoder::Ogg ? e.ogg : e.mpc, c.kbps) << c.text;
+    }
+}
