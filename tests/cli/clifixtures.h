@@ -5,9 +5,7 @@
 
 #include <optional>
 
-#include <fcntl.h>
 #include <linux/capability.h>
-#include <pty.h>
 #include <sys/prctl.h>
 #include <unistd.h>
 
@@ -46,14 +44,11 @@ inline QString cliPath()
     return path;
 }
 
-// errOnTerminal sends standard error to a pseudo-terminal; dataHome gives the run a desktop trash
-// of its own; unprivileged takes away root's right to read and search whatever it likes.
+// unprivileged takes away root's right to read and search whatever it likes.
 struct CliRun
 {
     const char *locale = "C.UTF-8";
-    bool errOnTerminal = false;
     QString program = cliPath();
-    QString dataHome;
     bool unprivileged = false;
     QStringList env; // NAME=value
 };
@@ -62,11 +57,14 @@ inline void startCli(QProcess &p, const QStringList &args, const CliRun &how = {
 {
     QProcessEnvironment e = QProcessEnvironment::systemEnvironment();
     e.insert(u"LC_ALL"_s, QLatin1String(how.locale));
-    if (!how.dataHome.isEmpty())
-        e.insert(u"XDG_DATA_HOME"_s, how.dataHome);
     for (const QString &variable : how.env)
         e.insert(variable.section(u'=', 0, 0), variable.section(u'=', 1));
     p.setProcessEnvironment(e);
+    if (how.unprivileged && ::geteuid() == 0)
+        p.setChildProcessModifier([] {
+            if (::prctl(PR_CAPBSET_DROP, CAP_DAC_OVERRIDE) != 0 || ::prctl(PR_CAPBSET_DROP, CAP_DAC_READ_SEARCH) != 0)
+                ::_exit(100);
+        });
     p.start(how.program, args);
     EXPECT_TRUE(p.waitForStarted()) << p.errorString().toStdString();
 }
@@ -74,45 +72,14 @@ inline void startCli(QProcess &p, const QStringList &args, const CliRun &how = {
 inline CliResult runCli(const QStringList &args, const CliRun &how = {})
 {
     QProcess p;
-    int terminal = -1, childSide = -1;
-    if (how.errOnTerminal) {
-        // Raw, so that the terminal hands back the bytes as written.
-        termios raw {};
-        ::cfmakeraw(&raw);
-        if (::openpty(&terminal, &childSide, nullptr, &raw, nullptr) != 0)
-            return {QString(), u"no pseudo-terminal"_s, -1};
-    }
-    if (childSide >= 0 || how.unprivileged)
-        p.setChildProcessModifier([childSide, drop = how.unprivileged] {
-            if (childSide >= 0)
-                ::dup2(childSide, 2);
-            if (drop && ::geteuid() == 0
-                && (::prctl(PR_CAPBSET_DROP, CAP_DAC_OVERRIDE) != 0 || ::prctl(PR_CAPBSET_DROP, CAP_DAC_READ_SEARCH) != 0))
-                ::_exit(100);
-        });
     startCli(p, args, how);
-    if (childSide >= 0)
-        ::close(childSide);
-    const bool finished = p.waitForFinished(120000);
-    if (!finished) {
+    if (!p.waitForFinished(120000)) {
         p.kill();
         p.waitForFinished();
+        return {QString(), u"timed out"_s};
     }
-    CliResult r{QString::fromUtf8(p.readAllStandardOutput()), QString::fromUtf8(p.readAllStandardError())};
-    if (terminal >= 0) {
-        ::fcntl(terminal, F_SETFL, O_NONBLOCK);
-        QByteArray written;
-        char buf[4096];
-        for (ssize_t n; (n = ::read(terminal, buf, sizeof buf)) > 0;)
-            written.append(buf, n);
-        ::close(terminal);
-        r.err = QString::fromUtf8(written);
-    }
-    if (!finished)
-        r.err = u"timed out"_s;
-    else if (p.exitStatus() == QProcess::NormalExit)
-        r.status = p.exitCode();
-    return r;
+    return {QString::fromUtf8(p.readAllStandardOutput()), QString::fromUtf8(p.readAllStandardError()),
+            p.exitStatus() == QProcess::NormalExit ? p.exitCode() : -1};
 }
 
 // A command line passed byte for byte (the program first), through bash's $'\xHH' quoting:
@@ -203,11 +170,7 @@ struct ProgramCopy
     // A run of the program given, or of this copy.
     CliRun how(const QString &program = {}) const
     {
-        return {.program = program.isEmpty() ? path() : program, .dataHome = dir.filePath(u"data"_s)};
-    }
-    void start(QProcess &p, const QStringList &args, const QString &program = {}) const
-    {
-        startCli(p, program.isEmpty() ? QStringList{u"convert"_s} + args : args, how(program));
+        return {.program = program.isEmpty() ? path() : program, .env = {u"XDG_DATA_HOME="_s + dir.filePath(u"data"_s)}};
     }
     CliResult convert(const QStringList &args) const { return runCli(QStringList{u"convert"_s} + args, how()); }
 };

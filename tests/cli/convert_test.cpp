@@ -57,17 +57,18 @@ TEST(Convert, EndsWhenNothingCanMoveOn)
 }
 
 // On a terminal the line is redrawn in place and wiped at the end, and the run's end rings the
-// bell once, whatever standard output goes to.
+// bell once, whatever standard output goes to (here a file; script gives the run its terminal).
 TEST(Convert, OnATerminalTheProgressLineIsRedrawnInPlaceAndTheEndRingsTheBell)
 {
     QTemporaryDir wavs;
     makeWav(wavs.filePath(u"a.wav"_s));
     makeWav(wavs.filePath(u"b.wav"_s));
-    const CliResult r = runCli({u"convert"_s, u"--to"_s, u"mp3"_s, u"--jobs"_s, u"1"_s, wavs.path()}, {.errOnTerminal = true});
+    const CliResult r = runCli({u"-qec"_s, cliPath() + u" convert --to mp3 --jobs 1 "_s + wavs.path() + u" >"_s + wavs.filePath(u"out"_s),
+                                u"/dev/null"_s}, {.program = u"/usr/bin/script"_s});
     EXPECT_EQ(r.status, 0);
-    EXPECT_TRUE(r.out.endsWith(u"Finished 2 of 2\n"_s)) << r.out.toStdString();
-    EXPECT_EQ(r.err.count(u'\a'), 1);
-    EXPECT_TRUE(reads(r.err, u"\r\\[\\.{24}\\] Finished 0 of 2[^\n]*\r\\[#{24}\\] Finished 2 of 2[^\n]*\r\x1b\\[K"_s));
+    EXPECT_TRUE(bytes(wavs.filePath(u"out"_s)).endsWith("Finished 2 of 2\n"));
+    EXPECT_EQ(r.out.count(u'\a'), 1);
+    EXPECT_TRUE(reads(r.out, u"\r\\[\\.{24}\\] Finished 0 of 2[^\n]*\r\\[#{24}\\] Finished 2 of 2[^\n]*\r\x1b\\[K"_s));
 }
 
 // A job that finished before the hard stop keeps its target and its "Done"; only what still runs
@@ -100,10 +101,10 @@ TEST(Convert, HardStopsKillOnlyWhatStillRuns)
         QFile::remove(pids);
         QProcess p;
         if (run.signal == 0)
-            program.start(p, {u"-c"_s, u"\"$0\" convert --to mp3 --jobs 2 \"$1\" 2>&1 >\"$1/report\" | /usr/bin/head -c 1 > /dev/null;"
-                                       " echo ${PIPESTATUS[0]}"_s, program.path(), wavs.path()}, u"/bin/bash"_s);
+            startCli(p, {u"-c"_s, u"\"$0\" convert --to mp3 --jobs 2 \"$1\" 2>&1 >\"$1/report\" | /usr/bin/head -c 1 > /dev/null;"
+                                  " echo ${PIPESTATUS[0]}"_s, program.path(), wavs.path()}, program.how(u"/bin/bash"_s));
         else
-            program.start(p, {u"--to"_s, u"mp3"_s, u"--jobs"_s, u"2"_s, wavs.path()});
+            startCli(p, {u"convert"_s, u"--to"_s, u"mp3"_s, u"--jobs"_s, u"2"_s, wavs.path()}, program.how());
         ASSERT_EQ(started(2), 2);
         const QString go = wavs.filePath(u"f1.go"_s);
         if (run.signal == SIGINT) { // Ctrl-C, f1 finishes, Ctrl-C
@@ -238,7 +239,7 @@ TEST(Languages, ConvertRunsFollowTheConfiguredLanguage)
         if (c.interrupted) // an encoder that leaves an empty target, then takes a second
             program.fakeLame(": > \"$t\"\n/bin/sleep 1\n");
         QProcess p;
-        program.start(p, {u"--to"_s, u"mp3"_s, u"--jobs"_s, u"1"_s, wavs.path()});
+        startCli(p, {u"convert"_s, u"--to"_s, u"mp3"_s, u"--jobs"_s, u"1"_s, wavs.path()}, program.how());
         for (int i = 0; c.interrupted && i < 1000 && !QFile::exists(wavs.filePath(u"f1.mp3"_s)); ++i)
             QThread::msleep(10);
         if (c.interrupted)
