@@ -28,7 +28,6 @@ struct CliResult
 {
     QString out, err;
     int status = -1;
-    bool operator==(const CliResult &) const = default;
 };
 
 // The built binary, copied beside a link to the built codec folder so that no kestrvan.cfg left
@@ -87,12 +86,8 @@ inline CliResult runCli(const QStringList &args, const CliRun &how = {})
 inline CliResult runBytes(const QByteArrayList &commandLine, CliRun how = {})
 {
     QByteArray script = "exec";
-    for (const QByteArray &arg : commandLine) {
-        script += " $'";
-        for (const char c : arg)
-            script += "\\x" + QByteArray::number(static_cast<uchar>(c), 16);
-        script += '\'';
-    }
+    for (const QByteArray &arg : commandLine)
+        script += " $'" + arg.toPercentEncoding().replace('%', "\\x") + '\'';
     how.program = u"/bin/bash"_s;
     return runCli({u"-c"_s, QString::fromLatin1(script)}, how);
 }
@@ -159,7 +154,6 @@ struct ProgramCopy
     }
     QString path() const { return dir.filePath(u"kestrelvane-cli"_s); }
     QString codec(const char *name) const { return dir.filePath(u"codec/"_s + QLatin1String(name)); }
-    QString trash() const { return dir.filePath(u"data/Trash/files/"_s); }
     // Replaces the MP3 encoder by a shell script (run with no environment: absolute paths only);
     // $t is the target.
     void fakeLame(const QByteArray &script) const

@@ -6,11 +6,6 @@
 
 namespace {
 
-QByteArray cli()
-{
-    return QFile::encodeName(cliPath());
-}
-
 // Names that are not UTF-8 cannot go through QFile's names.
 QByteArray readRaw(const QByteArray &path)
 {
@@ -49,12 +44,13 @@ QStringList rows(const QString &out)
 TEST(NamesNotUtf8, ListAndConvertBothWaysWithRealCodecs)
 {
     RawTemporaryDir root;
+    const QByteArray cli = QFile::encodeName(cliPath());
     const QByteArray folder = QFile::encodeName(root.path()) + "/\xCC\xF3\xE7\xFB\xEA\xE0"; // "Музыка"
     ASSERT_EQ(::mkdir(folder.constData(), 0755), 0);
     const QByteArray russian = "\xCF\xE5\xF1\xED\xFF", latin = "caf\xE9"; // "Песня", "café"
     for (const QByteArray &name : {russian, latin})
         linkWav(folder + '/' + name + ".wav");
-    const CliResult listed = runBytes({cli(), "list", folder});
+    const CliResult listed = runBytes({cli, "list", folder});
     EXPECT_EQ(listed.status, 0) << listed.err.toStdString();
     const QString tail = u".wav\t172\t0:00:01\t1411\t44100\tStereo"_s;
     EXPECT_EQ(rows(listed.out), QStringList({u"caf\uFFFD"_s + tail, QString(5, QChar(0xFFFD)) + tail}));
@@ -69,7 +65,7 @@ TEST(NamesNotUtf8, ListAndConvertBothWaysWithRealCodecs)
     for (const QByteArray &name : {russian, latin}) {
         EXPECT_GT(readRaw(folder + '/' + name + ".mp3").size(), 1000) << name.toHex().constData();
         ASSERT_EQ(::unlink((folder + '/' + name + ".wav").constData()), 0);
-        const CliResult decoded = runBytes({cli(), "convert", "--to", "wav", "--from", "mp3", folder, name + ".mp3"});
+        const CliResult decoded = runBytes({cli, "convert", "--to", "wav", "--from", "mp3", folder, name + ".mp3"});
         EXPECT_EQ(decoded.status, 0) << decoded.out.toStdString() << decoded.err.toStdString();
         EXPECT_EQ(rows(decoded.out).size(), 2) << decoded.out.toStdString(); // the job and "Finished 1 of 1"
         EXPECT_TRUE(readRaw(folder + '/' + name + ".wav").startsWith("RIFF")) << name.toHex().constData();
@@ -81,20 +77,20 @@ TEST(NamesNotUtf8, ListAndConvertBothWaysWithRealCodecs)
 TEST(NamesWithControlCharacters, EscapedInListConvertAndMessages)
 {
     RawTemporaryDir dir;
-    const QByteArray root = QFile::encodeName(dir.path()) + '/';
+    const QByteArray cli = QFile::encodeName(cliPath()), root = QFile::encodeName(dir.path()) + '/';
     // DEL, U+0085 and U+009F are controls too, the last two the first and the last of C1; U+00A0 is
     // not, nor is Thai (three bytes, the first 0xE0).
     for (const char *name : {"tab\tname.wav", "line\nbreak.wav", "back\\slash.wav", "esc\x1b\x7f\r.wav", "nel\xC2\x85.wav",
                              "apc\xC2\x9F.wav", "nbsp\xC2\xA0.wav", "thai\xE0\xB9\x80.wav"})
         linkWav(root + name);
-    const CliResult listed = runBytes({cli(), "list", root});
+    const CliResult listed = runBytes({cli, "list", root});
     EXPECT_EQ(listed.status, 0);
     QStringList expected{u"apc\\xc2\\x9f"_s, u"back\\\\slash"_s, u"esc\\x1b\\x7f\\r"_s, u"line\\nbreak"_s, u"nbsp\u00A0"_s,
                          u"nel\\xc2\\x85"_s, u"tab\\tname"_s, u"thai\u0E40"_s};
     EXPECT_EQ(rows(listed.out), expected.replaceInStrings(QRegularExpression(u"$"_s), u".wav\t172\t0:00:01\t1411\t44100\tStereo"_s));
 
     // Named jobs run in list order.
-    const CliResult converted = runBytes({cli(), "convert", "--to", "ogg", root, "tab\tname.wav", "line\nbreak.wav"});
+    const CliResult converted = runBytes({cli, "convert", "--to", "ogg", root, "tab\tname.wav", "line\nbreak.wav"});
     EXPECT_EQ(converted.status, 0) << converted.err.toStdString();
     const QStringList jobs = rows(converted.out);
     ASSERT_EQ(jobs.size(), 3) << converted.out.toStdString();
@@ -105,12 +101,12 @@ TEST(NamesWithControlCharacters, EscapedInListConvertAndMessages)
     ASSERT_EQ(::mkdir((root + "shut\tfolder").constData(), 0), 0);
     const QByteArray program = root + "prog\t\xE9/";
     ASSERT_EQ(::mkdir(program.constData(), 0700), 0);
-    ASSERT_EQ(::link(cli().constData(), (program + "kestrelvane-cli").constData()), 0);
+    ASSERT_EQ(::link(cli.constData(), (program + "kestrelvane-cli").constData()), 0);
     QStringList lines;
     for (const QByteArrayList &commandLine :
-         {QByteArrayList{cli(), "convert", "--to", "ogg", root + "in\tfolder/", "no\tsuch\\.wav"},
-          {cli(), "list", root + "gone\n\xE9"}, {cli(), "list", root + "tab\tname.wav"}, {cli(), "list", "--kind", "x\ty", root},
-          {cli(), "list", root + "shut\tfolder"}, {cli(), "convert", "--to", "mp3", root + "shut\tfolder"}, {cli(), "li\tst"},
+         {QByteArrayList{cli, "convert", "--to", "ogg", root + "in\tfolder/", "no\tsuch\\.wav"},
+          {cli, "list", root + "gone\n\xE9"}, {cli, "list", root + "tab\tname.wav"}, {cli, "list", "--kind", "x\ty", root},
+          {cli, "list", root + "shut\tfolder"}, {cli, "convert", "--to", "mp3", root + "shut\tfolder"}, {cli, "li\tst"},
           {program + "kestrelvane-cli", "convert", "--to", "mp3", root}})
         lines += shown(QString::fromUtf8(commandLine.join(' ')).replace(cliPath(), u"kestrelvane-cli"_s),
                        runBytes(commandLine, {.unprivileged = true}));
