@@ -1,17 +1,8 @@
-#include <fstream>
-
 #include <sys/stat.h>
 
 #include "clifixtures.h"
 
 namespace {
-
-// Names that are not UTF-8 cannot go through QFile's names.
-QByteArray readRaw(const QByteArray &path)
-{
-    std::ifstream f(path.constData(), std::ios::binary);
-    return QByteArray::fromStdString(std::string(std::istreambuf_iterator<char>(f), {}));
-}
 
 // A temporary folder that may come to hold names that are not UTF-8, which QTemporaryDir cannot
 // remove: rm does.
@@ -27,7 +18,8 @@ struct RawTemporaryDir : QTemporaryDir
 // the command line by its own bytes), refused and reported, with U+FFFD for each byte that is not
 // UTF-8 and every control escaped wherever a name is shown. DEL, U+0085 and U+009F are controls
 // too, the last two the first and the last of C1; U+00A0 is not, nor is Thai (three bytes, the
-// first 0xE0). Job times, progress lines and the free space vary, and are left out.
+// first 0xE0). Sizes and times of jobs (sox dithers), progress lines and the free space vary,
+// and are left out.
 TEST(Names, NotUtf8OrWithControlCharactersListConvertAndShowEscaped)
 {
     RawTemporaryDir dir;
@@ -55,8 +47,8 @@ TEST(Names, NotUtf8OrWithControlCharactersListConvertAndShowEscaped)
     for (const QByteArray &name : {russian, QByteArray("caf\xE9")}) {
         ASSERT_EQ(::unlink((music + name + ".wav").constData()), 0);
         run({cli, "convert", "--to", "wav", "--from", "mp3", music, name + ".mp3"});
-        EXPECT_TRUE(readRaw(music + name + ".wav").startsWith("RIFF")) << name.toHex().constData();
     }
+    run({cli, "list", music}); // the two decoded again among them
     for (const QByteArrayList &commandLine :
          {QByteArrayList{cli, "convert", "--to", "ogg", root + "in\tfolder/", "no\tsuch\\.wav"},
           {cli, "list", root + "gone\n\xE9"}, {cli, "list", music + "tab\tname.wav"}, {cli, "list", "--kind", "x\ty", root},
@@ -64,7 +56,7 @@ TEST(Names, NotUtf8OrWithControlCharactersListConvertAndShowEscaped)
           {root + "prog\t\xE9/kestrelvane-cli", "convert", "--to", "ogg", music}})
         run(commandLine);
     lines.removeIf([](const QString &line) { return line.startsWith(u"2> ["_s); }); // the progress, timed
-    lines.replaceInStrings(QRegularExpression(u"^(Free Disk Space: ).*|(\tDone\t.*\t)\\d+:\\d\\d:\\d\\d$"_s), u"\\1\\2<varies>"_s);
+    lines.replaceInStrings(QRegularExpression(u"^(Free Disk Space: ).*|(\tDone\t).*"_s), u"\\1\\2<varies>"_s);
     kv::test::expectAsRecorded(u"cli-names"_s, lines, dir.path());
-    EXPECT_TRUE(readRaw(music + "tab\tname.ogg").isEmpty());
+    EXPECT_NE(::access((music + "tab\tname.ogg").constData(), F_OK), 0);
 }
