@@ -1,13 +1,9 @@
 #pragma once
 
-// Runs of the built kestrelvane-cli, and the files and program copies that several CLI tests set
-// up alike.
+// Runs of the built kestrelvane-cli, and the files and program copies that several tests set up
+// alike.
 
-#include <optional>
-
-#include <fcntl.h>
 #include <linux/capability.h>
-#include <pty.h>
 #include <sys/prctl.h>
 #include <unistd.h>
 
@@ -15,15 +11,21 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QProcess>
+#include <QRegularExpression>
 #include <QTemporaryDir>
+#include <QThread>
+
+#include "support/qtprinters.h"
+#include "support/recorded.h"
+
+using namespace Qt::StringLiterals;
 
 struct CliResult
 {
-    QString out;
-    QString err;
+    QString out, err;
     int status = -1;
-    bool operator==(const CliResult &) const = default;
 };
 
 // The built binary, copied beside a link to the built codec folder so that no kestrvan.cfg left
@@ -32,33 +34,34 @@ inline QString cliPath()
 {
     static QTemporaryDir dir;
     static const QString path = [] {
-        const QString built = QStringLiteral(KV_BIN_DIR "/");
-        QFile::copy(built + QStringLiteral("kestrelvane-cli"), dir.filePath(QStringLiteral("kestrelvane-cli")));
-        QFile::link(built + QStringLiteral("codec"), dir.filePath(QStringLiteral("codec")));
-        return dir.filePath(QStringLiteral("kestrelvane-cli"));
+        QFile::copy(QStringLiteral(KV_BIN_DIR "/kestrelvane-cli"), dir.filePath(u"kestrelvane-cli"_s));
+        QFile::link(QStringLiteral(KV_BIN_DIR "/codec"), dir.filePath(u"codec"_s));
+        return dir.filePath(u"kestrelvane-cli"_s);
     }();
     return path;
 }
 
-// How a run starts: errOnTerminal sends standard error to a pseudo-terminal, as when a user runs
-// the program in one; dataHome gives it a desktop trash of its own; unprivileged takes away root's
-// right to read and search whatever it likes, where the tests run as root.
+// unprivileged takes away root's right to read and search whatever it likes.
 struct CliRun
 {
     const char *locale = "C.UTF-8";
-    bool errOnTerminal = false;
     QString program = cliPath();
-    QString dataHome;
     bool unprivileged = false;
+    QStringList env; // NAME=value
 };
 
 inline void startCli(QProcess &p, const QStringList &args, const CliRun &how = {})
 {
     QProcessEnvironment e = QProcessEnvironment::systemEnvironment();
-    e.insert(QStringLiteral("LC_ALL"), QLatin1String(how.locale));
-    if (!how.dataHome.isEmpty())
-        e.insert(QStringLiteral("XDG_DATA_HOME"), how.dataHome);
+    e.insert(u"LC_ALL"_s, QLatin1String(how.locale));
+    for (const QString &variable : how.env)
+        e.insert(variable.section(u'=', 0, 0), variable.section(u'=', 1));
     p.setProcessEnvironment(e);
+    if (how.unprivileged && ::geteuid() == 0)
+        p.setChildProcessModifier([] {
+            if (::prctl(PR_CAPBSET_DROP, CAP_DAC_OVERRIDE) != 0 || ::prctl(PR_CAPBSET_DROP, CAP_DAC_READ_SEARCH) != 0)
+                ::_exit(100);
+        });
     p.start(how.program, args);
     EXPECT_TRUE(p.waitForStarted()) << p.errorString().toStdString();
 }
@@ -66,47 +69,41 @@ inline void startCli(QProcess &p, const QStringList &args, const CliRun &how = {
 inline CliResult runCli(const QStringList &args, const CliRun &how = {})
 {
     QProcess p;
-    int terminal = -1, childSide = -1;
-    if (how.errOnTerminal) {
-        // Raw, so that the terminal hands back the bytes as written; no more than a line or two
-        // of progress, well within what it buffers before the program would wait.
-        termios raw {};
-        ::cfmakeraw(&raw);
-        if (::openpty(&terminal, &childSide, nullptr, &raw, nullptr) != 0)
-            return {QString(), QStringLiteral("no pseudo-terminal"), -1};
-    }
-    // Only where a run asks for it; other runs start the program untouched, as before.
-    if (childSide >= 0 || how.unprivileged)
-        p.setChildProcessModifier([childSide, drop = how.unprivileged] {
-            if (childSide >= 0)
-                ::dup2(childSide, 2);
-            if (drop && ::geteuid() == 0
-                && (::prctl(PR_CAPBSET_DROP, CAP_DAC_OVERRIDE) != 0 || ::prctl(PR_CAPBSET_DROP, CAP_DAC_READ_SEARCH) != 0))
-                ::_exit(100);
-        });
     startCli(p, args, how);
-    if (childSide >= 0)
-        ::close(childSide);
-    const bool finished = p.waitForFinished(120000);
-    if (!finished) {
+    if (!p.waitForFinished(120000)) {
         p.kill();
         p.waitForFinished();
+        return {QString(), u"timed out"_s};
     }
-    CliResult r{QString::fromUtf8(p.readAllStandardOutput()), QString::fromUtf8(p.readAllStandardError())};
-    if (terminal >= 0) {
-        ::fcntl(terminal, F_SETFL, O_NONBLOCK);
-        QByteArray written;
-        char buf[4096];
-        for (ssize_t n; (n = ::read(terminal, buf, sizeof buf)) > 0;)
-            written.append(buf, n);
-        ::close(terminal);
-        r.err = QString::fromUtf8(written);
+    return {QString::fromUtf8(p.readAllStandardOutput()), QString::fromUtf8(p.readAllStandardError()),
+            p.exitStatus() == QProcess::NormalExit ? p.exitCode() : -1};
+}
+
+// A command line passed byte for byte (the program first), through bash's $'\xHH' quoting:
+// QProcess would pass it as UTF-8, which names that are not UTF-8 must do without.
+inline CliResult runBytes(const QByteArrayList &commandLine, CliRun how = {})
+{
+    QByteArray script = "exec";
+    for (const QByteArray &arg : commandLine)
+        script += " $'" + arg.toPercentEncoding().replace('%', "\\x") + '\'';
+    how.program = u"/bin/bash"_s;
+    return runCli({u"-c"_s, QString::fromLatin1(script)}, how);
+}
+
+// A run as a record shows it: the command and its status, standard output, then standard error
+// with each line marked "2>".
+inline QStringList shown(const QString &command, const CliResult &r)
+{
+    QStringList lines{u"$ "_s + QString(command).replace(u'\t', u"\\t"_s).replace(u'\n', u"\\n"_s)
+                      + u" (status %1)"_s.arg(r.status)};
+    for (auto [text, mark] : {std::pair(r.out, u""_s), std::pair(r.err, u"2> "_s)}) {
+        if (text.isEmpty())
+            continue;
+        text = text.endsWith(u'\n') ? text.chopped(1) : text + u" [no newline at the end]"_s;
+        for (const QString &line : text.split(u'\n'))
+            lines += mark + line;
     }
-    if (!finished)
-        r.err = QStringLiteral("timed out");
-    else if (p.exitStatus() == QProcess::NormalExit)
-        r.status = p.exitCode();
-    return r;
+    return lines;
 }
 
 inline QByteArray bytes(const QString &path)
@@ -122,12 +119,10 @@ inline void write(const QString &path, const QByteArray &data)
 }
 
 // A 440 Hz sine, 16-bit stereo, made by sox.
-inline void makeWav(const QString &path, const char *rate = "-r44100", const char *seconds = "1")
+inline void makeWav(const QString &path, const char *seconds = "1")
 {
-    ASSERT_EQ(QProcess::execute(QStringLiteral("/usr/bin/sox"),
-                                {QStringLiteral("-n"), QLatin1String(rate), QStringLiteral("-c2"), QStringLiteral("-b16"), path,
-                                 QStringLiteral("synth"), QLatin1String(seconds), QStringLiteral("sine"), QStringLiteral("440")}),
-              0);
+    const QStringList args{u"-n"_s, u"-r44100"_s, u"-c2"_s, u"-b16"_s, path, u"synth"_s, QLatin1String(seconds), u"sine"_s, u"440"_s};
+    ASSERT_EQ(QProcess::execute(u"/usr/bin/sox"_s, args), 0);
 }
 
 // A configuration record of zeros (the smallest settings, English) with some bytes set: {offset, value}.
@@ -145,33 +140,25 @@ struct ProgramCopy
 {
     QTemporaryDir dir;
 
-    explicit ProgramCopy(std::optional<char> language = std::nullopt)
+    explicit ProgramCopy(int language = -1)
     {
         QFile::copy(cliPath(), path());
-        QDir().mkpath(dir.filePath(QStringLiteral("codec")));
-        for (const char *name : {"lame", "madplay", "mppenc", "mppdec", "oggenc2", "oggdec"})
-            QFile::copy(QStringLiteral(KV_BIN_DIR "/codec/") + QLatin1String(name), codec(name));
-        if (language)
-            write(dir.filePath(QStringLiteral("kestrvan.cfg")), record({{1, *language}}));
+        QProcess::execute(u"/bin/cp"_s, {u"-r"_s, QStringLiteral(KV_BIN_DIR "/codec"), dir.path()});
+        if (language >= 0)
+            write(dir.filePath(u"kestrvan.cfg"_s), record({{1, language}}));
     }
-    QString path() const { return dir.filePath(QStringLiteral("kestrelvane-cli")); }
-    QString codec(const char *name) const { return dir.filePath(QStringLiteral("codec/") + QLatin1String(name)); }
-    QString trash() const { return dir.filePath(QStringLiteral("data/Trash/files/")); }
+    QString path() const { return dir.filePath(u"kestrelvane-cli"_s); }
     // Replaces the MP3 encoder by a shell script (run with no environment: absolute paths only);
     // $t is the target.
     void fakeLame(const QByteArray &script) const
     {
-        write(codec("lame"), "#!/bin/sh\nfor a do t=$a; done\n" + script);
-        QFile::setPermissions(codec("lame"), QFile::ReadOwner | QFile::ExeOwner);
+        write(dir.filePath(u"codec/lame"_s), "#!/bin/sh\nfor a do t=$a; done\n" + script);
+        QFile::setPermissions(dir.filePath(u"codec/lame"_s), QFile::ReadOwner | QFile::ExeOwner);
     }
-    // A run of `convert` with args, or of the program given with its arguments.
+    // A run of the program given, or of this copy.
     CliRun how(const QString &program = {}) const
     {
-        return {.program = program.isEmpty() ? path() : program, .dataHome = dir.filePath(QStringLiteral("data"))};
+        return {.program = program.isEmpty() ? path() : program, .env = {u"XDG_DATA_HOME="_s + dir.filePath(u"data"_s)}};
     }
-    void start(QProcess &p, const QStringList &args, const QString &program = {}) const
-    {
-        startCli(p, program.isEmpty() ? QStringList{QStringLiteral("convert")} + args : args, how(program));
-    }
-    CliResult convert(const QStringList &args) const { return runCli(QStringList{QStringLiteral("convert")} + args, how()); }
+    CliResult convert(const QStringList &args) const { return runCli(QStringList{u"convert"_s} + args, how()); }
 };
