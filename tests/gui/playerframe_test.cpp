@@ -284,7 +284,7 @@ TEST(Accessibility, ToggleAndPressActionsRunTheirCommands)
     ASSERT_TRUE(s.waitPlayed(2));
     EXPECT_EQ(s.played(), QStringList({mp3("long1.mp3"), mp3("long2.mp3")}));
     act("imPlay_1", press);
-    ASSERT_TRUE(s.goneSoon());
+    ASSERT_TRUE(s.waitFor([&] { return std::ranges::none_of(s.pids(), alive); }));
 
     act("tbMain_4", press); // Make Wav, of every file
     ASSERT_TRUE(s.waitFor([&] { return s.w("frEncode")->isVisible(); }));
