@@ -4,7 +4,6 @@
 #include <set>
 
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include "platform/nativenames.h"
 #include "settings/configrecord.h"
@@ -72,7 +71,6 @@ struct Session : WindowRig
     }
 
     QString at(const char *below) const { return music + u'/' + QString::fromUtf8(below); }
-    QString label(const char *name) const { return w<QLabel>(name)->text(); }
     QTreeView *tree() const { return w<QTreeView>("tvMain"); }
     QAbstractItemModel *list() const { return w<QTreeView>("lstMain")->model(); }
     QToolButton *language() const { return w<QToolButton>("stbMain_7"); }
@@ -123,39 +121,41 @@ struct Session : WindowRig
     // What the window shows, a line per part; the free space, which the machine decides, left out.
     QStringList shown()
     {
-        QStringList bar, rows, statistics, status, options{w<QTabBar>("TabOpt")->tabText(w<QTabBar>("TabOpt")->currentIndex())};
-        for (int p : {MakeMp3, MakeOgg, MakeMpc, MakeWav, MakeAll, ShowWav, ShowMp3, ShowOgg, ShowMpc})
-            bar.append(toolbar(p)->text() + (toolbar(p)->isChecked() ? u"*"_s : QString()) + (toolbar(p)->isEnabled() ? QString() : u" (off)"_s));
-        for (int r = 0; r < list()->rowCount(); ++r)
-            rows.append((list()->index(r, 0).data(Qt::CheckStateRole).toInt() == Qt::Checked ? u"+"_s : QString()) + list()->index(r, 0).data().toString());
-        auto *grid = qobject_cast<QGridLayout *>(w("frInfo")->layout());
-        for (int r = 0; grid->itemAtPosition(r, 0) != nullptr; ++r)
-            statistics.append(qobject_cast<QLabel *>(grid->itemAtPosition(r, 0)->widget())->text() + u' '
-                              + qobject_cast<QLabel *>(grid->itemAtPosition(r, 1)->widget())->text());
-        for (const char *panel : {"stbMain_1", "stbMain_3", "stbMain_4", "stbMain_5", "stbMain_6", "stbMain_7", "stbMain_8"})
-            status.append(w(panel)->property("text").toString().trimmed());
-        // The option controls in view, captions left out.
-        for (QWidget *c : w("frOptions")->findChildren<QWidget *>())
-            if (const QString value = qobject_cast<QComboBox *>(c) ? qobject_cast<QComboBox *>(c)->currentText()
-                                      : qobject_cast<QSlider *>(c) ? QString::number(qobject_cast<QSlider *>(c)->value())
-                                      : qobject_cast<QLineEdit *>(c) || (qobject_cast<QLabel *>(c) && !qobject_cast<QLabel *>(c)->buddy()) ? c->property("text").toString()
-                                      : QString();
-                c->isVisible() && !value.isNull())
-                options.append(c->objectName() + u'=' + value);
         auto *drives = w<QComboBox>("drvMain");
-        QStringList driveItems;
+        auto *grid = qobject_cast<QGridLayout *>(w("frInfo")->layout());
+        auto *tabs = w<QTabBar>("TabOpt");
+        QStringList l{u"drives:"_s, u"tree: "_s + shownTree(), u"rows:"_s, u"toolbar:"_s, u"statistics:"_s, u"status:"_s,
+                      u"options: "_s + tabs->tabText(tabs->currentIndex()), u"messages: "_s + messages.shown.join(u" / "_s),
+                      u"pointer: "_s + (QApplication::overrideCursor() ? u"busy"_s : u"normal"_s)};
+        const auto add = [&](int line, const QString &text, const QString &mark = {}) {
+            l[line] += (l[line].endsWith(u':') || line < 3 ? u" "_s : u" | "_s) + mark + text;
+        };
         for (int i = 0; i < drives->count(); ++i)
-            driveItems.append((i == drives->currentIndex() ? u"*"_s : QString()) + drives->itemText(i));
-        return {u"drives: "_s + driveItems.join(u", "_s), u"tree: "_s + shownTree(), u"rows: "_s + rows.join(u' '),
-                u"toolbar: "_s + bar.join(u" | "_s), u"statistics: "_s + statistics.join(u" | "_s), u"status: "_s + status.join(u" | "_s),
-                u"options: "_s + options.join(u' '), u"messages: "_s + messages.shown.join(u" / "_s),
-                u"pointer: "_s + (QApplication::overrideCursor() ? u"busy"_s : u"normal"_s)};
+            add(0, drives->itemText(i), i == drives->currentIndex() ? u"*"_s : QString());
+        for (int r = 0; r < list()->rowCount(); ++r)
+            add(2, list()->index(r, 0).data().toString(), list()->index(r, 0).data(Qt::CheckStateRole).toInt() == Qt::Checked ? u"+"_s : QString());
+        for (int p : {MakeMp3, MakeOgg, MakeMpc, MakeWav, MakeAll, ShowWav, ShowMp3, ShowOgg, ShowMpc})
+            add(3, toolbar(p)->text() + (toolbar(p)->isChecked() ? u"*"_s : QString()) + (toolbar(p)->isEnabled() ? QString() : u" (off)"_s));
+        for (int r = 0; grid->itemAtPosition(r, 0) != nullptr; ++r)
+            add(4, grid->itemAtPosition(r, 0)->widget()->property("text").toString() + u' ' + grid->itemAtPosition(r, 1)->widget()->property("text").toString());
+        for (const char *panel : {"stbMain_1", "stbMain_3", "stbMain_4", "stbMain_5", "stbMain_6", "stbMain_7", "stbMain_8"})
+            add(5, w(panel)->property("text").toString().trimmed());
+        // The option controls in view with their values, captions left out.
+        for (QWidget *c : w("frOptions")->findChildren<QWidget *>())
+            for (const char *value : {"currentText", "value", "text"})
+                if (c->isVisible() && c->property(value).isValid() && !(qobject_cast<QLabel *>(c) && qobject_cast<QLabel *>(c)->buddy())) {
+                    add(6, c->objectName() + u'=' + c->property(value).toString());
+                    break;
+                }
+        return l;
     }
     // A step of a test and the lines of what the window shows that it changed.
     QStringList record;
     std::map<QString, QString> last;
-    void step(const QString &what)
+    void step(const QString &what, const std::function<void()> &act = {})
     {
+        if (act)
+            act();
         record.append(what + u':');
         for (const QString &line : shown())
             if (QString &before = last[line.section(u':', 0, 0)]; before != line)
@@ -166,7 +166,6 @@ struct Session : WindowRig
 
 } // namespace
 
-
 // The tree's pictures and what its clicks, keys and folds list, folders that cannot be read or
 // are gone, and drives plugged and pulled; the record says what each step changed in the window.
 TEST(WindowTree, ClicksKeysFoldsAndDrivesListTheFolderReached)
@@ -174,78 +173,67 @@ TEST(WindowTree, ClicksKeysFoldsAndDrivesListTheFolderReached)
     Session s;
     // Started at a folder gone since: the deepest one left is listed, with its drive's free space.
     ASSERT_EQ(s.start(s.at("jazz/gone")), StartEnd::Running);
-    EXPECT_NE(s.label("stbMain_2"), u"Free Disk Space: 0 MB  "_s);
-    s.step(u"started at jazz/gone"_s);
-    s.tree()->setFocus();
-    QTest::keyClick(s.tree(), Qt::Key_Down);
-    s.step(u"arrow down"_s);
-    QTest::keyClick(s.tree(), Qt::Key_Up);
-    s.step(u"arrow up"_s);
+    EXPECT_EQ(s.controller->fileList().currentFolder, s.at("jazz/"));
+    EXPECT_NE(s.w<QLabel>("stbMain_2")->text(), u"Free Disk Space: 0 MB  "_s);
+    s.step(u"started at jazz/gone"_s, [&] { s.tree()->setFocus(); });
+    s.step(u"arrow down"_s, [&] { QTest::keyClick(s.tree(), Qt::Key_Down); });
+    s.step(u"arrow up"_s, [&] { QTest::keyClick(s.tree(), Qt::Key_Up); });
 
     ASSERT_EQ(s.start(s.music), StartEnd::Running);
     EXPECT_EQ(Session::picture(s.window->windowIcon()), u"kestrelvane"_s) << "the icon the desktop entry names";
     s.step(u"started at music: dot-folders left out, sub-folders listed one level ahead"_s);
     const QModelIndex music = s.node(s.music), rock = s.node(s.at("rock"));
-    s.click(rock);
-    s.step(u"rock clicked"_s);
-    s.click(music);
-    s.step(u"music clicked: rock shows its closed picture again"_s);
-    s.click(rock);
-    s.toolbar(ShowMp3)->trigger();
-    s.step(u"rock clicked, Show Mp3"_s);
-    s.tree()->expand(rock);
-    s.step(u"rock opened"_s);
+    s.step(u"rock clicked"_s, [&] { s.click(rock); });
+    s.step(u"music clicked: rock shows its closed picture again"_s, [&] { s.click(music); });
+    s.step(u"rock clicked, Show Mp3"_s, [&] { s.click(rock), s.toolbar(ShowMp3)->trigger(); });
+    s.step(u"rock opened"_s, [&] { s.tree()->expand(rock); });
     // Folding the folder shown reads it again; a click on it then does not, so a tick stays.
-    QFile::copy(s.at("rock/mono.mp3"), s.at("rock/added.mp3"));
-    s.tree()->collapse(rock);
-    s.step(u"added.mp3 made, rock folded"_s);
-    QFile::remove(s.at("rock/added.mp3"));
-    s.tree()->expand(rock);
-    s.tree()->collapse(rock);
-    s.list()->setData(s.list()->index(0, 0), Qt::Checked, Qt::CheckStateRole);
-    s.click(rock);
-    s.step(u"added.mp3 removed, rock opened and folded, the first row ticked, rock clicked"_s);
-
-    s.folders.refused.insert(s.at("jazz"));
-    s.tree()->collapse(music);
-    s.tree()->expand(music);
-    s.click(s.node(s.at("rock")));
-    s.click(s.node(s.at("jazz")));
-    s.step(u"jazz refused, music folded and opened, rock clicked, jazz clicked: the list stays"_s);
-    s.click(s.node(s.at("rock")));
-    ASSERT_TRUE(QDir(s.at("rock")).removeRecursively());
-    s.toolbar(ShowMp3)->trigger();
-    s.tree()->expand(s.node(s.at("rock")));
-    s.step(u"rock clicked and removed, Show Mp3, rock opened: the rows stay"_s);
-    s.choose("drvMain", 0);
-    s.step(u"the drive shown chosen again: nothing changes"_s);
+    s.step(u"added.mp3 made, rock folded"_s, [&] {
+        QFile::copy(s.at("rock/mono.mp3"), s.at("rock/added.mp3"));
+        s.tree()->collapse(rock);
+    });
+    s.step(u"added.mp3 removed, rock opened and folded, the first row ticked, rock clicked"_s, [&] {
+        QFile::remove(s.at("rock/added.mp3"));
+        s.tree()->expand(rock), s.tree()->collapse(rock);
+        s.list()->setData(s.list()->index(0, 0), Qt::Checked, Qt::CheckStateRole);
+        s.click(rock);
+    });
+    s.step(u"jazz refused, music folded and opened, rock clicked, jazz clicked: the list stays"_s, [&] {
+        s.folders.refused.insert(s.at("jazz"));
+        s.tree()->collapse(music), s.tree()->expand(music);
+        s.click(s.node(s.at("rock"))), s.click(s.node(s.at("jazz")));
+    });
+    s.step(u"rock clicked and removed, Show Mp3, rock opened: the rows stay"_s, [&] {
+        s.click(s.node(s.at("rock")));
+        QDir(s.at("rock")).removeRecursively();
+        s.toolbar(ShowMp3)->trigger();
+        s.tree()->expand(s.node(s.at("rock")));
+    });
+    s.step(u"the drive shown chosen again: nothing changes"_s, [&] { s.choose("drvMain", 0); });
 
     // The drive list is read again when it opens.
     auto *drives = s.w<QComboBox>("drvMain");
     const auto openDrives = [&] { drives->showPopup(), drives->hidePopup(); };
     const QString stick = s.dir.path() + u"/stick"_s;
     s.drive.plugged = {Volume{stick, u"vfat"_s}};
-    openDrives();
-    s.step(u"a stick plugged, the drive list opened"_s);
-    Q_EMIT drives->activated(1);
-    s.step(u"the stick chosen before it is ready"_s);
-    QDir().mkpath(stick + u"/album/cd1"_s);
-    QFile::copy(QStringLiteral(KV_TEST_DATA_DIR "/wav/stereo-16bit-44100.wav"), stick + u"/album/a.wav"_s);
-    s.toolbar(ShowWav)->trigger();
-    Q_EMIT drives->activated(1);
-    openDrives();
-    s.step(u"the stick ready, Show Wav, the stick chosen, the drive list opened"_s);
+    s.step(u"a stick plugged, the drive list opened"_s, openDrives);
+    s.step(u"the stick chosen before it is ready"_s, [&] { Q_EMIT drives->activated(1); });
+    s.step(u"the stick ready, Show Wav, the stick chosen, the drive list opened"_s, [&] {
+        QDir().mkpath(stick + u"/album/cd1"_s);
+        QFile::copy(QStringLiteral(KV_TEST_DATA_DIR "/wav/stereo-16bit-44100.wav"), stick + u"/album/a.wav"_s);
+        s.toolbar(ShowWav)->trigger();
+        Q_EMIT drives->activated(1);
+        openDrives();
+    });
     const QModelIndex album = s.node(stick + u"/album"_s);
-    s.click(album);
-    s.step(u"album clicked"_s);
-    ASSERT_TRUE(QDir(stick).removeRecursively());
-    s.drive.plugged.clear();
-    s.tree()->expand(album);
-    s.toolbar(ShowWav)->trigger();
-    s.step(u"the stick pulled, album opened, Show Wav: no folders, the rows stay"_s);
-    openDrives();
-    Q_EMIT drives->activated(0);
-    s.step(u"the drive list opened, the first drive chosen"_s);
+    s.step(u"album clicked"_s, [&] { s.click(album); });
+    s.step(u"the stick pulled, album opened, Show Wav: no folders, the rows stay"_s, [&] {
+        QDir(stick).removeRecursively();
+        s.drive.plugged.clear();
+        s.tree()->expand(album);
+        s.toolbar(ShowWav)->trigger();
+    });
+    s.step(u"the drive list opened, the first drive chosen"_s, [&] { openDrives(), Q_EMIT drives->activated(0); });
     s.expectRecorded("window-tree");
 }
 
@@ -256,35 +244,22 @@ TEST(WindowCommands, ShowEnablingStatisticsLanguageHelpAndKeys)
     Session s;
     ASSERT_EQ(s.start(s.at("rock")), StartEnd::Running);
     s.step(u"started at rock"_s);
-    for (const int show : {ShowMp3, ShowOgg, ShowMpc, ShowMp3, ShowWav}) {
-        s.toolbar(show)->trigger();
-        s.step(s.toolbar(show)->text());
-    }
-    s.list()->setData(s.list()->index(1, 0), Qt::Checked, Qt::CheckStateRole);
-    s.step(u"the second row ticked"_s);
-    s.toolbar(MakeAll)->trigger();
-    s.step(u"Make All"_s);
-    s.choose("cmbMode", 2);
-    s.step(u"MP3 at a constant bitrate"_s);
-    s.tab(2);
-    s.choose("cmbModeMpc", 1);
-    s.w<QSlider>("sliMpc")->setValue(100);
-    s.step(u"Musepack at quality 10"_s);
-    s.w<QPushButton>("cmdDefault")->click();
-    s.step(u"Defaults"_s);
-
+    for (const int show : {ShowMp3, ShowOgg, ShowMpc, ShowMp3, ShowWav})
+        s.step(s.toolbar(show)->text(), [&] { s.toolbar(show)->trigger(); });
+    s.step(u"the second row ticked"_s, [&] { s.list()->setData(s.list()->index(1, 0), Qt::Checked, Qt::CheckStateRole); });
+    s.step(u"Make All"_s, [&] { s.toolbar(MakeAll)->trigger(); });
+    s.step(u"MP3 at a constant bitrate"_s, [&] { s.choose("cmbMode", 2); });
+    s.step(u"Musepack at quality 10"_s, [&] { s.tab(2), s.choose("cmbModeMpc", 1), s.w<QSlider>("sliMpc")->setValue(100); });
+    s.step(u"Defaults"_s, [&] { s.w<QPushButton>("cmdDefault")->click(); });
     QApplication::setActiveWindow(s.window.get());
-    QTest::keyClick(s.window.get(), Qt::Key_3, Qt::ControlModifier);
-    s.step(u"Ctrl+3"_s);
-    QTest::keyClick(s.window.get(), Qt::Key_L, Qt::ControlModifier | Qt::ShiftModifier);
-    s.step(u"Ctrl+Shift+L"_s);
+    s.step(u"Ctrl+3"_s, [&] { QTest::keyClick(s.window.get(), Qt::Key_3, Qt::ControlModifier); });
+    s.step(u"Ctrl+Shift+L"_s, [&] { QTest::keyClick(s.window.get(), Qt::Key_L, Qt::ControlModifier | Qt::ShiftModifier); });
     s.toolbar(ShowWav)->trigger(); // a rescan lists the rows afresh, unticked
     s.toolbar(MakeAll)->trigger(); // released: only ticked rows count
     QTest::keyClick(s.window.get(), Qt::Key_L, Qt::AltModifier);
     ASSERT_TRUE(s.w("lstMain")->hasFocus());
     s.w<QTreeView>("lstMain")->setCurrentIndex(s.list()->index(0, 0));
-    QTest::keyClick(s.w("lstMain"), Qt::Key_Space);
-    s.step(u"Show Wav, Make All released, Alt+L, Space on the first row"_s);
+    s.step(u"Show Wav, Make All released, Alt+L, Space on the first row"_s, [&] { QTest::keyClick(s.w("lstMain"), Qt::Key_Space); });
     s.expectRecorded("window-commands");
 
     // The Help panel and F1 open the one document beside the program, whichever the language.
@@ -296,6 +271,8 @@ TEST(WindowCommands, ShowEnablingStatisticsLanguageHelpAndKeys)
     EXPECT_EQ(s.opened, QStringList(4, s.program + u"help/rus/index.htm"_s));
 }
 
+// Saved at close (refused while converting), restored at the next start, bad files in its place,
+// and a read-only program folder saving in the user's folder.
 TEST(WindowConfiguration, SavedAtCloseRestoredAtTheNextStartAndRefusedWhileConverting)
 {
     Session s;
@@ -328,8 +305,7 @@ TEST(WindowConfiguration, SavedAtCloseRestoredAtTheNextStartAndRefusedWhileConve
     // A folder field ended by zeros, as a text box leaves it, names the same folder.
     QByteArray record = readAll(cfg);
     const QByteArray field = QFile::encodeName(s.at("rock"));
-    record.replace(ConfigRecord::kFolder, ConfigRecord::kTextWidth, field + QByteArray(ConfigRecord::kTextWidth - field.size(), '\0'));
-    write(cfg, record);
+    write(cfg, record.replace(ConfigRecord::kFolder, ConfigRecord::kTextWidth, field + QByteArray(ConfigRecord::kTextWidth - field.size(), '\0')));
     ASSERT_EQ(s.start(), StartEnd::Running);
     EXPECT_EQ(s.controller->fileList().currentFolder, s.at("rock/"));
 
@@ -340,24 +316,22 @@ TEST(WindowConfiguration, SavedAtCloseRestoredAtTheNextStartAndRefusedWhileConve
     // Zeros but for the MP3 mode 4, one past its list: the load ends there, before the Ogg quality.
     QByteArray pastTheModes(ConfigRecord::kSize, '\0');
     pastTheModes[ConfigRecord::kMp3Mode] = 4;
-    const struct { QByteArray bytes; bool folder; const char *language; int oggQuality; } bad[] = {
-        {QByteArray(ConfigRecord::kSize - 1, '\x01'), false, "English", 60},
-        {QByteArray(ConfigRecord::kSize, '\xC8'), false, "English", 60}, // the left edge overflows first
-        {{}, true, "English", 60},
-        {QByteArray(ConfigRecord::kSize, '\0'), false, "English", -10},
-        {russianThenBadMode, false, "Русский", 60},
-        {pastTheModes, false, "English", 60},
+    const struct { QByteArray bytes; bool folder; const char *languageAndOggQuality; } bad[] = {
+        {QByteArray(ConfigRecord::kSize - 1, '\x01'), false, "English 60"},
+        {QByteArray(ConfigRecord::kSize, '\xC8'), false, "English 60"}, // the left edge overflows first
+        {{}, true, "English 60"},
+        {QByteArray(ConfigRecord::kSize, '\0'), false, "English -10"},
+        {russianThenBadMode, false, "Русский 60"},
+        {pastTheModes, false, "English 60"},
     };
     for (const auto &b : bad) {
         QFile::remove(cfg);
         b.folder ? void(QDir().mkpath(cfg)) : write(cfg, b.bytes);
         ASSERT_EQ(s.start(), StartEnd::Running);
-        EXPECT_EQ(s.language()->text(), QString::fromUtf8(b.language));
-        EXPECT_EQ(s.w<QSlider>("sliPresetOgg")->value(), b.oggQuality);
+        EXPECT_EQ(s.language()->text() + u' ' + QString::number(s.w<QSlider>("sliPresetOgg")->value()), QString::fromUtf8(b.languageAndOggQuality));
         EXPECT_TRUE(s.window->width() >= 800 && s.window->height() >= 600);
         EXPECT_TRUE(s.window->close());
-        EXPECT_EQ(QFileInfo(cfg).isDir(), b.folder);
-        EXPECT_TRUE(b.folder || QFileInfo(cfg).size() == ConfigRecord::kSize);
+        EXPECT_TRUE(b.folder ? QFileInfo(cfg).isDir() : QFileInfo(cfg).size() == ConfigRecord::kSize) << b.languageAndOggQuality;
         QDir(cfg).removeRecursively();
     }
 
@@ -404,11 +378,7 @@ TEST(WindowConfiguration, FolderNamedInWindows1251OpensAgainAtTheNextStart)
     Session s;
     const QByteArray old = QFile::encodeName(s.at("old"));
     // The temporary folder cannot remove names that are not UTF-8.
-    struct RemoveAtEnd
-    {
-        QString folder;
-        ~RemoveAtEnd() { QProcess::execute(u"/bin/rm"_s, {u"-rf"_s, folder}); }
-    } removeAtEnd{s.at("old")};
+    const auto removeAtEnd = qScopeGuard([&] { QProcess::execute(u"/bin/rm"_s, {u"-rf"_s, s.at("old")}); });
     const QByteArray cp1251 = "\xCF\xF0\xEE\xE2\xE5\xF0\xEA\xE0"; // "Проверка" in Windows-1251
     const QByteArray archive = "\xD0\x90\xD1\x80\xD1\x85\xD0\xB8\xD0\xB2"; // "Архив" in UTF-8
     // The record's folder field: UTF-8 names as Windows-1251 text, other names as their bytes.
