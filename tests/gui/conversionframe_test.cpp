@@ -388,6 +388,12 @@ TEST(ConversionFrame, AbortThisJobKillsAHungCodecAndTheLastOneEndsTheRun)
     s.press(1, Qt::Key_Delete);
     EXPECT_EQ(s.state(), u"*hang1.wav Error|*hang2.wav Error / idle / close / Finished 0 of 2"_s);
     EXPECT_EQ(s.beeps, 1);
+    // Tab leads from the options to Close (Stop is off now) and on to the status bar's buttons.
+    QStringList walk{u"cmdDefault"_s};
+    s.w(walk.front())->setFocus();
+    for (int i = 0; i < 2; ++i, walk.append(QApplication::focusWidget()->objectName()))
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+    EXPECT_EQ(walk.join(u' '), u"cmdDefault cmbEncode_1 stbMain_7"_s);
 }
 
 // The time remaining is the run's time so far scaled by the share of the sources done: finished
@@ -506,6 +512,11 @@ TEST(WindowProgram, TellsOfMisuseAndEndsWithItsStatus)
         {{dir.path()}, nullptr, 1, "kestrelvane: no display to open the window on; kestrelvane-cli lists and converts without one\n"},
         {{dir.path()}, "WAYLAND_DISPLAY=kv-none", -1, nullptr},
     };
+    QProcess help; // needs no display
+    start(help, nullptr, {u"--help"_s});
+    ASSERT_TRUE(help.waitForFinished(20000));
+    EXPECT_EQ(help.exitCode(), 0);
+    expectAsRecorded(u"window-help"_s, QString::fromUtf8(help.readAllStandardOutput()).split(u'\n'));
     for (const auto &c : cases) {
         QProcess window;
         start(window, c.display, c.args);
