@@ -184,6 +184,13 @@ TEST(DesktopTrash, AVolumeTrashIsASharedStickyFolderOrOurOwn)
         EXPECT_EQ(volumeTrashFolder(top).value_or("<none>").toStdString(), expected.toStdString()) << c.what;
         EXPECT_TRUE(!c.trash || modeOf(expected) == 0700) << c.what;
     }
+    // A sticky .Trash the user may not write in: our own trash beside it instead.
+    QTemporaryDir dir;
+    const QByteArray top = bytePath(dir);
+    ::chmod(top, 0777);
+    ::mkdir(top + "/.Trash", 0700);
+    ::chmod(top + "/.Trash", 01555);
+    EXPECT_EQ(asUnprivileged([&] { return volumeTrashFolder(top) == top + "/.Trash-" + QByteArray::number(::getuid()) ? 0 : 1; }), 0);
 }
 
 // Nothing moves and no record stays behind; the caller then deletes as it always did.
