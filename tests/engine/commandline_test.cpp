@@ -2,6 +2,7 @@
 
 #include "engine/commandline.h"
 #include "engine/runparameters.h"
+#include "platform/processes.h"
 #include "support/qtprinters.h"
 
 using namespace kv;
@@ -25,4 +26,13 @@ TEST(CommandLine, TargetsAndQuoting)
         applyMakeCommand(p, c.command, c.shown, {}, builder);
         EXPECT_EQ(buildCommandLine(u"/p/"_s, p.codec, p.options, jobPaths(u"/m m/"_s, c.name, p.targetExtension)), QString::fromUtf8(c.expected));
     }
+}
+
+// One codec a processor, never more than eight, at least one however few the system reports.
+TEST(Processors, SlotsFollowTheProcessorsUpToEight)
+{
+    std::vector<int> slots;
+    for (const long reported : {-1, 0, 2, 8, 9, 64})
+        slots.push_back(clampProcessorCount(reported));
+    EXPECT_EQ(slots, (std::vector{1, 1, 2, 8, 8, 8}));
 }
