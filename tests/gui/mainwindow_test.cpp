@@ -237,6 +237,14 @@ TEST(WindowTree, ClicksKeysFoldsAndDrivesListTheFolderReached)
         s.toolbar(ShowWav)->trigger();
     });
     s.step(u"the drive list opened, the first drive chosen"_s, [&] { openDrives(), Q_EMIT drives->activated(0); });
+    // The program's own drive unreadable when chosen: told once, with nothing else to fall back on.
+    s.step(u"the stick back and chosen, then the first drive chosen while it cannot be read"_s, [&] {
+        QDir().mkpath(stick);
+        s.drive.plugged = {Volume{stick, u"vfat"_s}};
+        openDrives(), Q_EMIT drives->activated(1);
+        s.folders.refused.insert(QDir::cleanPath(s.drive.root));
+        openDrives(), Q_EMIT drives->activated(0);
+    });
     s.expectRecorded("window-tree");
 }
 
