@@ -37,7 +37,10 @@ inline QString utf16Of(const std::uint8_t *data, std::size_t size)
 struct TricklingByteSource : kv::MemoryByteSource
 {
     using MemoryByteSource::MemoryByteSource;
-    std::int64_t read(std::int64_t offset, char *dst, std::int64_t n) override { return MemoryByteSource::read(offset, dst, std::min<std::int64_t>(n, 7)); }
+    std::int64_t read(std::int64_t offset, char *dst, std::int64_t n) override
+    {
+        return MemoryByteSource::read(offset, dst, std::min<std::int64_t>(n, 7));
+    }
 };
 
 // A reader never throws, a row starts with the file's name, and the row does not depend on how

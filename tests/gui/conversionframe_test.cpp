@@ -87,8 +87,8 @@ struct Session : ProcessRig
         for (int i = 0; i < 8; ++i)
             if (shown(u"imProc_%1"_s.arg(i)))
                 slots.append(w(u"imProc_%1"_s.arg(i))->property("activity").toString());
-        for (const auto &[name, word, pressed] : {std::tuple{"cmbEncode_0", "stop", true}, {"cmbEncode_1", "close", true},
-                                                  {"pbEncode", "bar", false}, {"lblEncodeTime_1", "remaining", false}, {"txtDetails", "details", false}})
+        for (const auto &[name, word, pressed] : {std::tuple{"cmbEncode_0", "stop", true}, {"cmbEncode_1", "close", true}, {"pbEncode", "bar", false},
+                                                  {"lblEncodeTime_1", "remaining", false}, {"txtDetails", "details", false}})
             if (pressed ? w(name)->isEnabled() : shown(name))
                 on.append(QLatin1String(word));
         return QStringList{rows(), slots.join(u' '), on.join(u' '), w<QLabel>("lblEncodeTime_2")->text()}.join(u" / ");

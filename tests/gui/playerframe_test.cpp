@@ -224,7 +224,9 @@ TEST(PlayerFrame, KeysButtonsAndARefillEndEveryProcessOfThePlayer)
 // cannot start says so and stops there.
 TEST(PlayerFrame, FailingDecodersAndAwkwardNames)
 {
-    const QByteArray names[] = {"fail1.mp3", "fail2.mp3", "<b>bold.mp3", "-lead.mp3", "two  blanks.mp3", "say \"hi\" it's.mp3", "\xcf\xf0\xe8\xe2\xe5\xf2.mp3", " blank first.mp3"};
+    const QByteArray names[] = {"fail1.mp3",         "fail2.mp3",          "<b>bold.mp3",
+                                "-lead.mp3",         "two  blanks.mp3",    "say \"hi\" it's.mp3",
+                                "\xcf\xf0\xe8\xe2\xe5\xf2.mp3", " blank first.mp3"};
     Session s({std::begin(names), std::end(names)});
     s.select(0);
     s.click(Player::Play);

@@ -36,7 +36,8 @@ TEST(PlayerHearing, EveryKindPlaysItsRowsInListOrder)
         for (const QString &entry : QDir(QStringLiteral(KV_BIN_DIR "/codec")).entryList(QDir::Files))
             QFile::copy(QStringLiteral(KV_BIN_DIR "/codec/") + entry, l.program + u"codec/"_s + entry);
         for (size_t i = 0; i < k.pitches.size(); ++i)
-            QFile::copy(QStringLiteral(KV_TEST_DATA_DIR "/sound/tone-%1.%2").arg(k.pitches[i]).arg(k.kind), music + u"%1 tone.%2"_s.arg(i + 1).arg(k.kind));
+            QFile::copy(QStringLiteral(KV_TEST_DATA_DIR "/sound/tone-%1.%2").arg(k.pitches[i]).arg(k.kind),
+                        music + u"%1 tone.%2"_s.arg(i + 1).arg(k.kind));
         ASSERT_EQ(l.open(l.environment(), music), StartEnd::Running);
         l.toolbar(ShowWav + int(QStringList{u"wav"_s, u"mp3"_s, u"ogg"_s, u"mpc"_s}.indexOf(k.kind)))->trigger();
 
@@ -55,7 +56,8 @@ TEST(PlayerHearing, EveryKindPlaysItsRowsInListOrder)
             pitches.push_back(s.pitch);
         EXPECT_EQ(pitches, k.pitches) << ::testing::PrintToString(heard) << " pressed at " << recorder.milliseconds(pressed) << " ms";
         const double toSound = recorder.milliseconds(*first - pressed);
-        std::printf("%-40s %5.0f ms\n", (k.kind == u"mp3"_s ? u"Play to the first sound"_s : k.kind + u": Play to the first sound"_s).toUtf8().constData(), toSound);
+        const QString what = k.kind == u"mp3"_s ? u"Play to the first sound"_s : k.kind + u": Play to the first sound"_s;
+        std::printf("%-40s %5.0f ms\n", what.toUtf8().constData(), toSound);
         if (k.kind != u"mp3"_s || pitches != k.pitches)
             continue;
         EXPECT_LE(toSound, 300);

@@ -51,7 +51,10 @@ QByteArray put(QByteArray b, int at, std::uint32_t v, int width = 4)
     return b;
 }
 
-QByteArray wav(std::uint16_t channels, std::uint32_t rate) { return put(put(QByteArrayLiteral("RIFF\0\0\0\0WAVEfmt \x10\0\0\0\x01\0") + QByteArray(24, '\0'), 22, channels, 2), 24, rate); }
+QByteArray wav(std::uint16_t channels, std::uint32_t rate)
+{
+    return put(put(QByteArrayLiteral("RIFF\0\0\0\0WAVEfmt \x10\0\0\0\x01\0") + QByteArray(24, '\0'), 22, channels, 2), 24, rate);
+}
 
 // A one-segment first page, then the Vorbis identification header: 2 channels, 48 kHz.
 QByteArray ogg(std::uint32_t nominal)
@@ -109,8 +112,9 @@ TEST(Readers, EncodedFixturesAndPatchedHeadersAsRecorded)
     PosixFiles files;
     for (const char *folder : {"wav", "ogg", "mp3", "mpc"}) {
         const QString path = QStringLiteral(KV_TEST_DATA_DIR "/%1/").arg(QLatin1String(folder));
+        const AudioFormat format = *formatFromPattern(QStringLiteral("*.") + QLatin1String(folder));
         for (const QString &name : QDir(path).entryList(QDir::Files))
-            lines << QLatin1String(folder) + QStringLiteral(": ") + text(readMediaInfo(*formatFromPattern(QStringLiteral("*.") + QLatin1String(folder)), path, name, files));
+            lines << QLatin1String(folder) + QStringLiteral(": ") + text(readMediaInfo(format, path, name, files));
     }
     // The folder is taken with its trailing "/"; a file that cannot be opened gives no row.
     EXPECT_FALSE(readMediaInfo(Wav, QStringLiteral(KV_TEST_DATA_DIR "/wav"), QStringLiteral("mono-8bit-8000.wav"), files));
