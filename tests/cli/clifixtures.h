@@ -17,6 +17,7 @@
 #include <QTemporaryDir>
 #include <QThread>
 
+#include "support/bytefiles.h"
 #include "support/qtprinters.h"
 #include "support/recorded.h"
 
@@ -104,18 +105,6 @@ inline QStringList shown(const QString &command, const CliResult &r)
             lines += mark + line;
     }
     return lines;
-}
-
-inline QByteArray bytes(const QString &path)
-{
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-}
-
-inline void write(const QString &path, const QByteArray &data)
-{
-    QFile f(path);
-    ASSERT_TRUE(f.open(QIODevice::WriteOnly | QIODevice::Truncate) && f.write(data) == data.size()) << path.toStdString();
 }
 
 // A 440 Hz sine, 16-bit stereo, made by sox.

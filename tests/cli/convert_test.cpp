@@ -38,7 +38,7 @@ TEST(Convert, NamedFilesOnlyWithTheProgressRedrawnOnATerminal)
     const CliResult r = runCli({u"-qec"_s, cliPath() + u" convert --to=ogg --jobs 1 %1 b.wav -- -c.wav >%1/out"_s.arg(wavs.path()), u"/dev/null"_s},
                                {.program = u"/usr/bin/script"_s});
     EXPECT_EQ(r.status, 0);
-    EXPECT_TRUE(reads(QString::fromUtf8(bytes(wavs.filePath(u"out"_s))), english + doneRow("-c.wav") + doneRow("b.wav") + u"Finished 2 of 2\n"_s));
+    EXPECT_TRUE(reads(QString::fromUtf8(readAll(wavs.filePath(u"out"_s))), english + doneRow("-c.wav") + doneRow("b.wav") + u"Finished 2 of 2\n"_s));
     EXPECT_FALSE(QFile::exists(wavs.filePath(u"a.ogg"_s)));
     EXPECT_EQ(r.out.count(u'\a'), 1);
     EXPECT_TRUE(reads(r.out, u"\r\\[\\.{24}\\] Finished 0 of 2[^\n]*\r\\[#{24}\\] Finished 2 of 2[^\n]*\r\x1b\\[K"_s));
@@ -69,9 +69,9 @@ TEST(Convert, HardStopsKillOnlyWhatStillRuns)
                      " /bin/sleep 0.02; i=$((i + 1)); done;;\n"
                      "*) exec /bin/sleep 30;;\nesac\n");
     auto started = [&](int codecs) {
-        for (int i = 0; i < 1000 && bytes(pids).count('\n') < codecs; ++i)
+        for (int i = 0; i < 1000 && readAll(pids).count('\n') < codecs; ++i)
             QThread::msleep(10);
-        return bytes(pids).count('\n');
+        return readAll(pids).count('\n');
     };
     const struct { int signal; int status; QStringList expected; } runs[] = {
         {SIGINT, 130, {u"f1.wav\tDone"_s, u"f2.wav\tKilled"_s, u"f3.wav\tBreak"_s}},
@@ -107,16 +107,16 @@ TEST(Convert, HardStopsKillOnlyWhatStillRuns)
         ASSERT_TRUE(p.waitForFinished(20000));
         EXPECT_EQ(p.exitStatus(), QProcess::NormalExit);
         EXPECT_EQ(run.signal == 0 ? p.readAllStandardOutput().trimmed().toInt() : p.exitCode(), run.status);
-        const QString out = QString::fromUtf8(run.signal == 0 ? bytes(wavs.filePath(u"report"_s)) : p.readAllStandardOutput());
+        const QString out = QString::fromUtf8(run.signal == 0 ? readAll(wavs.filePath(u"report"_s)) : p.readAllStandardOutput());
         EXPECT_EQ(statuses(out), run.expected) << run.status;
         EXPECT_EQ(QFileInfo(wavs.filePath(u"f1.mp3"_s)).size(), 5000) << run.status;
         EXPECT_FALSE(QFile::exists(wavs.filePath(u"f2.mp3"_s)) || QFile::exists(wavs.filePath(u"f3.mp3"_s))) << run.status;
         if (run.signal != 0) {
-            EXPECT_EQ(bytes(pids).count('\n'), run.signal == SIGINT ? 2 : 3) << run.status;
+            EXPECT_EQ(readAll(pids).count('\n'), run.signal == SIGINT ? 2 : 3) << run.status;
         }
         // Each codec named in the file must be gone (not even a zombie).
-        for (const QByteArray &pid : bytes(pids).split('\n')) {
-            const QByteArray stat = bytes(u"/proc/"_s + QString::fromLatin1(pid) + u"/stat"_s);
+        for (const QByteArray &pid : readAll(pids).split('\n')) {
+            const QByteArray stat = readAll(u"/proc/"_s + QString::fromLatin1(pid) + u"/stat"_s);
             EXPECT_TRUE(pid.isEmpty() || stat.isEmpty() || stat.mid(stat.lastIndexOf(')') + 2, 1) == "Z") << pid.constData();
         }
     }
@@ -129,11 +129,11 @@ TEST(Convert, NothingIsLostToAReplacedOrSharedTarget)
     ProgramCopy program(1); // in Russian, where every job "Готово" must still end with status 0
     QTemporaryDir dir;
     makeWav(dir.filePath(u"song.wav"_s));
-    const QByteArray original = bytes(dir.filePath(u"song.wav"_s));
+    const QByteArray original = readAll(dir.filePath(u"song.wav"_s));
     ASSERT_EQ(program.convert({u"--to"_s, u"mp3"_s, dir.path()}).status, 0);
     EXPECT_EQ(program.convert({u"--to"_s, u"wav"_s, u"--from"_s, u"mp3"_s, dir.path()}).status, 0);
-    EXPECT_EQ(bytes(program.dir.filePath(u"data/Trash/files/song.wav"_s)), original);
-    EXPECT_EQ(bytes(dir.filePath(u"song.wav"_s)).left(4), "RIFF");
+    EXPECT_EQ(readAll(program.dir.filePath(u"data/Trash/files/song.wav"_s)), original);
+    EXPECT_EQ(readAll(dir.filePath(u"song.wav"_s)).left(4), "RIFF");
 
     QTemporaryDir twins;
     makeWav(twins.filePath(u"x.WAV"_s), "1");
@@ -170,7 +170,7 @@ TEST(Convert, RealCodecFailuresOnAFullDiskAndAReadOnlyFolder)
     r = program.convert({u"--to"_s, u"mp3"_s, readOnly.dir.path()});
     EXPECT_EQ(r.status, 1);
     EXPECT_TRUE(reads(r.out, u"[\\s\\S]*\na\\.wav\tDone\t172 KB\t20 KB\t12\t[\\s\\S]*\nFinished 1 of 1\n\na\\.wav\tDone\texit status [\\s\\S]*"_s));
-    EXPECT_EQ(bytes(readOnly.dir.filePath(u"a.mp3"_s)), QByteArray(20480, 'o'));
+    EXPECT_EQ(readAll(readOnly.dir.filePath(u"a.mp3"_s)), QByteArray(20480, 'o'));
 }
 
 // Each completion's estimate needs the sizes of every finished job. Kept from each job's end,
@@ -180,7 +180,7 @@ TEST(Convert, RealCodecFailuresOnAFullDiskAndAReadOnlyFolder)
 TEST(Convert, SizeQueriesStayAFewAJobWhateverTheJobCount)
 {
     ProgramCopy program;
-    const QByteArray wav = bytes(QStringLiteral(KV_TEST_DATA_DIR "/wav/mono-8bit-8000.wav"));
+    const QByteArray wav = readAll(QStringLiteral(KV_TEST_DATA_DIR "/wav/mono-8bit-8000.wav"));
     for (const bool failing : {false, true}) {
         QTemporaryDir dir;
         for (int i = 1; i <= 400; ++i)
@@ -197,7 +197,7 @@ TEST(Convert, SizeQueriesStayAFewAJobWhateverTheJobCount)
                                    program.how(u"/usr/bin/strace"_s));
         EXPECT_EQ(r.status, failing ? 1 : 0) << r.err.toStdString();
         EXPECT_TRUE(r.out.contains(u"Finished %1 of 400\n"_s.arg(failing ? 1 : 400))) << r.out.right(300).toStdString();
-        EXPECT_LT(bytes(trace).count('\n'), 400 * 12) << (failing ? "failing" : "succeeding");
+        EXPECT_LT(readAll(trace).count('\n'), 400 * 12) << (failing ? "failing" : "succeeding");
     }
 }
 

@@ -14,7 +14,6 @@
 #include <QTreeView>
 
 #include "player/player.h"
-#include "support/bytefiles.h"
 #include "support/qtprinters.h"
 #include "windowrig.h"
 

@@ -20,20 +20,9 @@
 #include "platform/posix/posixinstancelock.h"
 #include "platform/posix/posixprocesses.h"
 #include "platform/volumes.h"
+#include "support/bytefiles.h"
 
 namespace kv::test {
-
-inline void write(const QString &path, const QByteArray &bytes)
-{
-    QFile f(path);
-    if (f.open(QIODevice::WriteOnly))
-        f.write(bytes);
-}
-inline QByteArray readAll(const QString &path)
-{
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-}
 
 // What a view that keeps its rows holds: each cell's text (a bold one marked "*") as the model's
 // signals announce it. Equal to now() when no change went unannounced.

@@ -22,7 +22,7 @@ TEST(Install, InstalledCliListsAFolderAndRunsItsCodecs)
     QTemporaryDir music;
     const QString source = music.filePath(u"Evening take.wav"_s);
     ASSERT_TRUE(QFile::copy(QStringLiteral(KV_TEST_DATA_DIR "/wav/stereo-16bit-44100.wav"), source));
-    const QByteArray before = bytes(source);
+    const QByteArray before = readAll(source);
     const CliRun how{.program = installed(u"bin/kestrelvane-cli"_s)};
     const CliResult list = runCli({u"list"_s, music.path()}, how);
     EXPECT_EQ(list.status, 0) << list.err.toStdString();
@@ -34,7 +34,7 @@ TEST(Install, InstalledCliListsAFolderAndRunsItsCodecs)
         EXPECT_TRUE(r.out.contains(u"Finished 1 of 1"_s)) << kind;
         EXPECT_GT(QFileInfo(music.filePath(u"Evening take."_s + QLatin1String(kind))).size(), 0) << kind;
     }
-    EXPECT_EQ(bytes(source), before);
+    EXPECT_EQ(readAll(source), before);
 }
 
 // Installed for every user, the program's folder is not the user's to write: the settings are
@@ -82,7 +82,7 @@ TEST(Install, ReadOnlyProgramFolderTakesTheSettingsFromTheUsersFolder)
     QFile::setPermissions(bin, open);
     ASSERT_TRUE(up) << window.readAllStandardError().constData();
     EXPECT_EQ(window.exitCode(), 128 + SIGTERM);
-    const QByteArray saved = bytes(config);
+    const QByteArray saved = readAll(config);
     ASSERT_EQ(saved.size(), settings.size());
     EXPECT_EQ(saved[7], 55);
     EXPECT_NE(saved, settings) << "the window's place is saved with them";
