@@ -7,7 +7,6 @@
 
 #include "platform/nativenames.h"
 #include "settings/configrecord.h"
-#include "support/bytefiles.h"
 #include "support/fifoguard.h"
 #include "support/qtprinters.h"
 #include "support/recorded.h"
@@ -88,11 +87,14 @@ struct Session : WindowRig
     QString shownTree(const QModelIndex &parent = {})
     {
         QAbstractItemModel *m = tree()->model();
-        if (toldBy != m && (told.clear(), toldBy = m))
+        if (toldBy != m) { // a new window, a new model
+            told.clear();
+            toldBy = m;
             QObject::connect(m, &QAbstractItemModel::dataChanged, window.get(), [this, m](const QModelIndex &from, const QModelIndex &to) {
                 for (int r = from.row(); r <= to.row(); ++r)
                     told[m->index(r, 0, from.parent())] = picture(m->index(r, 0, from.parent()).data(Qt::DecorationRole).value<QIcon>());
             });
+        }
         QStringList nodes;
         for (int r = 0; r < m->rowCount(parent); ++r) {
             const QModelIndex i = m->index(r, 0, parent);

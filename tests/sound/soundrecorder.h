@@ -13,6 +13,7 @@
 #include <numbers>
 #include <optional>
 #include <ostream>
+#include <span>
 #include <string>
 #include <utility>
 #include <vector>
@@ -91,14 +92,14 @@ public:
     // The first sample at or after `from` that is not silent.
     std::optional<std::int64_t> firstSound(std::int64_t from) const
     {
-        const std::vector<std::int16_t> s = read(from, position());
+        const std::span<const std::int16_t> s = between(from, position());
         const auto it = std::find_if(s.begin(), s.end(), [](std::int16_t x) { return std::abs(x) >= Level; });
         return it == s.end() ? std::nullopt : std::optional(from + (it - s.begin()));
     }
     // The first position at or after `from` from which `hold` samples in a row are silent.
     std::optional<std::int64_t> silenceFrom(std::int64_t from, std::int64_t hold) const
     {
-        const std::vector<std::int16_t> s = read(from, position());
+        const std::span<const std::int16_t> s = between(from, position());
         std::int64_t quietSince = 0;
         for (std::int64_t i = 0; i < std::int64_t(s.size()); ++i) {
             if (std::abs(s[size_t(i)]) >= Level)
@@ -115,7 +116,7 @@ public:
     // a few blocks of a sound; neither makes a sound of its own.
     std::vector<SoundSegment> sounds(std::int64_t from, std::int64_t to) const
     {
-        const std::vector<std::int16_t> s = read(from, to);
+        const std::span<const std::int16_t> s = between(from, to);
         const size_t n = size_t(m_rate / 100);
         std::vector<SoundSegment> blocks;
         for (size_t at = 0; at + n <= s.size(); at += n) {
@@ -155,20 +156,25 @@ public:
     }
 
 private:
-    std::vector<std::int16_t> read(std::int64_t from, std::int64_t to) const
+    // The samples between two positions, of those recorded so far. The file only grows, so each
+    // byte is read once however often a test polls; half a sample is read again with the rest.
+    std::span<const std::int16_t> between(std::int64_t from, std::int64_t to) const
     {
-        std::vector<std::int16_t> s(size_t(std::max<std::int64_t>(0, to - from)));
         std::ifstream in(m_file, std::ios::binary);
-        in.seekg(2 * from);
-        in.read(reinterpret_cast<char *>(s.data()), std::streamsize(2 * s.size()));
-        s.resize(size_t(std::max<std::streamsize>(0, in.gcount()) / 2));
-        return s;
+        in.seekg(std::streamoff(2 * m_samples.size()));
+        std::int16_t buffer[4096];
+        while (in.read(reinterpret_cast<char *>(buffer), sizeof buffer) || in.gcount() > 1)
+            m_samples.insert(m_samples.end(), buffer, buffer + in.gcount() / 2);
+        const auto all = std::int64_t(m_samples.size());
+        const std::int64_t begin = std::clamp<std::int64_t>(from, 0, all), end = std::clamp<std::int64_t>(to, begin, all);
+        return std::span<const std::int16_t>(m_samples).subspan(size_t(begin), size_t(end - begin));
     }
 
     std::vector<int> m_pitches;
     std::string m_file;
     int m_rate = 44100;
     pid_t m_pid = 0;
+    mutable std::vector<std::int16_t> m_samples;
 };
 
 } // namespace kv::test
