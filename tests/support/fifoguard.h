@@ -4,6 +4,7 @@
 // that waits in open() for the other end is let go then, so it fails its test instead of
 // hanging it. Whether the guard had to step in is the test's verdict.
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
@@ -20,36 +21,30 @@ namespace kv::test {
 class FifoGuard
 {
 public:
-    explicit FifoGuard(const QByteArray &path, std::chrono::seconds limit = std::chrono::seconds(10))
+    explicit FifoGuard(const QByteArray &path, std::chrono::milliseconds limit = std::chrono::seconds(10))
         : m_made(::mkfifo(path.constData(), 0644) == 0)
-    {
-        m_thread = std::thread([this, path, limit] {
-            std::unique_lock lock(m_mutex);
-            // Until the test is over, for code that comes back to the FIFO.
-            for (auto wait = std::chrono::milliseconds(limit); !m_cond.wait_for(lock, wait, [this] { return m_done; });
+        , m_thread([this, path, limit](std::stop_token stop) {
+            std::mutex mutex;
+            std::unique_lock lock(mutex);
+            std::condition_variable_any wake;
+            // Until the test is over, for code that comes back to the FIFO. Both ends at once
+            // (Linux never blocks this open), then closed: a waiting reader or writer proceeds and
+            // then meets the end of the FIFO.
+            for (auto wait = limit; !wake.wait_for(lock, stop, wait, [] { return false; }) && !stop.stop_requested();
                  wait = std::chrono::milliseconds(50)) {
                 m_released = true;
-                // Both ends at once (Linux never blocks this open), then closed: a waiting reader
-                // or writer proceeds and then meets the end of the FIFO.
-                const int fd = ::open(path.constData(), O_RDWR | O_NONBLOCK);
-                if (fd >= 0)
+                if (const int fd = ::open(path.constData(), O_RDWR | O_NONBLOCK); fd >= 0)
                     ::close(fd);
             }
-        });
+        })
+    {
     }
-    ~FifoGuard() { finish(); }
-    FifoGuard(const FifoGuard &) = delete;
-    FifoGuard &operator=(const FifoGuard &) = delete;
 
     bool made() const { return m_made; }
     // Stops the guard; true when the code under test had to be let go.
     bool finish()
     {
-        {
-            std::lock_guard lock(m_mutex);
-            m_done = true;
-        }
-        m_cond.notify_all();
+        m_thread.request_stop();
         if (m_thread.joinable())
             m_thread.join();
         return m_released;
@@ -57,11 +52,8 @@ public:
 
 private:
     bool m_made;
-    std::mutex m_mutex;
-    std::condition_variable m_cond;
-    bool m_done = false;
-    bool m_released = false;
-    std::thread m_thread;
+    std::atomic<bool> m_released = false;
+    std::jthread m_thread; // last: it stops and joins before the members it uses go
 };
 
 inline bool isFifo(const QByteArray &path)

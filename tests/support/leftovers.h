@@ -5,14 +5,18 @@
 // no environment, in process groups of their own, and outlive their parent when it dies). After
 // each test, whatever still works there is named, killed and fails the program.
 
+#include <algorithm>
 #include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <map>
 #include <string>
-#include <vector>
 
 #include <gtest/gtest.h>
 
 #include <QDir>
-#include <QFile>
 #include <QTemporaryDir>
 #include <QThread>
 
@@ -41,25 +45,22 @@ public:
             QThread::msleep(20);
         // Killed more than once: a shell may start one more child between the look and the kill.
         for (int round = 0; round < 5; ++round) {
-            const std::vector<std::pair<pid_t, std::string>> alive = survivors();
-            if (alive.empty())
-                break;
+            const auto alive = survivors();
             for (const auto &[pid, command] : alive) {
                 if (round == 0)
-                    std::fprintf(stderr, "%s.%s left process %d running: %s\n", test.test_suite_name(), test.name(),
-                                 static_cast<int>(pid), command.c_str());
+                    std::fprintf(stderr, "%s.%s left process %d running: %s\n", test.test_suite_name(), test.name(), pid, command.c_str());
                 ::kill(pid, SIGKILL);
             }
-            m_found = true;
-            QThread::msleep(50);
+            m_found = m_found || !alive.empty();
+            QThread::msleep(alive.empty() ? 0 : 50);
         }
     }
 
 private:
-    Leftovers()
-        : m_folder(QDir::tempPath() + QStringLiteral("/kv-test-XXXXXX"))
-        , m_path(QFile::encodeName(QDir(m_folder.path()).canonicalPath()).toStdString())
+    Leftovers() : m_folder(QDir::tempPath() + QStringLiteral("/kv-test-XXXXXX"))
     {
+        std::error_code error;
+        m_path = std::filesystem::canonical(m_folder.path().toStdString(), error);
         if (!m_folder.isValid() || ::chdir(m_path.c_str()) != 0) {
             std::fprintf(stderr, "no working folder of its own for the test program\n");
             m_found = true;
@@ -67,35 +68,27 @@ private:
     }
 
     // Processes other than this one working in the folder or below it, with their command lines.
-    std::vector<std::pair<pid_t, std::string>> survivors() const
+    // One that has ended (a zombie) has no working folder to read.
+    std::map<int, std::string> survivors() const
     {
-        std::vector<std::pair<pid_t, std::string>> alive;
-        const QStringList entries = QDir(QStringLiteral("/proc")).entryList(QDir::Dirs | QDir::NoDotAndDotDot);
-        for (const QString &entry : entries) {
-            bool number = false;
-            const pid_t pid = static_cast<pid_t>(entry.toInt(&number));
-            if (!number || pid == ::getpid())
+        std::map<int, std::string> alive;
+        for (const auto &entry : std::filesystem::directory_iterator("/proc")) {
+            const int pid = std::atoi(entry.path().filename().c_str());
+            std::error_code error;
+            const std::filesystem::path where = std::filesystem::read_symlink(entry.path() / "cwd", error);
+            const bool inside = std::mismatch(m_path.begin(), m_path.end(), where.begin(), where.end()).first == m_path.end();
+            if (pid <= 0 || pid == ::getpid() || error || !inside)
                 continue;
-            // A process that has ended (a zombie) has no working folder to read.
-            char cwd[4096];
-            const std::string link = "/proc/" + std::to_string(pid) + "/cwd";
-            const ssize_t n = ::readlink(link.c_str(), cwd, sizeof cwd);
-            if (n <= 0)
-                continue;
-            const std::string where(cwd, static_cast<size_t>(n));
-            if (where != m_path && where.rfind(m_path + '/', 0) != 0)
-                continue;
-            QFile cmdline(QStringLiteral("/proc/%1/cmdline").arg(pid));
-            std::string command = cmdline.open(QIODevice::ReadOnly) ? cmdline.readAll().toStdString() : std::string();
-            for (char &c : command)
-                c = c == '\0' ? ' ' : c;
-            alive.emplace_back(pid, command);
+            std::ifstream cmdline(entry.path() / "cmdline");
+            std::string command(std::istreambuf_iterator<char>(cmdline), {});
+            std::replace(command.begin(), command.end(), '\0', ' ');
+            alive.emplace(pid, command);
         }
         return alive;
     }
 
     QTemporaryDir m_folder;
-    std::string m_path;
+    std::filesystem::path m_path;
     bool m_found = false;
 };
 
