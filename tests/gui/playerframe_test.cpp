@@ -68,7 +68,8 @@ struct Session : ProcessRig
             if (list()->selectionModel()->isRowSelected(r))
                 selected.append(QString::number(r));
         }
-        return u"%1 | bold %2 | selected %3 | timer %4"_s.arg(title(), bold.join(u','), selected.join(u','), timerOn() ? u"on"_s : u"off"_s);
+        return u"%1 | bold %2 | selected %3 | timer %4"_s.arg(title(), bold.join(u','), selected.join(u','),
+                                                              timerOn() ? u"on"_s : u"off"_s);
     }
     void select(int row) const
     {
@@ -246,9 +247,12 @@ TEST(Accessibility, ToggleAndPressActionsRunTheirCommands)
         act(button, QAccessibleActionInterface::toggleAction());
         steps.append(state());
     }
-    EXPECT_EQ(steps, QStringList({u"1 rows, wav 1, mp3 0 0, all 0, 0 selected"_s, u"2 rows, wav 0, mp3 1 1, all 0, 0 selected"_s,
-                                  u"2 rows, wav 0, mp3 1 1, all 0, 0 selected"_s, u"2 rows, wav 0, mp3 1 1, all 1, 2 selected"_s,
-                                  u"2 rows, wav 0, mp3 1 1, all 0, 0 selected"_s, u"2 rows, wav 0, mp3 1 1, all 1, 2 selected"_s}));
+    EXPECT_EQ(steps, QStringList({u"1 rows, wav 1, mp3 0 0, all 0, 0 selected"_s,
+                                  u"2 rows, wav 0, mp3 1 1, all 0, 0 selected"_s,
+                                  u"2 rows, wav 0, mp3 1 1, all 0, 0 selected"_s,
+                                  u"2 rows, wav 0, mp3 1 1, all 1, 2 selected"_s,
+                                  u"2 rows, wav 0, mp3 1 1, all 0, 0 selected"_s,
+                                  u"2 rows, wav 0, mp3 1 1, all 1, 2 selected"_s}));
 
     const QString press = QAccessibleActionInterface::pressAction();
     s.select(0);
