@@ -3,16 +3,6 @@
 
 #include <unistd.h>
 
-#include <QAccessible>
-#include <QApplication>
-#include <QHeaderView>
-#include <QLabel>
-#include <QProgressBar>
-#include <QScrollBar>
-#include <QTimer>
-#include <QToolButton>
-#include <QTreeView>
-
 #include "player/player.h"
 #include "support/qtprinters.h"
 #include "windowrig.h"
@@ -46,8 +36,6 @@ bool alive(qint64 pid)
     return close > 0 && line.mid(close + 2, 1) != "Z";
 }
 
-QString mp3(const char *name) { return u"madplay [-Q] ["_s + QLatin1String(name) + u']'; }
-
 // The window open on rows of the MP3 fixture (one second) or, for names ending in .wav, the WAV
 // one, with the script as every entry; MP3s listed unless told otherwise.
 struct Session : ProcessRig
@@ -70,29 +58,26 @@ struct Session : ProcessRig
     void click(int button) const { w<QToolButton>(u"imPlay_%1"_s.arg(button))->click(); }
     QString title() const { return w<QLabel>("lblPlay")->text(); }
     bool timerOn() const { return w<QTimer>("tmrPlay")->isActive(); }
+    // The player as the user sees it.
+    QString look() const
+    {
+        QStringList bold, selected;
+        for (int r = 0; r < list()->model()->rowCount(); ++r) {
+            if (list()->model()->index(r, 0).data(Qt::FontRole).value<QFont>().bold())
+                bold.append(QString::number(r));
+            if (list()->selectionModel()->isRowSelected(r))
+                selected.append(QString::number(r));
+        }
+        return u"%1 | bold %2 | selected %3 | timer %4"_s.arg(title(), bold.join(u','), selected.join(u','),
+                                                              timerOn() ? u"on"_s : u"off"_s);
+    }
     void select(int row) const
     {
         list()->selectionModel()->setCurrentIndex(list()->model()->index(row, 0), QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
     }
-    std::vector<int> boldRows() const
-    {
-        std::vector<int> rows;
-        for (int r = 0; r < list()->model()->rowCount(); ++r)
-            if (list()->model()->index(r, 0).data(Qt::FontRole).value<QFont>().bold())
-                rows.push_back(r);
-        return rows;
-    }
     QStringList logLines() const { return QString::fromUtf8(readAll(log)).split(u'\n', Qt::SkipEmptyParts); }
-    // The logged starts: "entry [option] [file name]", the folder left out.
-    QStringList played() const
-    {
-        QStringList out;
-        for (const QString &line : logLines())
-            if (!line.endsWith(u" child"_s))
-                out.append(line.section(u' ', 1).replace(music, QString()));
-        return out;
-    }
-    // Every process the entries logged, the shells' children included.
+    // The names of the files the entries were started on.
+    QStringList played() const { return logLines().filter(music).replaceInStrings(QRegularExpression(u".*/|]$"_s), QString()); }
     std::vector<qint64> pids() const
     {
         std::vector<qint64> out;
@@ -118,10 +103,10 @@ TEST(PlayerFrame, RowsPlayInTurnFromTheSelectedOne)
     for (int i = 0; i < 60; ++i)
         names.append("r" + QByteArray::number(i).rightJustified(2, '0') + ".mp3");
     Session s(names);
-    EXPECT_FALSE(s.timerOn()) << "an idle player has no timer running";
     // Each row whose look changes is announced to the view, which repaints it.
     const ModelMirror seen(s.list()->model());
     s.select(56);
+    EXPECT_EQ(s.look(), u" | bold  | selected 56 | timer off"_s) << "an idle player has no timer running";
     s.list()->scrollToTop();
     // Scrolled to its far right too: a row brought into view shows its name.
     s.list()->header()->resizeSection(1, 2000);
@@ -131,20 +116,17 @@ TEST(PlayerFrame, RowsPlayInTurnFromTheSelectedOne)
     s.click(Player::Play);
     ASSERT_TRUE(s.waitPlayed(1));
     s.w<QTimer>("tmrPlay")->setInterval(600000); // no tick within the test
-    EXPECT_EQ(s.title(), u"r56.mp3 (0:00:01)"_s);
-    EXPECT_TRUE(s.timerOn());
     for (int row = 56; row < 60; ++row) {
-        ASSERT_TRUE(s.waitFor([&] { return s.boldRows() == std::vector<int>{row}; }, 3000)) << row;
+        ASSERT_TRUE(s.waitFor([&] { return s.look().contains(u"bold %1 "_s.arg(row)); }, 3000)) << row;
+        EXPECT_EQ(s.look(), u"r%1.mp3 (0:00:01) | bold %1 | selected %1 | timer on"_s.arg(row));
         EXPECT_TRUE(inView(row) && inView(std::min(row + 1, 59))) << row;
-        EXPECT_EQ(s.list()->selectionModel()->selectedRows(), QModelIndexList{s.list()->model()->index(row, 0)});
         EXPECT_EQ(seen.rows, seen.now());
     }
     ASSERT_TRUE(s.waitFor([&] { return !s.timerOn(); }));
-    EXPECT_EQ(s.title(), QString());
+    EXPECT_EQ(s.look(), u" | bold  | selected 59 | timer off"_s);
     EXPECT_EQ(s.w<QLabel>("lblPlayTime")->text(), u"0:00:00"_s);
-    EXPECT_TRUE(s.boldRows().empty());
     EXPECT_EQ(seen.rows, seen.now());
-    EXPECT_EQ(s.played(), QStringList({mp3("r56.mp3"), mp3("r57.mp3"), mp3("r58.mp3"), mp3("r59.mp3")}));
+    EXPECT_EQ(s.played(), QStringList({u"r56.mp3"_s, u"r57.mp3"_s, u"r58.mp3"_s, u"r59.mp3"_s}));
 }
 
 // The keys and buttons: a long row counts its time; Next and Previous move and end the decoder
@@ -154,9 +136,10 @@ TEST(PlayerFrame, RowsPlayInTurnFromTheSelectedOne)
 TEST(PlayerFrame, KeysButtonsAndARefillEndEveryProcessOfThePlayer)
 {
     Session s({"family1.mp3", "long2.mp3", "long3.mp3"});
+    auto key = [&](Qt::Key k) { QTest::keyClick(s.window.get(), k); };
     s.select(0);
     QApplication::setActiveWindow(s.window.get());
-    QTest::keyClick(s.window.get(), Qt::Key_F5);
+    key(Qt::Key_F5);
     ASSERT_TRUE(s.waitFor([&] { return s.pids().size() == 2; })) << "the decoder and its child";
     ASSERT_TRUE(s.waitFor([&] { return s.w<QLabel>("lblPlayTime")->text() == u"0:00:01"_s; }, 3000));
     EXPECT_GE(s.w<QProgressBar>("pbPlay")->value(), 1);
@@ -165,41 +148,32 @@ TEST(PlayerFrame, KeysButtonsAndARefillEndEveryProcessOfThePlayer)
     s.click(Player::Next);
     EXPECT_TRUE(s.goneSoon(first)) << "the decoder left and its child are gone (they would play for 20 s)";
     ASSERT_TRUE(s.waitPlayed(2));
-    EXPECT_EQ(s.played().back(), mp3("long2.mp3"));
-    EXPECT_EQ(s.boldRows(), std::vector<int>{1});
-    EXPECT_EQ(s.title(), u"long2.mp3 (0:00:01)"_s);
-    QTest::keyClick(s.window.get(), Qt::Key_F8);
+    EXPECT_EQ(s.look(), u"long2.mp3 (0:00:01) | bold 1 | selected 1 | timer on"_s);
+    key(Qt::Key_F8);
     ASSERT_TRUE(s.waitPlayed(3));
-    EXPECT_EQ(s.played().back(), mp3("long3.mp3"));
     s.click(Player::Next); // the last row: nothing
     QTest::qWait(300);
     EXPECT_EQ(s.played().size(), 3);
     EXPECT_FALSE(std::ranges::none_of(s.pids(), alive));
-    QTest::keyClick(s.window.get(), Qt::Key_F7);
+    key(Qt::Key_F7);
     ASSERT_TRUE(s.waitPlayed(4));
-    EXPECT_EQ(s.played().back(), mp3("long2.mp3"));
-    QTest::keyClick(s.window.get(), Qt::Key_F6);
+    key(Qt::Key_F6);
     EXPECT_TRUE(s.goneSoon());
-    EXPECT_FALSE(s.timerOn());
-    EXPECT_TRUE(s.boldRows().empty());
-    EXPECT_EQ(s.title(), QString());
+    EXPECT_EQ(s.look(), u" | bold  | selected 1 | timer off"_s);
 
     s.list()->setFocus();
     s.list()->setCurrentIndex(s.list()->model()->index(2, 0));
     QTest::keyClick(s.list(), Qt::Key_Return);
     ASSERT_TRUE(s.waitPlayed(5));
-    EXPECT_EQ(s.played().back(), mp3("long3.mp3"));
     const QPoint at = s.list()->visualRect(s.list()->model()->index(1, 1)).center();
     QTest::mouseClick(s.list()->viewport(), Qt::LeftButton, {}, at);
     QTest::mouseDClick(s.list()->viewport(), Qt::LeftButton, {}, at);
     ASSERT_TRUE(s.waitPlayed(6));
-    EXPECT_EQ(s.played().back(), mp3("long2.mp3"));
-    EXPECT_EQ(s.boldRows(), std::vector<int>{1});
+    EXPECT_TRUE(s.look().contains(u" | bold 1 | "_s));
     s.select(2);
     QTest::mouseClick(s.list()->viewport(), Qt::LeftButton, Qt::ControlModifier, s.list()->visualRect(s.list()->model()->index(0, 1)).center());
     s.click(Player::Play);
     ASSERT_TRUE(s.waitPlayed(7));
-    EXPECT_EQ(s.played().back(), mp3("family1.mp3"));
 
     // A refill while a row plays: the player stops, and Next then counts from the first row.
     s.toolbar(ShowMp3)->trigger();
@@ -207,7 +181,7 @@ TEST(PlayerFrame, KeysButtonsAndARefillEndEveryProcessOfThePlayer)
     EXPECT_FALSE(s.timerOn());
     s.click(Player::Next);
     ASSERT_TRUE(s.waitPlayed(8));
-    EXPECT_EQ(s.played().back(), mp3("long2.mp3"));
+    EXPECT_EQ(s.played().join(u' '), u"family1.mp3 long2.mp3 long3.mp3 long2.mp3 long3.mp3 long2.mp3 family1.mp3 long2.mp3"_s);
     // The end of the session, as a logout signals it.
     watchSessionEnd(s.window.get(), [&](int) { s.controller->endSession(); });
     ::raise(SIGTERM);
@@ -232,18 +206,17 @@ TEST(PlayerFrame, FailingDecodersAndAwkwardNames)
     ASSERT_TRUE(s.waitFor([&] { return s.title().startsWith(u"<b>bold.mp3"_s); }));
     EXPECT_EQ(QAccessible::queryAccessibleInterface(s.w("lblPlay"))->text(QAccessible::Name), s.title());
     ASSERT_TRUE(s.waitFor([&] { return s.played().size() == 8 && !s.timerOn(); }));
-    // The log holds the bytes the entry got; the list sorts them its own way.
+    // The log holds the MP3 entry and the bytes it got; the list sorts them its own way.
     for (const QByteArray &name : names)
-        EXPECT_TRUE(readAll(s.log).contains("[-Q] [" + QFile::encodeName(s.music) + name + "]\n")) << name.toStdString();
+        EXPECT_TRUE(readAll(s.log).contains(" madplay [-Q] [" + QFile::encodeName(s.music) + name + "]\n")) << name.toStdString();
 
     // The start-up check refuses a codec folder like this, so the entry is spoilt afterwards.
     QFile::setPermissions(s.program + u"codec/madplay"_s, QFile::ReadOwner | QFile::WriteOwner);
     s.select(1);
     s.click(Player::Play);
     ASSERT_TRUE(s.waitFor([&] { return s.title() == u"PlayStart Failed"_s; }));
-    EXPECT_EQ(s.boldRows(), std::vector<int>{1});
     QTest::qWait(250);
-    EXPECT_FALSE(s.timerOn());
+    EXPECT_EQ(s.look(), u"PlayStart Failed | bold 1 | selected 1 | timer off"_s);
     // The temporary folder's own clean-up cannot name a file that is not UTF-8.
     ::unlink((QFile::encodeName(s.music) + names[6]).constData());
 }
@@ -259,31 +232,35 @@ TEST(Accessibility, ToggleAndPressActionsRunTheirCommands)
         ASSERT_TRUE(a && a->actionNames().contains(action)) << name;
         a->doAction(action);
     };
-    const QString toggle = QAccessibleActionInterface::toggleAction(), press = QAccessibleActionInterface::pressAction();
-    auto selected = [&] { return s.w<QLabel>("lblInfo_3")->text(); };
-    ASSERT_EQ(s.list()->model()->rowCount(), 1);
-    act("tbMain_9", toggle); // Show Mp3
-    EXPECT_EQ(s.list()->model()->rowCount(), 2);
-    EXPECT_TRUE(s.toolbar(ShowMp3)->isChecked());
-    EXPECT_FALSE(s.toolbar(ShowWav)->isChecked());
-    act("tbMain_9", toggle); // pressed again: listed again, still pressed
-    EXPECT_TRUE(s.toolbar(ShowMp3)->isChecked() && s.w<QToolButton>("tbMain_9")->isChecked());
+    // The rows listed, the Show Wav and Show Mp3 buttons, Make All, and the files it counts.
+    auto state = [&] {
+        return u"%1 rows, wav %2, mp3 %3 %4, all %5, %6 selected"_s.arg(s.list()->model()->rowCount())
+            .arg(s.toolbar(ShowWav)->isChecked())
+            .arg(s.toolbar(ShowMp3)->isChecked())
+            .arg(s.w<QToolButton>("tbMain_9")->isChecked())
+            .arg(s.toolbar(MakeAll)->isChecked())
+            .arg(s.w<QLabel>("lblInfo_3")->text());
+    };
+    // Show Mp3 twice (pressed again, it lists again and stays pressed), then Make All three times.
+    QStringList steps{state()};
+    for (const char *button : {"tbMain_9", "tbMain_9", "tbMain_6", "tbMain_6", "tbMain_6"}) {
+        act(button, QAccessibleActionInterface::toggleAction());
+        steps.append(state());
+    }
+    EXPECT_EQ(steps, QStringList({u"1 rows, wav 1, mp3 0 0, all 0, 0 selected"_s,
+                                  u"2 rows, wav 0, mp3 1 1, all 0, 0 selected"_s,
+                                  u"2 rows, wav 0, mp3 1 1, all 0, 0 selected"_s,
+                                  u"2 rows, wav 0, mp3 1 1, all 1, 2 selected"_s,
+                                  u"2 rows, wav 0, mp3 1 1, all 0, 0 selected"_s,
+                                  u"2 rows, wav 0, mp3 1 1, all 1, 2 selected"_s}));
 
-    EXPECT_EQ(selected(), u"0"_s);
-    act("tbMain_6", toggle); // Make All
-    EXPECT_TRUE(s.toolbar(MakeAll)->isChecked());
-    EXPECT_EQ(selected(), u"2"_s) << "every listed file counts";
-    act("tbMain_6", toggle);
-    EXPECT_FALSE(s.toolbar(MakeAll)->isChecked());
-    EXPECT_EQ(selected(), u"0"_s);
-    act("tbMain_6", toggle);
-
+    const QString press = QAccessibleActionInterface::pressAction();
     s.select(0);
     act("imPlay_0", press);
     ASSERT_TRUE(s.waitPlayed(1));
     act("imPlay_3", press);
     ASSERT_TRUE(s.waitPlayed(2));
-    EXPECT_EQ(s.played(), QStringList({mp3("long1.mp3"), mp3("long2.mp3")}));
+    EXPECT_EQ(s.played(), QStringList({u"long1.mp3"_s, u"long2.mp3"_s}));
     act("imPlay_1", press);
     ASSERT_TRUE(s.waitFor([&] { return std::ranges::none_of(s.pids(), alive); }));
 

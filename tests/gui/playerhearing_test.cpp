@@ -2,11 +2,6 @@
 // files of different pitches, and the recording of the server tells which file played when.
 #include <cstdio>
 
-#include <gtest/gtest.h>
-
-#include <QToolButton>
-#include <QTreeView>
-
 #include "player/player.h"
 #include "sound/soundrecorder.h"
 #include "support/qtprinters.h"
@@ -15,7 +10,6 @@
 using namespace kv;
 using namespace kv::test;
 using namespace Qt::StringLiterals;
-using namespace std::chrono_literals;
 
 // Each kind plays through its own entry (Musepack of stream version 8), its rows once each, in
 // list order, whole. MP3, whose rows are timed by their decoder's end, also has to keep Play to
@@ -32,9 +26,8 @@ TEST(PlayerHearing, EveryKindPlaysItsRowsInListOrder)
         // The codec entries the build made, and files named so that the list's order is theirs.
         const QString music = l.dir.path() + u"/music/"_s;
         QDir().mkpath(music);
-        QDir().mkpath(l.program + u"codec"_s);
-        for (const QString &entry : QDir(QStringLiteral(KV_BIN_DIR "/codec")).entryList(QDir::Files))
-            QFile::copy(QStringLiteral(KV_BIN_DIR "/codec/") + entry, l.program + u"codec/"_s + entry);
+        QDir().mkpath(l.program);
+        QFile::link(QStringLiteral(KV_BIN_DIR "/codec"), l.program + u"codec"_s);
         for (size_t i = 0; i < k.pitches.size(); ++i)
             QFile::copy(QStringLiteral(KV_TEST_DATA_DIR "/sound/tone-%1.%2").arg(k.pitches[i]).arg(k.kind),
                         music + u"%1 tone.%2"_s.arg(i + 1).arg(k.kind));
@@ -43,22 +36,24 @@ TEST(PlayerHearing, EveryKindPlaysItsRowsInListOrder)
 
         auto *list = l.w<QTreeView>("lstMain");
         list->selectionModel()->setCurrentIndex(list->model()->index(0, 0), QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
-        const std::int64_t pressed = recorder.position();
+        const double pressed = recorder.now();
         l.w<QToolButton>(u"imPlay_%1"_s.arg(Player::Play))->click();
-        std::optional<std::int64_t> first, end;
-        ASSERT_TRUE(l.waitFor([&] { return bool(first = recorder.firstSound(pressed)); }, 3000)) << "nothing was heard";
-        // Half a second of silence, once all but the last row must have played, ends the list.
-        const std::int64_t last = *first + recorder.samples(1000ms * k.pitches.size() - 500ms);
-        ASSERT_TRUE(l.waitFor([&] { return bool(end = recorder.silenceFrom(last, recorder.samples(500ms))); }));
-        const std::vector<SoundSegment> heard = recorder.sounds(pressed, *end);
+        // Half a second of silence after a sound that began once all but the last row must have
+        // played ends the list.
+        std::vector<SoundSegment> heard;
+        const double rows = double(k.pitches.size());
+        EXPECT_TRUE(l.waitFor([&] {
+            heard = recorder.sounds(pressed);
+            return !heard.empty() && heard.back().start > heard[0].start + rows - 1.5 && recorder.now() > heard.back().end + 0.5;
+        }, 15000));
         std::vector<int> pitches;
         for (const SoundSegment &s : heard)
             pitches.push_back(s.pitch);
-        EXPECT_EQ(pitches, k.pitches) << ::testing::PrintToString(heard) << " pressed at " << recorder.milliseconds(pressed) << " ms";
-        const double toSound = recorder.milliseconds(*first - pressed);
+        ASSERT_EQ(pitches, k.pitches) << ::testing::PrintToString(heard) << " pressed at " << pressed << " s";
+        const double toSound = 1000 * (heard[0].start - pressed);
         const QString what = k.kind == u"mp3"_s ? u"Play to the first sound"_s : k.kind + u": Play to the first sound"_s;
         std::printf("%-40s %5.0f ms\n", what.toUtf8().constData(), toSound);
-        if (k.kind != u"mp3"_s || pitches != k.pitches)
+        if (k.kind != u"mp3"_s)
             continue;
         EXPECT_LE(toSound, 300);
         for (size_t i = 0; i < heard.size(); ++i) {

@@ -1,9 +1,7 @@
 #!/usr/bin/env bash
-# Regenerates the tone files the listening tests play, named tone-PITCH.EXT: one second of a sine,
-# mono, 44.1 kHz, at half of full scale with 5 ms fades, in each format the program plays. The
-# pitches are far apart and none is a multiple of another, so a recording tells each file from
-# the others within 10 ms. The same tools give the same bytes (sox without dither, oggenc with a
-# fixed serial number). Needs sox, lame, oggenc and mpcenc (scripts/deps.sh).
+# Regenerates the tones the listening tests play, tone-PITCH.EXT: one second of a sine at half of
+# full scale, 5 ms fades, pitches far apart. Same tools, same bytes (sox without dither, oggenc
+# with a fixed serial number). Needs sox, lame, oggenc and mpcenc (scripts/deps.sh).
 set -euo pipefail
 cd "$(dirname "$0")"
 for pitch in 440 660 990 1480; do
