@@ -8,28 +8,15 @@
 
 namespace {
 
-// The one file the configuration code reads and writes, in memory.
-struct MemoryFile : kv::Files
-{
-    std::optional<QByteArray> bytes;
-    std::optional<std::int64_t> fileSize(const QString &) override { return bytes ? std::optional<std::int64_t>(bytes->size()) : std::nullopt; }
-    std::unique_ptr<kv::ByteSource> open(const QString &) override { return nullptr; }
-    kv::RemoveResult remove(const QString &) override { return kv::RemoveResult::OtherError; }
-    std::optional<QByteArray> readAll(const QString &) override { return bytes; }
-    bool writeAtStart(const QString &, const QByteArray &b) override { return bytes = b, true; }
-};
-
-// Loads the bytes into fresh controls, then saves them as the window does at close: whether the
-// load completed, and what was saved.
+// Loads the bytes into fresh controls, then saves them as the window does at close.
 std::pair<bool, QByteArray> loadThenSave(const QByteArray &bytes)
 {
-    const QString path = QStringLiteral("/config/kestrvan.cfg");
-    MemoryFile in, out;
+    kvfuzz::MemoryFile in, out;
     in.bytes = bytes;
     kv::SettingsControls controls(QLocale(QLocale::English, QLocale::UnitedStates));
     kv::ConfigRecord record;
-    const bool loaded = kv::LoadConfig(path, in, controls, record);
-    KV_FUZZ_CHECK(kv::SaveConfig(path, out, controls, record));
+    const bool loaded = kv::LoadConfig(QStringLiteral("/config/kestrvan.cfg"), in, controls, record);
+    KV_FUZZ_CHECK(kv::SaveConfig(QStringLiteral("/config/kestrvan.cfg"), out, controls, record));
     return {loaded, out.bytes.value_or(QByteArray())};
 }
 
