@@ -5,7 +5,6 @@
 #include "media/readers.h"
 #include "platform/posix/posixfiles.h"
 #include "support/bytefiles.h"
-#include "support/qtprinters.h"
 #include "support/recorded.h"
 
 using namespace kv;
@@ -33,11 +32,12 @@ QString text(const std::optional<MediaInfo> &r)
     return r ? QStringList(r->columns.begin(), r->columns.end()).join(QLatin1Char('|')) : QStringLiteral("no row");
 }
 
-// At most two passes over the bytes, in large reads: bounds the work, where a clock would be flaky.
-QString read(AudioFormat format, const QString &name, const QByteArray &head, std::int64_t length)
+// At most two passes over the bytes (their own length unless told), in large reads: bounds the
+// work, where a clock would be flaky.
+QString read(AudioFormat format, const QByteArray &head, std::int64_t length = 0)
 {
-    SizedSource s(head, length);
-    const QString row = text(readMediaInfo(format, name, s));
+    SizedSource s(head, length ? length : head.size());
+    const QString row = text(readMediaInfo(format, QStringLiteral("a"), s));
     EXPECT_LE(s.bytesRead, 2 * head.size() + (1 << 20)) << row.toStdString();
     EXPECT_LE(s.calls, 64 + head.size() / 4096) << row.toStdString();
     return row;
@@ -47,28 +47,25 @@ QByteArray frames(int count, const char (&header)[5], int length) { return (QByt
 
 } // namespace
 
-// Each file's row, or "no row", is in the record: the encoded fixtures, read through the files,
-// and the fuzz seeds, headers patched at the edges the readers must hold. A seed named "...@N"
-// claims N bytes, of which only those it holds can be read. Of the fixtures, cbr320-stereo.mp3
-// holds stereo frames whose fourth byte 04 reads as joint stereo, and stereo-44100.mpc lasts
-// 1.5 s, shown as 2.
+// Each file's row, or "no row", is in the record: the encoded fixtures, read through the files, and
+// the fuzz seeds, headers patched at the edges the readers must hold; a seed named "...@N" claims
+// N bytes, of which only those it holds can be read. cbr320-stereo.mp3 holds stereo frames whose
+// fourth byte 04 reads as joint stereo; stereo-44100.mpc lasts 1.5 s, shown as 2.
 TEST(Readers, FixturesAndSeedsAsRecorded)
 {
     QStringList lines;
     PosixFiles files;
-    for (const char *folder : {"%1/", "../fuzz/%1/seeds/"}) {
+    for (const char *folder : {"data/%1/", "fuzz/%1/seeds/"}) {
         for (const char *type : {"wav", "ogg", "mp3", "mpc"}) {
             const QString label = QString::fromLatin1(folder).arg(QLatin1String(type));
-            const QString path = QStringLiteral(KV_TEST_DATA_DIR "/") + label;
+            const QString path = QStringLiteral(KV_TEST_DATA_DIR "/../") + label;
             const AudioFormat format = *formatFromPattern(QStringLiteral("*.") + QLatin1String(type));
             for (const QString &name : QDir(path).entryList(QDir::Files)) {
                 const QByteArray bytes = readAll(path + name);
-                const qsizetype at = name.indexOf(QLatin1Char('@'));
-                const std::int64_t size = at < 0 ? bytes.size() : name.mid(at + 1).section(QLatin1Char('.'), 0, 0).toLongLong();
-                if (label.startsWith(QLatin1Char('.')))
-                    lines << label.mid(3) + name + QStringLiteral(": ") + read(format, QStringLiteral("a"), bytes, size);
-                else
-                    lines << QLatin1String(type) + QStringLiteral(": ") + text(readMediaInfo(format, path, name, files));
+                const qint64 claimed = name.section(QLatin1Char('@'), 1).section(QLatin1Char('.'), 0, 0).toLongLong();
+                const QString row = label.startsWith(QLatin1String("fuzz")) ? read(format, bytes, claimed)
+                                                                            : text(readMediaInfo(format, path, name, files));
+                lines << label + name + QStringLiteral(": ") + row;
             }
         }
     }
@@ -78,12 +75,12 @@ TEST(Readers, FixturesAndSeedsAsRecorded)
 
     // Too large to keep: the most 3-byte frames the walk takes, and one more.
     const QByteArray tiny = QByteArray("\xFF\xFB\xF6", 3).repeated(10'000'000);
-    lines << QStringLiteral("10,000,000 frames: ") + read(Mp3, QStringLiteral("a"), tiny, tiny.size());
-    lines << QStringLiteral("10,000,001 frames: ") + read(Mp3, QStringLiteral("a"), tiny + "\xFF\xFB\xF6", tiny.size() + 3);
+    lines << QStringLiteral("10,000,000 frames: ") + read(Mp3, tiny);
+    lines << QStringLiteral("10,000,001 frames: ") + read(Mp3, tiny + "\xFF\xFB\xF6");
     // 160 kbit/s frames up to 40 KB past the first 256 KB window, in a file that shrank: the rest
     // reads as zeros, never as the bytes of the window before.
     const QByteArray shrunk = frames(100, "\xFF\xFB\x90\x44", 417) + frames(503, "\xFF\xFB\xA0\x44", 522);
-    lines << QStringLiteral("shrunk while read: ") + read(Mp3, QStringLiteral("a"), shrunk, 600'000);
+    lines << QStringLiteral("shrunk while read: ") + read(Mp3, shrunk, 600'000);
     test::expectAsRecorded(QStringLiteral("media-readers"), lines);
 
     SizedSource failing(shrunk, shrunk.size());
