@@ -1,15 +1,12 @@
-// Loading the configuration record. The input, cut or padded with zeros to the record's length,
-// is the file; a load may end early at a refused value, but whatever the program then saves it
-// reads back whole, and saving that again changes no byte.
+// The input, cut or padded with zeros to the record's length, is the configuration file; a load may
+// end early at a refused value, but what is then saved reads back whole and saves again unchanged.
 #include <QLocale>
 
 #include "fuzzing.h"
 #include "settings/configfile.h"
 
-namespace {
-
 // Loads the bytes into fresh controls, then saves them as the window does at close.
-std::pair<bool, QByteArray> loadThenSave(const QByteArray &bytes)
+static std::pair<bool, QByteArray> loadThenSave(const QByteArray &bytes)
 {
     kvfuzz::MemoryFile in, out;
     in.bytes = bytes;
@@ -19,8 +16,6 @@ std::pair<bool, QByteArray> loadThenSave(const QByteArray &bytes)
     KV_FUZZ_CHECK(kv::SaveConfig(QStringLiteral("/config/kestrvan.cfg"), out, controls, record));
     return {loaded, out.bytes.value_or(QByteArray())};
 }
-
-} // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {

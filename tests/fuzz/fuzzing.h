@@ -1,6 +1,5 @@
 #pragma once
-// Every target defines the entry below: libFuzzer calls it in the fuzzing build, replaymain.cpp
-// over the kept inputs in the ordinary test run.
+// The entry every target defines, called by libFuzzer or, in the test run, by replaymain.cpp.
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
