@@ -31,8 +31,6 @@ TEST(CommandLine, TargetsAndQuoting)
 // One codec a processor, never more than eight, at least one however few the system reports.
 TEST(Processors, SlotsFollowTheProcessorsUpToEight)
 {
-    std::vector<int> slots;
-    for (const long reported : {-1, 0, 2, 8, 9, 64})
-        slots.push_back(clampProcessorCount(reported));
-    EXPECT_EQ(slots, (std::vector{1, 1, 2, 8, 8, 8}));
+    for (const auto &[reported, slots] : {std::pair{-1L, 1}, {0L, 1}, {2L, 2}, {8L, 8}, {9L, 8}, {64L, 8}})
+        EXPECT_EQ(clampProcessorCount(reported), slots) << reported;
 }

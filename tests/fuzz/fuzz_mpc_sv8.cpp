@@ -1,11 +1,10 @@
 // The Musepack stream-version-8 packet walk: the input follows the "MPCK" signature, so every
-// execution reaches the packets instead of first having to find the signature.
+// execution reaches the packets, and there is a row, name and size at least, whatever follows.
 #include "fuzzing.h"
 #include "media/mpcreader.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
-    // Once the signature matched there is a row, name and size at least, whatever follows.
     KV_FUZZ_CHECK(kvfuzz::checkReader(kv::readMpcInfo, QByteArrayLiteral("MPCK") + kvfuzz::bytesOf(data, size)));
     return 0;
 }

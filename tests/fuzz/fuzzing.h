@@ -1,17 +1,12 @@
 #pragma once
-// Every target defines the entry below: libFuzzer calls it in the fuzzing build, replaymain.cpp
-// over the kept inputs in the ordinary test run.
+// The entry every target defines, called by libFuzzer or, in the test run, by replaymain.cpp.
 #include <algorithm>
-#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
-#include <QByteArray>
-#include <QString>
-
 #include "media/mediainfo.h"
-#include "platform/bytesource.h"
+#include "platform/files.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size);
 
@@ -23,8 +18,7 @@ namespace kvfuzz {
 
 inline QByteArray bytesOf(const std::uint8_t *data, std::size_t size) { return QByteArray(reinterpret_cast<const char *>(data), qsizetype(size)); }
 
-// The input as UTF-16 code units, lone surrogates included: names and command lines may hold any
-// of them. Copied, since the input need not be aligned for char16_t.
+// The input as UTF-16 code units, lone surrogates included; copied, as the input need not be aligned.
 inline QString utf16Of(const std::uint8_t *data, std::size_t size)
 {
     QString text(qsizetype(size / 2), Qt::Uninitialized);
@@ -32,8 +26,7 @@ inline QString utf16Of(const std::uint8_t *data, std::size_t size)
     return text;
 }
 
-// Hands out at most a few bytes per read, as a pipe or a network file system may: a reader must
-// gather what it needs instead of trusting one read to fill its buffer.
+// At most a few bytes per read, as from a pipe: a reader must gather what it needs.
 struct TricklingByteSource : kv::MemoryByteSource
 {
     using MemoryByteSource::MemoryByteSource;
@@ -41,6 +34,17 @@ struct TricklingByteSource : kv::MemoryByteSource
     {
         return MemoryByteSource::read(offset, dst, std::min<std::int64_t>(n, 7));
     }
+};
+
+// The one file the configuration code reads and writes, in memory (the settings tests use it too).
+struct MemoryFile : kv::Files
+{
+    std::optional<QByteArray> bytes;
+    std::optional<std::int64_t> fileSize(const QString &) override { return bytes ? std::optional<std::int64_t>(bytes->size()) : std::nullopt; }
+    std::unique_ptr<kv::ByteSource> open(const QString &) override { return nullptr; }
+    kv::RemoveResult remove(const QString &) override { return kv::RemoveResult::OtherError; }
+    std::optional<QByteArray> readAll(const QString &) override { return bytes; }
+    bool writeAtStart(const QString &, const QByteArray &b) override { return bytes = b, true; }
 };
 
 // A reader never throws, a row starts with the file's name, and the row does not depend on how

@@ -4,6 +4,7 @@
 
 #include <QLocale>
 
+#include "fuzz/fuzzing.h"
 #include "settings/configfile.h"
 #include "support/qtprinters.h"
 
@@ -14,21 +15,10 @@ namespace {
 
 const QString kPath = QStringLiteral("/opt/kv/kestrvan.cfg");
 
-// The one file the configuration code touches, in memory.
-struct OneFile : Files
-{
-    std::optional<QByteArray> bytes;
-    std::optional<std::int64_t> fileSize(const QString &) override { return bytes ? std::optional<std::int64_t>(bytes->size()) : std::nullopt; }
-    std::unique_ptr<ByteSource> open(const QString &) override { return nullptr; }
-    RemoveResult remove(const QString &) override { return RemoveResult::OtherError; }
-    std::optional<QByteArray> readAll(const QString &) override { return bytes; }
-    bool writeAtStart(const QString &, const QByteArray &b) override { return bytes = b, true; }
-};
-
 struct Loaded
 {
     explicit Loaded(const QByteArray &bytes) { file.bytes = bytes; completed = LoadConfig(kPath, file, controls, record); }
-    OneFile file;
+    kvfuzz::MemoryFile file;
     SettingsControls controls{QLocale(QLocale::English, QLocale::UnitedStates)};
     ConfigRecord record;
     bool completed = false;
@@ -36,7 +26,7 @@ struct Loaded
 
 QByteArray save(const SettingsControls &c, ConfigRecord record)
 {
-    OneFile file;
+    kvfuzz::MemoryFile file;
     EXPECT_TRUE(SaveConfig(kPath, file, c, record));
     return file.bytes.value_or(QByteArray());
 }
@@ -114,9 +104,8 @@ TEST(ConfigFile, OverflowingWidthStopsTheLoadAfterLeftAndTop)
     EXPECT_TRUE(Loaded(r.bytes()).completed);
 }
 
-// Each row: the option text and the estimate of one encoder. The forecast at every value a
-// control can take is in the window's record; the quality rows here hold the numbers of the
-// option text. The defaults are in the options command's tests, which print both.
+// The forecast at every value a control can take is in the window's record, the defaults in the
+// options command's tests; here the option text's numbers and the modes' edges.
 TEST(OptionTextAndEstimate, ByEncoderAndMode)
 {
     const auto ogg = [](int q) { return EncoderSettings{.ogg = {.qualityTenths = q}}; };
