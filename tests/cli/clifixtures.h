@@ -29,18 +29,7 @@ struct CliResult
     int status = -1;
 };
 
-// The built binary, copied beside a link to the built codec folder so that no kestrvan.cfg left
-// beside build/bin can change what a test sees.
-inline QString cliPath()
-{
-    static QTemporaryDir dir;
-    static const QString path = [] {
-        QFile::copy(QStringLiteral(KV_BIN_DIR "/kestrelvane-cli"), dir.filePath(u"kestrelvane-cli"_s));
-        QFile::link(QStringLiteral(KV_BIN_DIR "/codec"), dir.filePath(u"codec"_s));
-        return dir.filePath(u"kestrelvane-cli"_s);
-    }();
-    return path;
-}
+inline QString cliPath();
 
 // unprivileged takes away root's right to read and search whatever it likes.
 struct CliRun
@@ -71,11 +60,8 @@ inline CliResult runCli(const QStringList &args, const CliRun &how = {})
 {
     QProcess p;
     startCli(p, args, how);
-    if (!p.waitForFinished(120000)) {
-        p.kill();
-        p.waitForFinished();
-        return {QString(), u"timed out"_s};
-    }
+    if (!p.waitForFinished(120000))
+        return {QString(), u"timed out"_s}; // killed as p goes
     return {QString::fromUtf8(p.readAllStandardOutput()), QString::fromUtf8(p.readAllStandardError()),
             p.exitStatus() == QProcess::NormalExit ? p.exitCode() : -1};
 }
@@ -124,14 +110,15 @@ inline QByteArray record(std::initializer_list<std::pair<int, int>> set)
 }
 
 // A copy of the binary beside a copy of the codec folder, in which codecs may be replaced, with a
-// desktop trash of its own and, when a language is given, a configuration record holding it.
+// desktop trash of its own and, when a language is given, a configuration record holding it. No
+// kestrvan.cfg left beside build/bin can change what a test sees.
 struct ProgramCopy
 {
     QTemporaryDir dir;
 
     explicit ProgramCopy(int language = -1)
     {
-        QFile::copy(cliPath(), path());
+        QFile::copy(QStringLiteral(KV_BIN_DIR "/kestrelvane-cli"), path());
         QProcess::execute(u"/bin/cp"_s, {u"-r"_s, QStringLiteral(KV_BIN_DIR "/codec"), dir.path()});
         if (language >= 0)
             write(dir.filePath(u"kestrvan.cfg"_s), record({{1, language}}));
@@ -149,5 +136,11 @@ struct ProgramCopy
     {
         return {.program = program.isEmpty() ? path() : program, .env = {u"XDG_DATA_HOME="_s + dir.filePath(u"data"_s)}};
     }
-    CliResult convert(const QStringList &args) const { return runCli(QStringList{u"convert"_s} + args, how()); }
 };
+
+// The copy most runs share.
+inline QString cliPath()
+{
+    static const ProgramCopy shared;
+    return shared.path();
+}

@@ -3,46 +3,31 @@
 #include "cli/clifixtures.h"
 #include "support/signalhandled.h"
 
-namespace {
-
-// One installation for every case: installing is what is tested, and it takes a while.
-QString installed(const QString &relative)
+// One installation for every check: installing is what is tested, and it takes a while. The
+// installed program lists a folder and runs each encoder of the codec folder installed beside it.
+// Installed for every user, the program's folder is not the user's to write: the settings are then
+// read from (and written to) the user's configuration folder.
+TEST(Install, InstalledProgramRunsItsCodecsAndKeepsTheSettingsInTheUsersFolder)
 {
-    static QTemporaryDir prefix;
-    static const CliResult r = runCli({u"--install"_s, QStringLiteral(KV_BUILD_DIR), u"--prefix"_s, prefix.path()},
-                                      {.program = QStringLiteral(KV_CMAKE)});
-    EXPECT_EQ(r.status, 0) << "cmake --install: " << r.out.toStdString() << r.err.toStdString();
-    return prefix.filePath(relative);
-}
-
-} // namespace
-
-TEST(Install, InstalledCliListsAFolderAndRunsItsCodecs)
-{
-    QTemporaryDir music;
-    const QString source = music.filePath(u"Evening take.wav"_s);
+    QTemporaryDir prefix, music, home;
+    const CliResult install = runCli({u"--install"_s, QStringLiteral(KV_BUILD_DIR), u"--prefix"_s, prefix.path()},
+                                     {.program = QStringLiteral(KV_CMAKE)});
+    ASSERT_EQ(install.status, 0) << "cmake --install: " << install.out.toStdString() << install.err.toStdString();
+    const QString bin = prefix.filePath(u"bin/"_s), source = music.filePath(u"Evening take.wav"_s);
     ASSERT_TRUE(QFile::copy(QStringLiteral(KV_TEST_DATA_DIR "/wav/stereo-16bit-44100.wav"), source));
     const QByteArray before = readAll(source);
-    const CliRun how{.program = installed(u"bin/kestrelvane-cli"_s)};
-    const CliResult list = runCli({u"list"_s, music.path()}, how);
+    const CliRun cli{.program = bin + u"kestrelvane-cli"_s};
+    const CliResult list = runCli({u"list"_s, music.path()}, cli);
     EXPECT_EQ(list.status, 0) << list.err.toStdString();
     EXPECT_TRUE(list.out.contains(u"\nEvening take.wav\t9\t0:00:00\t1411\t44100\tStereo\n"_s)) << list.out.toStdString();
-    // Each encoder of the installed codec folder, found beside the installed program.
     for (const char *kind : {"mp3", "ogg", "mpc"}) {
-        const CliResult r = runCli({u"convert"_s, u"--to"_s, QLatin1String(kind), music.path()}, how);
+        const CliResult r = runCli({u"convert"_s, u"--to"_s, QLatin1String(kind), music.path()}, cli);
         EXPECT_EQ(r.status, 0) << kind << ' ' << r.err.toStdString();
         EXPECT_TRUE(r.out.contains(u"Finished 1 of 1"_s)) << kind;
         EXPECT_GT(QFileInfo(music.filePath(u"Evening take."_s + QLatin1String(kind))).size(), 0) << kind;
     }
     EXPECT_EQ(readAll(source), before);
-}
 
-// Installed for every user, the program's folder is not the user's to write: the settings are
-// then read from (and written to) the user's configuration folder.
-TEST(Install, ReadOnlyProgramFolderTakesTheSettingsFromTheUsersFolder)
-{
-    const QString bin = installed(u"bin/"_s);
-    QTemporaryDir home;
     const QString configFolder = home.filePath(u"config/kestrelvane"_s), config = configFolder + u"/kestrvan.cfg"_s;
     ASSERT_TRUE(QDir().mkpath(configFolder));
     const QByteArray settings = record({{7, 55}}); // Ogg quality 4.5
@@ -56,7 +41,7 @@ TEST(Install, ReadOnlyProgramFolderTakesTheSettingsFromTheUsersFolder)
         if (!QFileInfo(u"/usr/bin/setpriv"_s).isExecutable())
             GTEST_SKIP() << "setpriv is needed to drop root";
         // Every folder is writable for root: nobody may only read the program, and owns the user's folders.
-        for (const QString &folder : {installed(u"."_s), home.path(), home.filePath(u"config"_s), configFolder})
+        for (const QString &folder : {prefix.path(), home.path(), home.filePath(u"config"_s), configFolder})
             QFile::setPermissions(folder, open);
         for (const QString &own : {home.path(), home.filePath(u"config"_s), configFolder, config})
             ASSERT_EQ(::chown(QFile::encodeName(own).constData(), 65534, 65534), 0);
