@@ -1,7 +1,6 @@
 #pragma once
 
-// Runs of the built kestrelvane-cli, and the files and program copies that several tests set up
-// alike.
+// Runs of the built kestrelvane-cli, and the files and program copies several tests set up alike.
 
 #include <linux/capability.h>
 #include <sys/prctl.h>

@@ -2,16 +2,12 @@
 
 #include "clifixtures.h"
 
-namespace {
-
 // A temporary folder that may come to hold names that are not UTF-8, which QTemporaryDir cannot
 // remove: rm does.
 struct RawTemporaryDir : QTemporaryDir
 {
     ~RawTemporaryDir() { QProcess::execute(u"rm"_s, {u"-rf"_s, path()}); }
 };
-
-} // namespace
 
 // Names of files, folders and the program's own folder that are not UTF-8 (Windows-1251 and
 // Latin-1 here) or that hold control characters: listed, converted to MP3 and back (each named by

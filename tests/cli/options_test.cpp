@@ -2,15 +2,12 @@
 
 #include "clifixtures.h"
 
-// What each command prints, as reviewed. Each settings record as `options` shows it, whatever the
-// locale; a command-line text keeps its three fields, tabs and backslashes escaped. A configuration
-// that cannot be read is named for what it is; a FIFO is never waited on. `list` in Russian under a
-// Russian (comma) locale: stream version 8 as the encoder writes it; 42.5 kbps on average is a tie
-// that goes to 42; the forecasts come from the unrounded 0.011 MB (0.059, 0.049 and 0.061). Bit
-// rates that sum to 0 (a file under 512 bytes is 0 KB) end the statistics before the forecasts:
-// those lines are left out, not printed empty. The free space, which changes from run to run, is
-// checked by form. Every misuse names what is wrong, then the command's usage; a folder or a name
-// that is not there is said so. The help, however asked for.
+// What each command prints, as reviewed: each settings record as `options` shows it, whatever the
+// locale, a command-line text's tabs and backslashes escaped; a configuration that cannot be read
+// named for what it is (a FIFO is never waited on); `list` in Russian under a comma locale, where
+// 42.5 kbps is a tie that goes to 42 and the forecasts come from the unrounded 0.011 MB, and with
+// bit rates that sum to 0, which end the statistics before the forecasts (left out, not empty);
+// each misuse with its reason and the command's usage; the help, however asked for.
 TEST(Commands, PrintAsRecorded)
 {
     QTemporaryDir dir;
