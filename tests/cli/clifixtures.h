@@ -33,16 +33,15 @@ inline QString cliPath();
 // unprivileged takes away root's right to read and search whatever it likes.
 struct CliRun
 {
-    const char *locale = "C.UTF-8";
     QString program = cliPath();
     bool unprivileged = false;
-    QStringList env; // NAME=value
+    QStringList env; // NAME=value, LC_ALL=C.UTF-8 unless set
 };
 
 inline void startCli(QProcess &p, const QStringList &args, const CliRun &how = {})
 {
     QProcessEnvironment e = QProcessEnvironment::systemEnvironment();
-    e.insert(u"LC_ALL"_s, QLatin1String(how.locale));
+    e.insert(u"LC_ALL"_s, u"C.UTF-8"_s);
     for (const QString &variable : how.env)
         e.insert(variable.section(u'=', 0, 0), variable.section(u'=', 1));
     p.setProcessEnvironment(e);
@@ -109,18 +108,18 @@ inline QByteArray record(std::initializer_list<std::pair<int, int>> set)
 }
 
 // A copy of the binary beside a copy of the codec folder, in which codecs may be replaced, with a
-// desktop trash of its own and, when a language is given, a configuration record holding it. No
+// desktop trash of its own and, when settings are given, a configuration file holding them. No
 // kestrvan.cfg left beside build/bin can change what a test sees.
 struct ProgramCopy
 {
     QTemporaryDir dir;
 
-    explicit ProgramCopy(int language = -1)
+    explicit ProgramCopy(const QByteArray &settings = {})
     {
         QFile::copy(QStringLiteral(KV_BIN_DIR "/kestrelvane-cli"), path());
         QProcess::execute(u"/bin/cp"_s, {u"-r"_s, QStringLiteral(KV_BIN_DIR "/codec"), dir.path()});
-        if (language >= 0)
-            write(dir.filePath(u"kestrvan.cfg"_s), record({{1, language}}));
+        if (!settings.isEmpty())
+            write(dir.filePath(u"kestrvan.cfg"_s), settings);
     }
     QString path() const { return dir.filePath(u"kestrelvane-cli"_s); }
     // Replaces the MP3 encoder by a shell script (run with no environment: absolute paths only);
@@ -137,7 +136,6 @@ struct ProgramCopy
     }
 };
 
-// The copy most runs share.
 inline QString cliPath()
 {
     static const ProgramCopy shared;

@@ -14,7 +14,7 @@
 TEST(Convert, RunsAsRecorded)
 {
     QTemporaryDir dir;
-    const ProgramCopy english(0), russian(2);
+    const ProgramCopy english(record({{1, 0}})), russian(record({{1, 2}}));
     QStringList lines;
     auto subfolder = [&](const QString &name) {
         QDir(dir.path()).mkdir(name);
@@ -151,8 +151,7 @@ TEST(Convert, SizeQueriesStayAFewAJobWhateverTheJobCount)
         program.fakeLame(failing ? "case \"$t\" in */f1.mp3) /usr/bin/head -c 2000 /dev/zero > \"$t\";; *) : > \"$t\";; esac\n"
                                  : "/usr/bin/head -c 2000 /dev/zero > \"$t\"\n");
         // The program's own thread alone: its codecs and helper threads are not followed.
-        const QString trace = dir.filePath(u"trace"_s);
-        QStringList tracer{u"-qq"_s, u"-e"_s, u"trace=%%stat"_s, u"-o"_s, trace};
+        QStringList tracer{u"-qq"_s, u"-e"_s, u"trace=%%stat"_s, u"-o"_s, dir.filePath(u"trace"_s)};
         // LeakSanitizer cannot work under a tracer: this run alone goes without its leak check.
         if (const QString asan = qEnvironmentVariable("ASAN_OPTIONS"); !asan.isEmpty())
             tracer << u"-E"_s << u"ASAN_OPTIONS="_s + asan + u":detect_leaks=0"_s;
@@ -160,6 +159,6 @@ TEST(Convert, SizeQueriesStayAFewAJobWhateverTheJobCount)
                                    program.how(u"/usr/bin/strace"_s));
         EXPECT_EQ(r.status, failing ? 1 : 0) << r.err.toStdString();
         EXPECT_TRUE(r.out.contains(u"Finished %1 of 400\n"_s.arg(failing ? 1 : 400))) << r.out.right(300).toStdString();
-        EXPECT_LT(readAll(trace).count('\n'), 400 * 12) << (failing ? "failing" : "succeeding");
+        EXPECT_LT(readAll(dir.filePath(u"trace"_s)).count('\n'), 400 * 12) << (failing ? "failing" : "succeeding");
     }
 }

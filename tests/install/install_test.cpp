@@ -1,5 +1,7 @@
 #include <csignal>
 
+#include <QScopeGuard>
+
 #include "cli/clifixtures.h"
 #include "support/signalhandled.h"
 
@@ -48,6 +50,7 @@ TEST(Install, InstalledProgramRunsItsCodecsAndKeepsTheSettingsInTheUsersFolder)
     } else {
         QFile::setPermissions(bin, open & ~QFile::WriteOwner);
     }
+    const auto reopen = qScopeGuard([&] { QFile::setPermissions(bin, open); }); // for the prefix's removal
     const CliResult r = runCli(runner + QStringList{bin + u"kestrelvane-cli"_s, u"options"_s}, how);
     EXPECT_EQ(r.status, 0);
     EXPECT_EQ(r.err, QString());
@@ -62,7 +65,6 @@ TEST(Install, InstalledProgramRunsItsCodecsAndKeepsTheSettingsInTheUsersFolder)
         QThread::msleep(100);
     ::kill(static_cast<pid_t>(window.processId()), SIGTERM);
     ASSERT_TRUE(window.waitForFinished(20000));
-    QFile::setPermissions(bin, open);
     ASSERT_TRUE(up) << window.readAllStandardError().constData();
     EXPECT_EQ(window.exitCode(), 128 + SIGTERM);
     const QByteArray saved = readAll(config);
@@ -70,7 +72,5 @@ TEST(Install, InstalledProgramRunsItsCodecsAndKeepsTheSettingsInTheUsersFolder)
     EXPECT_EQ(saved[7], 55);
     EXPECT_NE(saved, settings) << "the window's place is saved with them";
     EXPECT_FALSE(QFile::exists(home.filePath(u"config/kestrvan.cfg"_s)));
-#else
-    QFile::setPermissions(bin, open);
 #endif
 }
