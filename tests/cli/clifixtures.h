@@ -1,7 +1,6 @@
 #pragma once
 
-// Runs of the built kestrelvane-cli, and the files and program copies that several tests set up
-// alike.
+// Runs of the built kestrelvane-cli, and the files and program copies several tests set up alike.
 
 #include <linux/capability.h>
 #include <sys/prctl.h>
@@ -29,32 +28,20 @@ struct CliResult
     int status = -1;
 };
 
-// The built binary, copied beside a link to the built codec folder so that no kestrvan.cfg left
-// beside build/bin can change what a test sees.
-inline QString cliPath()
-{
-    static QTemporaryDir dir;
-    static const QString path = [] {
-        QFile::copy(QStringLiteral(KV_BIN_DIR "/kestrelvane-cli"), dir.filePath(u"kestrelvane-cli"_s));
-        QFile::link(QStringLiteral(KV_BIN_DIR "/codec"), dir.filePath(u"codec"_s));
-        return dir.filePath(u"kestrelvane-cli"_s);
-    }();
-    return path;
-}
+inline QString cliPath();
 
 // unprivileged takes away root's right to read and search whatever it likes.
 struct CliRun
 {
-    const char *locale = "C.UTF-8";
     QString program = cliPath();
     bool unprivileged = false;
-    QStringList env; // NAME=value
+    QStringList env; // NAME=value, LC_ALL=C.UTF-8 unless set
 };
 
 inline void startCli(QProcess &p, const QStringList &args, const CliRun &how = {})
 {
     QProcessEnvironment e = QProcessEnvironment::systemEnvironment();
-    e.insert(u"LC_ALL"_s, QLatin1String(how.locale));
+    e.insert(u"LC_ALL"_s, u"C.UTF-8"_s);
     for (const QString &variable : how.env)
         e.insert(variable.section(u'=', 0, 0), variable.section(u'=', 1));
     p.setProcessEnvironment(e);
@@ -71,11 +58,8 @@ inline CliResult runCli(const QStringList &args, const CliRun &how = {})
 {
     QProcess p;
     startCli(p, args, how);
-    if (!p.waitForFinished(120000)) {
-        p.kill();
-        p.waitForFinished();
-        return {QString(), u"timed out"_s};
-    }
+    if (!p.waitForFinished(120000))
+        return {QString(), u"timed out"_s}; // killed as p goes
     return {QString::fromUtf8(p.readAllStandardOutput()), QString::fromUtf8(p.readAllStandardError()),
             p.exitStatus() == QProcess::NormalExit ? p.exitCode() : -1};
 }
@@ -124,17 +108,18 @@ inline QByteArray record(std::initializer_list<std::pair<int, int>> set)
 }
 
 // A copy of the binary beside a copy of the codec folder, in which codecs may be replaced, with a
-// desktop trash of its own and, when a language is given, a configuration record holding it.
+// desktop trash of its own and, when settings are given, a configuration file holding them. No
+// kestrvan.cfg left beside build/bin can change what a test sees.
 struct ProgramCopy
 {
     QTemporaryDir dir;
 
-    explicit ProgramCopy(int language = -1)
+    explicit ProgramCopy(const QByteArray &settings = {})
     {
-        QFile::copy(cliPath(), path());
+        QFile::copy(QStringLiteral(KV_BIN_DIR "/kestrelvane-cli"), path());
         QProcess::execute(u"/bin/cp"_s, {u"-r"_s, QStringLiteral(KV_BIN_DIR "/codec"), dir.path()});
-        if (language >= 0)
-            write(dir.filePath(u"kestrvan.cfg"_s), record({{1, language}}));
+        if (!settings.isEmpty())
+            write(dir.filePath(u"kestrvan.cfg"_s), settings);
     }
     QString path() const { return dir.filePath(u"kestrelvane-cli"_s); }
     // Replaces the MP3 encoder by a shell script (run with no environment: absolute paths only);
@@ -149,5 +134,10 @@ struct ProgramCopy
     {
         return {.program = program.isEmpty() ? path() : program, .env = {u"XDG_DATA_HOME="_s + dir.filePath(u"data"_s)}};
     }
-    CliResult convert(const QStringList &args) const { return runCli(QStringList{u"convert"_s} + args, how()); }
 };
+
+inline QString cliPath()
+{
+    static const ProgramCopy shared;
+    return shared.path();
+}

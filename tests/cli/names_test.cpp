@@ -2,8 +2,6 @@
 
 #include "clifixtures.h"
 
-namespace {
-
 // A temporary folder that may come to hold names that are not UTF-8, which QTemporaryDir cannot
 // remove: rm does.
 struct RawTemporaryDir : QTemporaryDir
@@ -11,15 +9,11 @@ struct RawTemporaryDir : QTemporaryDir
     ~RawTemporaryDir() { QProcess::execute(u"rm"_s, {u"-rf"_s, path()}); }
 };
 
-} // namespace
-
 // Names of files, folders and the program's own folder that are not UTF-8 (Windows-1251 and
-// Latin-1 here) or that hold control characters: listed, converted to MP3 and back (each named on
-// the command line by its own bytes), refused and reported, with U+FFFD for each byte that is not
-// UTF-8 and every control escaped wherever a name is shown. DEL, U+0085 and U+009F are controls
-// too, the last two the first and the last of C1; U+00A0 is not, nor is Thai (three bytes, the
-// first 0xE0). Sizes and times of jobs (sox dithers), progress lines and the free space vary,
-// and are left out.
+// Latin-1 here) or that hold control characters: listed, converted to MP3 and back (each named by
+// its own bytes), refused and reported, with U+FFFD for each byte that is not UTF-8 and every
+// control escaped. DEL, U+0085 and U+009F (the first and last of C1) are controls too; U+00A0 is
+// not, nor is Thai (three bytes, the first 0xE0). What varies from run to run is left out.
 TEST(Names, NotUtf8OrWithControlCharactersListConvertAndShowEscaped)
 {
     RawTemporaryDir dir;
@@ -44,13 +38,12 @@ TEST(Names, NotUtf8OrWithControlCharactersListConvertAndShowEscaped)
     run({cli, "list", music});
     run({root + "\xCF\xF0\xEE\xE3/kestrelvane-cli", "convert", "--to", "mp3", music, "tab\tname.wav", "line\nbreak.wav",
          russian + ".wav", "caf\xE9.wav"});
-    for (const QByteArray &name : {russian, QByteArray("caf\xE9")}) {
+    for (const QByteArray &name : {russian, QByteArray("caf\xE9")})
         ASSERT_EQ(::unlink((music + name + ".wav").constData()), 0);
-        run({cli, "convert", "--to", "wav", "--from", "mp3", music, name + ".mp3"});
-    }
-    run({cli, "list", music}); // the two decoded again among them
     for (const QByteArrayList &commandLine :
-         {QByteArrayList{cli, "convert", "--to", "ogg", root + "in\tfolder/", "no\tsuch\\.wav"},
+         {QByteArrayList{cli, "convert", "--to", "wav", "--from", "mp3", music, russian + ".mp3"},
+          {cli, "convert", "--to", "wav", "--from", "mp3", music, "caf\xE9.mp3"}, {cli, "list", music},
+          {cli, "convert", "--to", "ogg", root + "in\tfolder/", "no\tsuch\\.wav"},
           {cli, "list", root + "gone\n\xE9"}, {cli, "list", music + "tab\tname.wav"}, {cli, "list", "--kind", "x\ty", root},
           {cli, "list", root + "shut\tfolder"}, {cli, "convert", "--to", "mp3", root + "shut\tfolder"}, {cli, "li\tst"},
           {root + "prog\t\xE9/kestrelvane-cli", "convert", "--to", "ogg", music}})

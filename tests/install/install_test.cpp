@@ -1,48 +1,35 @@
 #include <csignal>
 
+#include <QScopeGuard>
+
 #include "cli/clifixtures.h"
 #include "support/signalhandled.h"
 
-namespace {
-
-// One installation for every case: installing is what is tested, and it takes a while.
-QString installed(const QString &relative)
+// One installation for every check: installing is what is tested, and it takes a while. The
+// installed program lists a folder and runs each encoder of the codec folder installed beside it.
+// Installed for every user, the program's folder is not the user's to write: the settings are then
+// read from (and written to) the user's configuration folder.
+TEST(Install, InstalledProgramRunsItsCodecsAndKeepsTheSettingsInTheUsersFolder)
 {
-    static QTemporaryDir prefix;
-    static const CliResult r = runCli({u"--install"_s, QStringLiteral(KV_BUILD_DIR), u"--prefix"_s, prefix.path()},
-                                      {.program = QStringLiteral(KV_CMAKE)});
-    EXPECT_EQ(r.status, 0) << "cmake --install: " << r.out.toStdString() << r.err.toStdString();
-    return prefix.filePath(relative);
-}
-
-} // namespace
-
-TEST(Install, InstalledCliListsAFolderAndRunsItsCodecs)
-{
-    QTemporaryDir music;
-    const QString source = music.filePath(u"Evening take.wav"_s);
+    QTemporaryDir prefix, music, home;
+    const CliResult install = runCli({u"--install"_s, QStringLiteral(KV_BUILD_DIR), u"--prefix"_s, prefix.path()},
+                                     {.program = QStringLiteral(KV_CMAKE)});
+    ASSERT_EQ(install.status, 0) << "cmake --install: " << install.out.toStdString() << install.err.toStdString();
+    const QString bin = prefix.filePath(u"bin/"_s), source = music.filePath(u"Evening take.wav"_s);
     ASSERT_TRUE(QFile::copy(QStringLiteral(KV_TEST_DATA_DIR "/wav/stereo-16bit-44100.wav"), source));
     const QByteArray before = readAll(source);
-    const CliRun how{.program = installed(u"bin/kestrelvane-cli"_s)};
-    const CliResult list = runCli({u"list"_s, music.path()}, how);
+    const CliRun cli{.program = bin + u"kestrelvane-cli"_s};
+    const CliResult list = runCli({u"list"_s, music.path()}, cli);
     EXPECT_EQ(list.status, 0) << list.err.toStdString();
     EXPECT_TRUE(list.out.contains(u"\nEvening take.wav\t9\t0:00:00\t1411\t44100\tStereo\n"_s)) << list.out.toStdString();
-    // Each encoder of the installed codec folder, found beside the installed program.
     for (const char *kind : {"mp3", "ogg", "mpc"}) {
-        const CliResult r = runCli({u"convert"_s, u"--to"_s, QLatin1String(kind), music.path()}, how);
+        const CliResult r = runCli({u"convert"_s, u"--to"_s, QLatin1String(kind), music.path()}, cli);
         EXPECT_EQ(r.status, 0) << kind << ' ' << r.err.toStdString();
         EXPECT_TRUE(r.out.contains(u"Finished 1 of 1"_s)) << kind;
         EXPECT_GT(QFileInfo(music.filePath(u"Evening take."_s + QLatin1String(kind))).size(), 0) << kind;
     }
     EXPECT_EQ(readAll(source), before);
-}
 
-// Installed for every user, the program's folder is not the user's to write: the settings are
-// then read from (and written to) the user's configuration folder.
-TEST(Install, ReadOnlyProgramFolderTakesTheSettingsFromTheUsersFolder)
-{
-    const QString bin = installed(u"bin/"_s);
-    QTemporaryDir home;
     const QString configFolder = home.filePath(u"config/kestrelvane"_s), config = configFolder + u"/kestrvan.cfg"_s;
     ASSERT_TRUE(QDir().mkpath(configFolder));
     const QByteArray settings = record({{7, 55}}); // Ogg quality 4.5
@@ -56,15 +43,14 @@ TEST(Install, ReadOnlyProgramFolderTakesTheSettingsFromTheUsersFolder)
         if (!QFileInfo(u"/usr/bin/setpriv"_s).isExecutable())
             GTEST_SKIP() << "setpriv is needed to drop root";
         // Every folder is writable for root: nobody may only read the program, and owns the user's folders.
-        for (const QString &folder : {installed(u"."_s), home.path(), home.filePath(u"config"_s), configFolder})
-            QFile::setPermissions(folder, open);
-        for (const QString &own : {home.path(), home.filePath(u"config"_s), configFolder, config})
-            ASSERT_EQ(::chown(QFile::encodeName(own).constData(), 65534, 65534), 0);
+        QFile::setPermissions(prefix.path(), open);
+        ASSERT_EQ(QProcess::execute(u"/bin/chown"_s, {u"-R"_s, u"65534:65534"_s, home.path()}), 0);
         how.program = u"/usr/bin/setpriv"_s;
         runner = {u"--reuid=65534"_s, u"--regid=65534"_s, u"--clear-groups"_s};
     } else {
         QFile::setPermissions(bin, open & ~QFile::WriteOwner);
     }
+    const auto reopen = qScopeGuard([&] { QFile::setPermissions(bin, open); }); // for the prefix's removal
     const CliResult r = runCli(runner + QStringList{bin + u"kestrelvane-cli"_s, u"options"_s}, how);
     EXPECT_EQ(r.status, 0);
     EXPECT_EQ(r.err, QString());
@@ -79,7 +65,6 @@ TEST(Install, ReadOnlyProgramFolderTakesTheSettingsFromTheUsersFolder)
         QThread::msleep(100);
     ::kill(static_cast<pid_t>(window.processId()), SIGTERM);
     ASSERT_TRUE(window.waitForFinished(20000));
-    QFile::setPermissions(bin, open);
     ASSERT_TRUE(up) << window.readAllStandardError().constData();
     EXPECT_EQ(window.exitCode(), 128 + SIGTERM);
     const QByteArray saved = readAll(config);
@@ -87,7 +72,5 @@ TEST(Install, ReadOnlyProgramFolderTakesTheSettingsFromTheUsersFolder)
     EXPECT_EQ(saved[7], 55);
     EXPECT_NE(saved, settings) << "the window's place is saved with them";
     EXPECT_FALSE(QFile::exists(home.filePath(u"config/kestrvan.cfg"_s)));
-#else
-    QFile::setPermissions(bin, open);
 #endif
 }
