@@ -12,26 +12,22 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-struct FixedSpace : PosixFolders
-{
-    std::optional<FreeSpace> freeSpace(const QString &) override { return FreeSpace{123456, 8, 512}; }
-};
-
 // The window with processes, as the program starts (the player is ready too), over a music folder
 // of the given test files, with a free space that stays the same.
 struct RecordRig : ProcessRig
 {
-    FixedSpace folders;
     QString music = dir.path() + u"/music/"_s;
 
     explicit RecordRig(const std::vector<std::pair<const char *, QString>> &files)
     {
+        folders.clusters = 123456;
+        folders.shrink = 0;
         installCodecs(program, "#!/bin/sh\n");
         QDir().mkpath(music);
         for (const auto &[fixture, name] : files)
             QFile::copy(QStringLiteral(KV_TEST_DATA_DIR "/") + QLatin1String(fixture), music + name);
     }
-    StartEnd open() { return ProcessRig::open(environment(folders), music); }
+    StartEnd open() { return ProcessRig::open(environment(), music); }
 };
 
 } // namespace

@@ -9,7 +9,6 @@
 #include <QtTest>
 #include <QtWidgets>
 
-
 #include "app/maincontroller.h"
 #include "engine/conversionrun.h"
 #include "gui/guiplatform.h"
@@ -24,21 +23,21 @@
 
 namespace kv::test {
 
-// What a view that keeps its rows holds: each cell's text (a bold one marked "*") as the model's
-// signals announce it. Equal to now() when no change went unannounced.
+// What a view that keeps its rows holds: the headers, then each row's cells (a bold one marked
+// "*"), as the model's signals announce them. Equal to now() when no change went unannounced.
 struct ModelMirror : QObject
 {
     QAbstractItemModel *model;
-    // The headers first, then a line per row.
     std::vector<QStringList> rows = now();
 
     explicit ModelMirror(QAbstractItemModel *m) : model(m)
     {
-        connect(model, &QAbstractItemModel::modelReset, this, [this] { rows = now(); });
-        connect(model, &QAbstractItemModel::layoutChanged, this, [this] { rows = now(); });
-        connect(model, &QAbstractItemModel::rowsInserted, this, [this] { rows = now(); });
-        connect(model, &QAbstractItemModel::rowsRemoved, this, [this] { rows = now(); });
-        connect(model, &QAbstractItemModel::headerDataChanged, this, [this] { rows.at(0) = headers(); });
+        const auto all = [this] { rows = now(); };
+        connect(model, &QAbstractItemModel::modelReset, this, all);
+        connect(model, &QAbstractItemModel::layoutChanged, this, all);
+        connect(model, &QAbstractItemModel::rowsInserted, this, all);
+        connect(model, &QAbstractItemModel::rowsRemoved, this, all);
+        connect(model, &QAbstractItemModel::headerDataChanged, this, [this] { rows.at(0) = now().front(); });
         connect(model, &QAbstractItemModel::dataChanged, this, [this](const QModelIndex &from, const QModelIndex &to) {
             for (int r = from.row(); r <= to.row(); ++r)
                 for (int c = from.column(); c <= to.column(); ++c)
@@ -47,24 +46,16 @@ struct ModelMirror : QObject
     }
     QString cell(int r, int c) const
     {
-        const QModelIndex i = model->index(r, c);
-        return i.data().toString() + (i.data(Qt::FontRole).value<QFont>().bold() ? QStringLiteral("*") : QString());
-    }
-    QStringList headers() const
-    {
-        QStringList all;
-        for (int c = 0; c < model->columnCount(); ++c)
-            all.append(model->headerData(c, Qt::Horizontal).toString());
-        return all;
+        const QModelIndex i = r < 0 ? QModelIndex() : model->index(r, c);
+        const QVariant text = r < 0 ? model->headerData(c, Qt::Horizontal) : i.data();
+        return text.toString() + (i.data(Qt::FontRole).value<QFont>().bold() ? QStringLiteral("*") : QString());
     }
     std::vector<QStringList> now() const
     {
-        std::vector<QStringList> all{headers()};
-        for (int r = 0; r < model->rowCount(); ++r) {
-            all.emplace_back();
+        std::vector<QStringList> all(static_cast<size_t>(model->rowCount()) + 1);
+        for (int r = -1; r < model->rowCount(); ++r)
             for (int c = 0; c < model->columnCount(); ++c)
-                all.back().append(cell(r, c));
-        }
+                all[static_cast<size_t>(r + 1)].append(cell(r, c));
         return all;
     }
 };
@@ -204,7 +195,8 @@ inline QStringList cutTexts(const QTreeView *view)
 struct ShrinkingFolders : PosixFolders
 {
     std::int64_t clusters = 100000;
-    std::optional<FreeSpace> freeSpace(const QString &) override { return FreeSpace{clusters -= 1000, 8, 512}; }
+    std::int64_t shrink = 1000;
+    std::optional<FreeSpace> freeSpace(const QString &) override { return FreeSpace{clusters -= shrink, 8, 512}; }
 };
 
 // A rig whose Make and Play commands start real processes.
@@ -224,10 +216,9 @@ struct ProcessRig : WindowRig
         window.reset();
         controller.reset();
     }
-    Environment environment() { return environment(folders); }
-    Environment environment(Folders &listed)
+    Environment environment()
     {
-        Environment e = WindowRig::environment(listed, messages);
+        Environment e = WindowRig::environment(folders, messages);
         e.processes = &processes;
         e.clock = &clock;
         e.wakeups = processes.wakeups();
