@@ -287,7 +287,6 @@ TEST(WindowCommands, ShowEnablingStatisticsLanguageHelpAndKeys)
 TEST(WindowConfiguration, SavedAtCloseRestoredAtTheNextStartAndRefusedWhileConverting)
 {
     Session s;
-    const QString &cfg = s.cfg;
     ASSERT_EQ(s.start(s.at("rock")), StartEnd::Running);
     s.w<QSlider>("sliPresetOgg")->setValue(45);
     s.choose("cmbMode", 2);
@@ -297,7 +296,7 @@ TEST(WindowConfiguration, SavedAtCloseRestoredAtTheNextStartAndRefusedWhileConve
     s.window->move(30, 40);
     s.w("frEncode")->show();
     EXPECT_FALSE(s.window->close());
-    EXPECT_FALSE(QFile::exists(cfg));
+    EXPECT_FALSE(QFile::exists(s.cfg));
     s.w("frEncode")->hide();
     s.step(u"Ogg at quality 4.5, MP3 at a constant bitrate, the Ogg page, Russian"_s);
     EXPECT_TRUE(s.window->close());
@@ -328,26 +327,26 @@ TEST(WindowConfiguration, SavedAtCloseRestoredAtTheNextStartAndRefusedWhileConve
         {pastTheModes, false, "English 60"},
     };
     for (const auto &b : bad) {
-        QFile::remove(cfg);
-        b.folder ? void(QDir().mkpath(cfg)) : write(cfg, b.bytes);
+        QFile::remove(s.cfg);
+        b.folder ? void(QDir().mkpath(s.cfg)) : write(s.cfg, b.bytes);
         ASSERT_EQ(s.start(), StartEnd::Running);
         const QString ogg = QString::number(s.w<QSlider>("sliPresetOgg")->value());
         EXPECT_EQ(s.language()->text() + u' ' + ogg, QString::fromUtf8(b.languageAndOggQuality));
         EXPECT_TRUE(s.window->width() >= 800 && s.window->height() >= 600);
         EXPECT_TRUE(s.window->close());
-        EXPECT_TRUE(b.folder ? QFileInfo(cfg).isDir() : QFileInfo(cfg).size() == ConfigRecord::kSize) << b.languageAndOggQuality;
-        QDir(cfg).removeRecursively();
+        EXPECT_TRUE(b.folder ? QFileInfo(s.cfg).isDir() : QFileInfo(s.cfg).size() == ConfigRecord::kSize) << b.languageAndOggQuality;
+        QDir(s.cfg).removeRecursively();
     }
 
     // A program folder that cannot be written keeps the settings in the user's configuration
     // folder, which is made at the first close.
-    QFile::remove(cfg);
+    QFile::remove(s.cfg);
     ASSERT_EQ(s.start(s.at("jazz"), false), StartEnd::Running);
     s.language()->click();
     ASSERT_FALSE(QFileInfo::exists(s.dir.path() + u"/config"_s));
     EXPECT_TRUE(s.window->close());
     EXPECT_EQ(QFileInfo(s.dir.path() + u"/config/kestrvan.cfg"_s).size(), ConfigRecord::kSize);
-    EXPECT_FALSE(QFileInfo::exists(cfg));
+    EXPECT_FALSE(QFileInfo::exists(s.cfg));
     ASSERT_EQ(s.start({}, false), StartEnd::Running);
     EXPECT_EQ(s.language()->text(), u"Русский"_s);
     EXPECT_EQ(s.controller->fileList().currentFolder, s.at("jazz/"));
@@ -359,7 +358,7 @@ TEST(WindowFaults, FifosInPlaceOfAListedFileAndOfTheConfigurationHoldNothing)
 {
     Session s;
     const QByteArray swapped = QFile::encodeName(s.at("rock/swapped.mp3"));
-    const QByteArray cfg = QFile::encodeName(s.program) + "kestrvan.cfg";
+    const QByteArray cfg = QFile::encodeName(s.cfg);
     FifoGuard listed(swapped);
     FifoGuard config(cfg);
     ASSERT_TRUE(listed.made() && config.made());

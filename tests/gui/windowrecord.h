@@ -33,8 +33,6 @@ inline QString place(QLayout *layout, QWidget *w)
         } else if (auto *box = qobject_cast<QBoxLayout *>(layout); box && box->stretch(i) != 0) {
             here += u" stretch %1"_s.arg(box->stretch(i));
         }
-        if (const QString a = flags(item->alignment()); !a.isEmpty())
-            here += u" align "_s + a;
         if (item->widget() == w)
             return here;
         if (item->layout())
@@ -86,7 +84,6 @@ inline void describeWidgets(QWidget *w, QStringList &out, int depth = 0)
         add(u"layout"_s, u"%1 margins %2,%3,%4,%5 spacing %6"_s.arg(QLatin1String(l->metaObject()->className() + 1))
                              .arg(m.left()).arg(m.top()).arg(m.right()).arg(m.bottom()).arg(l->spacing()));
     }
-    bool inside = true; // controls made of Qt's own parts are recorded as one
     if (auto *l = qobject_cast<QLabel *>(w)) {
         add(u"text"_s, l->text());
         if (const QPixmap picture = l->pixmap(); !picture.isNull())
@@ -113,25 +110,19 @@ inline void describeWidgets(QWidget *w, QStringList &out, int depth = 0)
         add(u"key"_s, b->shortcut().toString());
         if (auto *t = qobject_cast<QToolButton *>(w); t && t->autoRaise())
             p.append(u"raised-on-hover"_s);
-        inside = false;
     } else if (auto *g = qobject_cast<QGroupBox *>(w)) {
         add(u"title"_s, g->title());
     } else if (auto *c = qobject_cast<QComboBox *>(w)) {
         add(u"items"_s, entries(c->count(), c->currentIndex(), [c](int i) { return c->itemText(i); }));
-        inside = false;
     } else if (auto *e = qobject_cast<QLineEdit *>(w)) {
         add(u"text"_s, e->text());
-        inside = false;
     } else if (auto *s = qobject_cast<QAbstractSlider *>(w)) {
         add(u"range"_s, u"%1..%2 step %3 page %4 value %5"_s.arg(s->minimum()).arg(s->maximum()).arg(s->singleStep())
                             .arg(s->pageStep()).arg(s->value()));
-        inside = false;
     } else if (auto *bar = qobject_cast<QProgressBar *>(w)) {
         add(u"range"_s, u"%1..%2 value %3"_s.arg(bar->minimum()).arg(bar->maximum()).arg(bar->value()));
-        inside = false;
     } else if (auto *tabs = qobject_cast<QTabBar *>(w)) {
         add(u"tabs"_s, entries(tabs->count(), tabs->currentIndex(), [tabs](int i) { return tabs->tabText(i); }));
-        inside = false;
     } else if (auto *bar = qobject_cast<QToolBar *>(w)) {
         QStringList actions;
         for (QAction *a : bar->actions())
@@ -139,7 +130,6 @@ inline void describeWidgets(QWidget *w, QStringList &out, int depth = 0)
         add(u"actions"_s, actions.join(u' '));
     } else if (auto *text = qobject_cast<QPlainTextEdit *>(w)) {
         add(u"text"_s, text->toPlainText());
-        inside = false;
     } else if (auto *view = qobject_cast<QTreeView *>(w)) {
         QAbstractItemModel *m = view->model();
         QStringList columns;
@@ -165,7 +155,6 @@ inline void describeWidgets(QWidget *w, QStringList &out, int depth = 0)
             }
             add(u"row"_s, cells.join(u" | "));
         }
-        inside = false;
     }
     // Commands a widget carries for its keys and menus.
     if (!qobject_cast<QToolBar *>(w) && !qobject_cast<QAbstractButton *>(w)) {
@@ -181,6 +170,11 @@ inline void describeWidgets(QWidget *w, QStringList &out, int depth = 0)
         add(u"description"_s, a->text(QAccessible::Description));
     }
     out.append(p.join(u' '));
+    // Controls made of Qt's own parts are recorded as one.
+    bool inside = true;
+    for (const char *whole : {"QAbstractButton", "QComboBox", "QLineEdit", "QAbstractSlider", "QProgressBar", "QTabBar",
+                              "QPlainTextEdit", "QTreeView"})
+        inside = inside && !w->inherits(whole);
     if (inside)
         for (QObject *o : w->children())
             if (auto *child = qobject_cast<QWidget *>(o); child && !child->isWindow() && !child->objectName().startsWith(u"qt_"))

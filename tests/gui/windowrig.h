@@ -32,11 +32,8 @@ struct ModelMirror : QObject
 
     explicit ModelMirror(QAbstractItemModel *m) : model(m)
     {
-        const auto all = [this] { rows = now(); };
-        connect(model, &QAbstractItemModel::modelReset, this, all);
-        connect(model, &QAbstractItemModel::layoutChanged, this, all);
-        connect(model, &QAbstractItemModel::rowsInserted, this, all);
-        connect(model, &QAbstractItemModel::rowsRemoved, this, all);
+        // The window's models change their rows by a reset only.
+        connect(model, &QAbstractItemModel::modelReset, this, [this] { rows = now(); });
         connect(model, &QAbstractItemModel::headerDataChanged, this, [this] { rows.at(0) = now().front(); });
         connect(model, &QAbstractItemModel::dataChanged, this, [this](const QModelIndex &from, const QModelIndex &to) {
             for (int r = from.row(); r <= to.row(); ++r)
