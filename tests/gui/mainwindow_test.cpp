@@ -218,7 +218,7 @@ TEST(WindowTree, ClicksKeysFoldsAndDrivesListTheFolderReached)
     auto *drives = s.w<QComboBox>("drvMain");
     const auto openDrives = [&] { drives->showPopup(), drives->hidePopup(); };
     const QString stick = s.dir.path() + u"/stick"_s;
-    s.drive.plugged = {Volume{stick, u"vfat"_s}};
+    s.drive.drives.push_back(Volume{stick, u"vfat"_s});
     s.step(u"a stick plugged, the drive list opened"_s, openDrives);
     s.step(u"the stick chosen before it is ready"_s, [&] { Q_EMIT drives->activated(1); });
     s.step(u"the stick ready, Show Wav, the stick chosen, the drive list opened"_s, [&] {
@@ -232,7 +232,7 @@ TEST(WindowTree, ClicksKeysFoldsAndDrivesListTheFolderReached)
     s.step(u"album clicked"_s, [&] { s.click(album); });
     s.step(u"the stick pulled, album opened, Show Wav: no folders, the rows stay"_s, [&] {
         QDir(stick).removeRecursively();
-        s.drive.plugged.clear();
+        s.drive.drives.pop_back();
         s.tree()->expand(album);
         s.toolbar(ShowWav)->trigger();
     });
@@ -240,9 +240,9 @@ TEST(WindowTree, ClicksKeysFoldsAndDrivesListTheFolderReached)
     // The program's own drive unreadable when chosen: told once, with nothing else to fall back on.
     s.step(u"the stick back and chosen, then the first drive chosen while it cannot be read"_s, [&] {
         QDir().mkpath(stick);
-        s.drive.plugged = {Volume{stick, u"vfat"_s}};
+        s.drive.drives.push_back(Volume{stick, u"vfat"_s});
         openDrives(), Q_EMIT drives->activated(1);
-        s.folders.refused.insert(QDir::cleanPath(s.drive.root));
+        s.folders.refused.insert(QDir::cleanPath(s.dir.path()));
         openDrives(), Q_EMIT drives->activated(0);
     });
     s.expectRecorded("window-tree");

@@ -52,12 +52,10 @@ TEST(WindowRecord, WhatEachControlShowsAndTellsInEachLanguageAndOptionsMode)
     auto tabWalk = [&](const char *from, const char *until) {
         QStringList walk;
         rig.w(from)->setFocus();
-        while (walk.size() < 40) {
-            QWidget *focus = QApplication::focusWidget();
+        for (QWidget *focus = QApplication::focusWidget(); walk.isEmpty() || (focus != rig.w(until) && walk.size() < 40);
+             focus = QApplication::focusWidget()) {
             walk.append(focus->objectName().isEmpty() ? QLatin1String(focus->metaObject()->className()) : focus->objectName());
             QTest::keyClick(focus, Qt::Key_Tab);
-            if (QApplication::focusWidget() == rig.w(until))
-                break;
         }
         return u"Tab: "_s + walk.join(u' ');
     };

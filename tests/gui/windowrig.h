@@ -90,14 +90,8 @@ struct Recorder : Messages
 // The temporary folder alone, plus drives plugged in during a test: the tree never wanders.
 struct OneDrive : Volumes
 {
-    QString root;
-    std::vector<Volume> plugged;
-    std::vector<Volume> mounted() override
-    {
-        std::vector<Volume> all{Volume{root, QStringLiteral("ext4")}};
-        all.insert(all.end(), plugged.begin(), plugged.end());
-        return all;
-    }
+    std::vector<Volume> drives;
+    std::vector<Volume> mounted() override { return drives; }
 };
 
 // A program folder on a drive of one temporary folder, and the window of a controller started there.
@@ -111,7 +105,7 @@ struct WindowRig
     std::unique_ptr<PosixInstanceLock> lock;
     std::unique_ptr<MainController> controller;
     std::unique_ptr<MainWindow> window;
-    WindowRig() { drive.root = dir.path(); }
+    WindowRig() { drive.drives = {Volume{dir.path(), QStringLiteral("ext4")}}; }
 
     // What every start needs; a test adds the rest before open().
     Environment environment(Folders &folders, Messages &messages)
