@@ -54,6 +54,10 @@ inline void describeWidgets(QWidget *w, QStringList &out, int depth = 0)
         if (!v.isEmpty())
             p.append(key + u'=' + (v.contains(u' ') ? u'"' + v + u'"' : v));
     };
+    auto mark = [&](bool on, const char *word) {
+        if (on)
+            p.append(QLatin1String(word));
+    };
     // A list's entries in order, the chosen one starred.
     auto entries = [](int count, int chosen, const std::function<QString(int)> &text) {
         QStringList all;
@@ -61,10 +65,8 @@ inline void describeWidgets(QWidget *w, QStringList &out, int depth = 0)
             all.append((i == chosen ? u"*"_s : QString()) + text(i));
         return all.join(u'|');
     };
-    if (!w->isVisibleTo(w->window()))
-        p.append(u"hidden"_s);
-    if (!w->isEnabled())
-        p.append(u"disabled"_s);
+    mark(!w->isVisibleTo(w->window()), "hidden");
+    mark(!w->isEnabled(), "disabled");
     if (w->parentWidget() && w->parentWidget()->layout())
         add(u"at"_s, place(w->parentWidget()->layout(), w));
     if (w->minimumSize() == w->maximumSize()) {
@@ -92,24 +94,20 @@ inline void describeWidgets(QWidget *w, QStringList &out, int depth = 0)
             add(u"align"_s, flags(l->alignment()));
         if (l->buddy())
             add(u"buddy"_s, l->buddy()->objectName());
-        if (l->textInteractionFlags() & Qt::TextSelectableByMouse)
-            p.append(u"selectable"_s);
+        mark(l->textInteractionFlags() & Qt::TextSelectableByMouse, "selectable");
         // Space the program gives a text of its own (a frame's or title's follows the style).
         if (const QMargins m = l->contentsMargins(); !m.isNull())
             add(u"padding"_s, u"%1,%2,%3,%4"_s.arg(m.left()).arg(m.top()).arg(m.right()).arg(m.bottom()));
     } else if (auto *b = qobject_cast<QAbstractButton *>(w)) {
         add(u"text"_s, b->text());
-        if (b->isCheckable())
-            p.append(b->isChecked() ? u"checked"_s : u"unchecked"_s);
+        mark(b->isCheckable(), b->isChecked() ? "checked" : "unchecked");
         if (const QIcon icon = b->icon(); !icon.isNull()) {
             add(u"icon"_s, u"%1x%2"_s.arg(b->iconSize().width()).arg(b->iconSize().height()));
             // A picture of its own for the pointer over the button.
-            if (icon.pixmap(b->iconSize(), QIcon::Active).toImage() != icon.pixmap(b->iconSize()).toImage())
-                p.append(u"hover-picture"_s);
+            mark(icon.pixmap(b->iconSize(), QIcon::Active).toImage() != icon.pixmap(b->iconSize()).toImage(), "hover-picture");
         }
         add(u"key"_s, b->shortcut().toString());
-        if (auto *t = qobject_cast<QToolButton *>(w); t && t->autoRaise())
-            p.append(u"raised-on-hover"_s);
+        mark(qobject_cast<QToolButton *>(w) && qobject_cast<QToolButton *>(w)->autoRaise(), "raised-on-hover");
     } else if (auto *g = qobject_cast<QGroupBox *>(w)) {
         add(u"title"_s, g->title());
     } else if (auto *c = qobject_cast<QComboBox *>(w)) {
@@ -137,12 +135,9 @@ inline void describeWidgets(QWidget *w, QStringList &out, int depth = 0)
             columns.append(m->headerData(c, Qt::Horizontal).toString() + u' '
                            + flags(Qt::Alignment(m->headerData(c, Qt::Horizontal, Qt::TextAlignmentRole).toInt())) + u' '
                            + QString::number(view->header()->sectionResizeMode(c)));
-        if (view->rootIsDecorated())
-            p.append(u"branches"_s);
-        if (view->selectionMode() == QAbstractItemView::ExtendedSelection)
-            p.append(u"many-selected"_s);
-        if (view->allColumnsShowFocus())
-            p.append(u"row-focus"_s);
+        mark(view->rootIsDecorated(), "branches");
+        mark(view->selectionMode() == QAbstractItemView::ExtendedSelection, "many-selected");
+        mark(view->allColumnsShowFocus(), "row-focus");
         add(u"columns"_s, view->isHeaderHidden() ? u"(header hidden)"_s : columns.join(u" | "));
         for (int r = 0; r < m->rowCount(); ++r) {
             QStringList cells;
