@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <map>
-#include <set>
 
 #include <sys/stat.h>
 
@@ -18,30 +17,11 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// Real folders, except those refused here (the tests run as any user), and names added to a
-// listing as if swapped in before they are read.
-struct Folders : PosixFolders
-{
-    std::set<QString> refused;
-    std::map<QString, QStringList> swapped;
-    bool refuses(const QString &f) const { return refused.count(QDir::cleanPath(f)) != 0; }
-    std::optional<QStringList> listFiles(const QString &f, const QString &p) override
-    {
-        std::optional<QStringList> names = refuses(f) ? std::nullopt : PosixFolders::listFiles(f, p);
-        if (names)
-            *names += swapped[QDir::cleanPath(f)];
-        return names;
-    }
-    std::optional<FolderListing> listFolder(const QString &f) override { return refuses(f) ? std::nullopt : PosixFolders::listFolder(f); }
-};
-
 // A program folder with its codec entries and a music tree beside it, on one "drive".
-struct Session : WindowRig
+struct Session : ProcessRig
 {
     QString music = dir.path() + u"/music"_s;
     QString cfg = program + u"kestrvan.cfg"_s;
-    Folders folders;
-    Recorder messages;
     QStringList opened; // documents handed to the desktop
     // The pictures the tree's view was told of: read once, then again at each change announced.
     std::map<QPersistentModelIndex, QString> told;
@@ -63,11 +43,9 @@ struct Session : WindowRig
             QFile(at(f)).resize(20 << 20);
         }
     }
-    // The window and controller go before the parts they use.
-    ~Session() { window.reset(), controller.reset(); }
     StartEnd start(const QString &folder = {}, bool programFolderWritable = true)
     {
-        Environment environment = WindowRig::environment(folders, messages);
+        Environment environment = ProcessRig::environment();
         environment.openDocument = [this](const QString &document) { opened.append(document); };
         const StartEnd end = open(environment, folder, programFolderWritable);
         told.clear();

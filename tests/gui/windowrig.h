@@ -5,6 +5,8 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <map>
+#include <set>
 
 #include <QtTest>
 #include <QtWidgets>
@@ -94,26 +96,67 @@ struct OneDrive : Volumes
     std::vector<Volume> mounted() override { return drives; }
 };
 
-// A program folder on a drive of one temporary folder, and the window of a controller started there.
-struct WindowRig
+// Real folders with a free space that shrinks at every query, so a refreshed panel reads
+// differently; folders refused here (the tests run as any user), and names added to a listing as
+// if swapped in before they are read.
+struct ShrinkingFolders : PosixFolders
+{
+    std::int64_t clusters = 100000;
+    std::int64_t shrink = 1000;
+    std::set<QString> refused;
+    std::map<QString, QStringList> swapped;
+    std::optional<FreeSpace> freeSpace(const QString &) override { return FreeSpace{clusters -= shrink, 8, 512}; }
+    bool refuses(const QString &f) const { return refused.count(QDir::cleanPath(f)) != 0; }
+    std::optional<QStringList> listFiles(const QString &f, const QString &p) override
+    {
+        std::optional<QStringList> names = refuses(f) ? std::nullopt : PosixFolders::listFiles(f, p);
+        if (names)
+            *names += swapped[QDir::cleanPath(f)];
+        return names;
+    }
+    std::optional<FolderListing> listFolder(const QString &f) override
+    {
+        return refuses(f) ? std::nullopt : PosixFolders::listFolder(f);
+    }
+};
+
+// A program folder on a drive of one temporary folder, and the window of a controller started
+// there, whose Make and Play commands start real processes. The window and controller, last,
+// go before the parts they use.
+struct ProcessRig
 {
     QTemporaryDir dir;
     const QString program = dir.path() + QStringLiteral("/prog/");
     PosixFiles files;
     OneDrive drive;
     GuiBusyCursor busy;
+    ShrinkingFolders folders;
+    Recorder messages;
+    PosixProcesses processes;
+    PosixClock clock;
     std::unique_ptr<PosixInstanceLock> lock;
     std::unique_ptr<MainController> controller;
     std::unique_ptr<MainWindow> window;
-    WindowRig() { drive.drives = {Volume{dir.path(), QStringLiteral("ext4")}}; }
+    ProcessRig() { drive.drives = {Volume{dir.path(), QStringLiteral("ext4")}}; }
+    // No test leaves a codec behind.
+    ~ProcessRig()
+    {
+        if (controller && controller->run())
+            for (int row = 0; row < static_cast<int>(controller->run()->jobs().size()); ++row)
+                controller->abortJob(row);
+    }
 
     // What every start needs; a test adds the rest before open().
-    Environment environment(Folders &folders, Messages &messages)
+    Environment environment()
     {
         window.reset();
         controller.reset();
         lock = std::make_unique<PosixInstanceLock>(program);
-        return Environment{files, folders, drive, *lock, messages, busy, headerReaders(files), [] { return 2; }, {}};
+        Environment e{files, folders, drive, *lock, messages, busy, headerReaders(files), [] { return 2; }, {}};
+        e.processes = &processes;
+        e.clock = &clock;
+        e.wakeups = processes.wakeups();
+        return e;
     }
     StartEnd open(const Environment &environment, const QString &folder, bool programFolderWritable = true)
     {
@@ -181,40 +224,5 @@ inline QStringList cutTexts(const QTreeView *view)
     }
     return cut;
 }
-
-// Free space that shrinks at every query, so a refreshed panel reads differently.
-struct ShrinkingFolders : PosixFolders
-{
-    std::int64_t clusters = 100000;
-    std::int64_t shrink = 1000;
-    std::optional<FreeSpace> freeSpace(const QString &) override { return FreeSpace{clusters -= shrink, 8, 512}; }
-};
-
-// A rig whose Make and Play commands start real processes.
-struct ProcessRig : WindowRig
-{
-    ShrinkingFolders folders;
-    Recorder messages;
-    PosixProcesses processes;
-    PosixClock clock;
-
-    // No test leaves a codec behind; the window and controller go before the parts they use.
-    ~ProcessRig()
-    {
-        if (controller && controller->run())
-            for (int row = 0; row < static_cast<int>(controller->run()->jobs().size()); ++row)
-                controller->abortJob(row);
-        window.reset();
-        controller.reset();
-    }
-    Environment environment()
-    {
-        Environment e = WindowRig::environment(folders, messages);
-        e.processes = &processes;
-        e.clock = &clock;
-        e.wakeups = processes.wakeups();
-        return e;
-    }
-};
 
 } // namespace kv::test
