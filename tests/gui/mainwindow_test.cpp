@@ -105,7 +105,8 @@ struct Session : ProcessRig
         auto *drives = w<QComboBox>("drvMain");
         auto *grid = qobject_cast<QGridLayout *>(w("frInfo")->layout());
         const auto text = [](QLayoutItem *item) { return item->widget()->property("text").toString(); };
-        QStringList drive, rows, tools, stats, panels, options{w<QTabBar>("TabOpt")->tabText(w<QTabBar>("TabOpt")->currentIndex())};
+        auto *tabs = w<QTabBar>("TabOpt");
+        QStringList drive, rows, tools, stats, panels, options{tabs->tabText(tabs->currentIndex())};
         for (int i = 0; i < drives->count(); ++i)
             drive.append((i == drives->currentIndex() ? u"*"_s : QString()) + drives->itemText(i));
         for (int r = 0; r < list()->rowCount(); ++r) {
@@ -128,8 +129,9 @@ struct Session : ProcessRig
                     break;
                 }
         return {u"drives: "_s + drive.join(u' '), u"tree: "_s + shownTree(), (u"rows: "_s + rows.join(u' ')).trimmed(),
-                u"toolbar: "_s + tools.join(u" | "_s), u"statistics: "_s + stats.join(u" | "_s), u"status: "_s + panels.join(u" | "_s),
-                u"options: "_s + options.join(u" | "_s), u"messages: "_s + messages.shown.join(u" / "_s),
+                u"toolbar: "_s + tools.join(u" | "_s), u"statistics: "_s + stats.join(u" | "_s),
+                u"status: "_s + panels.join(u" | "_s), u"options: "_s + options.join(u" | "_s),
+                u"messages: "_s + messages.shown.join(u" / "_s),
                 u"pointer: "_s + (QApplication::overrideCursor() ? u"busy"_s : u"normal"_s)};
     }
     // A step of a test and the lines of what the window shows that it changed.
