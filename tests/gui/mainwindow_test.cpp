@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <map>
-#include <set>
 
 #include <sys/stat.h>
 
@@ -18,30 +17,14 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// Real folders, except those refused here (the tests run as any user), and names added to a
-// listing as if swapped in before they are read.
-struct Folders : PosixFolders
-{
-    std::set<QString> refused;
-    std::map<QString, QStringList> swapped;
-    bool refuses(const QString &f) const { return refused.count(QDir::cleanPath(f)) != 0; }
-    std::optional<QStringList> listFiles(const QString &f, const QString &p) override
-    {
-        std::optional<QStringList> names = refuses(f) ? std::nullopt : PosixFolders::listFiles(f, p);
-        if (names)
-            *names += swapped[QDir::cleanPath(f)];
-        return names;
-    }
-    std::optional<FolderListing> listFolder(const QString &f) override { return refuses(f) ? std::nullopt : PosixFolders::listFolder(f); }
-};
-
 // A program folder with its codec entries and a music tree beside it, on one "drive".
-struct Session : WindowRig
+struct Session : ProcessRig
 {
     QString music = dir.path() + u"/music"_s;
-    Folders folders;
-    Recorder messages;
+    QString cfg = program + u"kestrvan.cfg"_s;
     QStringList opened; // documents handed to the desktop
+    // The pictures the tree's view was told of: read once, then again at each change announced.
+    std::map<QPersistentModelIndex, QString> told;
 
     Session()
     {
@@ -60,13 +43,19 @@ struct Session : WindowRig
             QFile(at(f)).resize(20 << 20);
         }
     }
-    // The window and controller go before the parts they use.
-    ~Session() { window.reset(), controller.reset(); }
     StartEnd start(const QString &folder = {}, bool programFolderWritable = true)
     {
-        Environment environment = WindowRig::environment(folders, messages);
+        Environment environment = ProcessRig::environment();
         environment.openDocument = [this](const QString &document) { opened.append(document); };
-        return open(environment, folder, programFolderWritable);
+        const StartEnd end = open(environment, folder, programFolderWritable);
+        told.clear();
+        const auto announced = [this](const QModelIndex &from, const QModelIndex &to) {
+            for (int r = from.row(); r <= to.row(); ++r)
+                told[from.siblingAtRow(r)] = picture(from.siblingAtRow(r).data(Qt::DecorationRole).value<QIcon>());
+        };
+        if (window)
+            QObject::connect(tree()->model(), &QAbstractItemModel::dataChanged, window.get(), announced);
+        return end;
     }
 
     QString at(const char *below) const { return music + u'/' + QString::fromUtf8(below); }
@@ -79,30 +68,18 @@ struct Session : WindowRig
         QAbstractItemModel *m = tree()->model();
         return m->match(m->index(0, 0), Qt::ToolTipRole, path, 1, Qt::MatchExactly | Qt::MatchRecursive).value(0);
     }
-    // The pictures the tree's view was told of: read once, then again at each change announced.
-    std::map<QPersistentModelIndex, QString> told;
-    QPointer<QAbstractItemModel> toldBy;
     // The tree as the view shows it: each node's name and picture, "+" where it can open, the
     // nodes of an open one in braces, ">" before the current one.
     QString shownTree(const QModelIndex &parent = {})
     {
-        QAbstractItemModel *m = tree()->model();
-        if (toldBy != m) { // a new window, a new model
-            told.clear();
-            toldBy = m;
-            QObject::connect(m, &QAbstractItemModel::dataChanged, window.get(), [this, m](const QModelIndex &from, const QModelIndex &to) {
-                for (int r = from.row(); r <= to.row(); ++r)
-                    told[m->index(r, 0, from.parent())] = picture(m->index(r, 0, from.parent()).data(Qt::DecorationRole).value<QIcon>());
-            });
-        }
         QStringList nodes;
-        for (int r = 0; r < m->rowCount(parent); ++r) {
-            const QModelIndex i = m->index(r, 0, parent);
-            QString node = (tree()->currentIndex() == i ? u">"_s : QString()) + i.data().toString()
-                           + u'[' + told.try_emplace(i, picture(i.data(Qt::DecorationRole).value<QIcon>())).first->second + u']';
+        for (int r = 0; r < tree()->model()->rowCount(parent); ++r) {
+            const QModelIndex i = tree()->model()->index(r, 0, parent);
+            const QString &seen = told.try_emplace(i, picture(i.data(Qt::DecorationRole).value<QIcon>())).first->second;
+            QString node = (tree()->currentIndex() == i ? u">"_s : QString()) + i.data().toString() + u'[' + seen + u']';
             if (tree()->isExpanded(i))
                 node += u'{' + shownTree(i) + u'}';
-            else if (m->hasChildren(i))
+            else if (i.model()->hasChildren(i))
                 node += u'+';
             nodes.append(node);
         }
@@ -127,34 +104,35 @@ struct Session : WindowRig
     {
         auto *drives = w<QComboBox>("drvMain");
         auto *grid = qobject_cast<QGridLayout *>(w("frInfo")->layout());
+        const auto text = [](QLayoutItem *item) { return item->widget()->property("text").toString(); };
         auto *tabs = w<QTabBar>("TabOpt");
-        QStringList l{u"drives:"_s, u"tree: "_s + shownTree(), u"rows:"_s, u"toolbar:"_s, u"statistics:"_s, u"status:"_s,
-                      u"options: "_s + tabs->tabText(tabs->currentIndex()), u"messages: "_s + messages.shown.join(u" / "_s),
-                      u"pointer: "_s + (QApplication::overrideCursor() ? u"busy"_s : u"normal"_s)};
-        const auto add = [&](int line, const QString &text, const QString &mark = {}) {
-            l[line] += (l[line].endsWith(u':') || line < 3 ? u" "_s : u" | "_s) + mark + text;
-        };
+        QStringList drive, rows, tools, stats, panels, options{tabs->tabText(tabs->currentIndex())};
         for (int i = 0; i < drives->count(); ++i)
-            add(0, drives->itemText(i), i == drives->currentIndex() ? u"*"_s : QString());
-        for (int r = 0; r < list()->rowCount(); ++r)
-            add(2, list()->index(r, 0).data().toString(),
-                list()->index(r, 0).data(Qt::CheckStateRole).toInt() == Qt::Checked ? u"+"_s : QString());
-        for (int p : {MakeMp3, MakeOgg, MakeMpc, MakeWav, MakeAll, ShowWav, ShowMp3, ShowOgg, ShowMpc})
-            add(3, toolbar(p)->text() + (toolbar(p)->isChecked() ? u"*"_s : QString())
-                       + (toolbar(p)->isEnabled() ? QString() : u" (off)"_s));
+            drive.append((i == drives->currentIndex() ? u"*"_s : QString()) + drives->itemText(i));
+        for (int r = 0; r < list()->rowCount(); ++r) {
+            const QModelIndex i = list()->index(r, 0);
+            rows.append((i.data(Qt::CheckStateRole) == Qt::Checked ? u"+"_s : QString()) + i.data().toString());
+        }
+        for (int p : {MakeMp3, MakeOgg, MakeMpc, MakeWav, MakeAll, ShowWav, ShowMp3, ShowOgg, ShowMpc}) {
+            const QAction *a = toolbar(p);
+            tools.append(a->text() + (a->isChecked() ? u"*"_s : QString()) + (a->isEnabled() ? QString() : u" (off)"_s));
+        }
         for (int r = 0; grid->itemAtPosition(r, 0) != nullptr; ++r)
-            add(4, grid->itemAtPosition(r, 0)->widget()->property("text").toString() + u' '
-                       + grid->itemAtPosition(r, 1)->widget()->property("text").toString());
+            stats.append(text(grid->itemAtPosition(r, 0)) + u' ' + text(grid->itemAtPosition(r, 1)));
         for (const char *panel : {"stbMain_1", "stbMain_3", "stbMain_4", "stbMain_5", "stbMain_6", "stbMain_7", "stbMain_8"})
-            add(5, w(panel)->property("text").toString().trimmed());
+            panels.append(w(panel)->property("text").toString().trimmed());
         // The option controls in view with their values, captions left out.
         for (QWidget *c : w("frOptions")->findChildren<QWidget *>())
             for (const char *value : {"currentText", "value", "text"})
                 if (c->isVisible() && c->property(value).isValid() && !(qobject_cast<QLabel *>(c) && qobject_cast<QLabel *>(c)->buddy())) {
-                    add(6, c->objectName() + u'=' + c->property(value).toString());
+                    options.append(c->objectName() + u'=' + c->property(value).toString());
                     break;
                 }
-        return l;
+        return {u"drives: "_s + drive.join(u' '), u"tree: "_s + shownTree(), (u"rows: "_s + rows.join(u' ')).trimmed(),
+                u"toolbar: "_s + tools.join(u" | "_s), u"statistics: "_s + stats.join(u" | "_s),
+                u"status: "_s + panels.join(u" | "_s), u"options: "_s + options.join(u" | "_s),
+                u"messages: "_s + messages.shown.join(u" / "_s),
+                u"pointer: "_s + (QApplication::overrideCursor() ? u"busy"_s : u"normal"_s)};
     }
     // A step of a test and the lines of what the window shows that it changed.
     QStringList record;
@@ -220,7 +198,7 @@ TEST(WindowTree, ClicksKeysFoldsAndDrivesListTheFolderReached)
     auto *drives = s.w<QComboBox>("drvMain");
     const auto openDrives = [&] { drives->showPopup(), drives->hidePopup(); };
     const QString stick = s.dir.path() + u"/stick"_s;
-    s.drive.plugged = {Volume{stick, u"vfat"_s}};
+    s.drive.drives.push_back(Volume{stick, u"vfat"_s});
     s.step(u"a stick plugged, the drive list opened"_s, openDrives);
     s.step(u"the stick chosen before it is ready"_s, [&] { Q_EMIT drives->activated(1); });
     s.step(u"the stick ready, Show Wav, the stick chosen, the drive list opened"_s, [&] {
@@ -234,7 +212,7 @@ TEST(WindowTree, ClicksKeysFoldsAndDrivesListTheFolderReached)
     s.step(u"album clicked"_s, [&] { s.click(album); });
     s.step(u"the stick pulled, album opened, Show Wav: no folders, the rows stay"_s, [&] {
         QDir(stick).removeRecursively();
-        s.drive.plugged.clear();
+        s.drive.drives.pop_back();
         s.tree()->expand(album);
         s.toolbar(ShowWav)->trigger();
     });
@@ -242,9 +220,9 @@ TEST(WindowTree, ClicksKeysFoldsAndDrivesListTheFolderReached)
     // The program's own drive unreadable when chosen: told once, with nothing else to fall back on.
     s.step(u"the stick back and chosen, then the first drive chosen while it cannot be read"_s, [&] {
         QDir().mkpath(stick);
-        s.drive.plugged = {Volume{stick, u"vfat"_s}};
+        s.drive.drives.push_back(Volume{stick, u"vfat"_s});
         openDrives(), Q_EMIT drives->activated(1);
-        s.folders.refused.insert(QDir::cleanPath(s.drive.root));
+        s.folders.refused.insert(QDir::cleanPath(s.dir.path()));
         openDrives(), Q_EMIT drives->activated(0);
     });
     s.expectRecorded("window-tree");
@@ -289,7 +267,6 @@ TEST(WindowCommands, ShowEnablingStatisticsLanguageHelpAndKeys)
 TEST(WindowConfiguration, SavedAtCloseRestoredAtTheNextStartAndRefusedWhileConverting)
 {
     Session s;
-    const QString cfg = s.program + u"kestrvan.cfg"_s;
     ASSERT_EQ(s.start(s.at("rock")), StartEnd::Running);
     s.w<QSlider>("sliPresetOgg")->setValue(45);
     s.choose("cmbMode", 2);
@@ -299,7 +276,7 @@ TEST(WindowConfiguration, SavedAtCloseRestoredAtTheNextStartAndRefusedWhileConve
     s.window->move(30, 40);
     s.w("frEncode")->show();
     EXPECT_FALSE(s.window->close());
-    EXPECT_FALSE(QFile::exists(cfg));
+    EXPECT_FALSE(QFile::exists(s.cfg));
     s.w("frEncode")->hide();
     s.step(u"Ogg at quality 4.5, MP3 at a constant bitrate, the Ogg page, Russian"_s);
     EXPECT_TRUE(s.window->close());
@@ -313,14 +290,6 @@ TEST(WindowConfiguration, SavedAtCloseRestoredAtTheNextStartAndRefusedWhileConve
     ASSERT_TRUE(s.window->isMaximized() && s.window->close());
     ASSERT_EQ(s.start(), StartEnd::Running);
     EXPECT_EQ(s.window->size(), QSize(900, 640));
-
-    // A folder field ended by zeros, as a text box leaves it, names the same folder.
-    QByteArray record = readAll(cfg);
-    const QByteArray field = QFile::encodeName(s.at("rock"));
-    const QByteArray zeros(ConfigRecord::kTextWidth - field.size(), '\0');
-    write(cfg, record.replace(ConfigRecord::kFolder, ConfigRecord::kTextWidth, field + zeros));
-    ASSERT_EQ(s.start(), StartEnd::Running);
-    EXPECT_EQ(s.controller->fileList().currentFolder, s.at("rock/"));
 
     // Files that are not one record, and a folder of that name: defaults, and the window works.
     // A record of 0xFF with a zero window: Russian applied, then the MP3 mode 255 ends the load.
@@ -338,26 +307,26 @@ TEST(WindowConfiguration, SavedAtCloseRestoredAtTheNextStartAndRefusedWhileConve
         {pastTheModes, false, "English 60"},
     };
     for (const auto &b : bad) {
-        QFile::remove(cfg);
-        b.folder ? void(QDir().mkpath(cfg)) : write(cfg, b.bytes);
+        QFile::remove(s.cfg);
+        b.folder ? void(QDir().mkpath(s.cfg)) : write(s.cfg, b.bytes);
         ASSERT_EQ(s.start(), StartEnd::Running);
         const QString ogg = QString::number(s.w<QSlider>("sliPresetOgg")->value());
         EXPECT_EQ(s.language()->text() + u' ' + ogg, QString::fromUtf8(b.languageAndOggQuality));
         EXPECT_TRUE(s.window->width() >= 800 && s.window->height() >= 600);
         EXPECT_TRUE(s.window->close());
-        EXPECT_TRUE(b.folder ? QFileInfo(cfg).isDir() : QFileInfo(cfg).size() == ConfigRecord::kSize) << b.languageAndOggQuality;
-        QDir(cfg).removeRecursively();
+        EXPECT_TRUE(b.folder ? QFileInfo(s.cfg).isDir() : QFileInfo(s.cfg).size() == ConfigRecord::kSize) << b.languageAndOggQuality;
+        QDir(s.cfg).removeRecursively();
     }
 
     // A program folder that cannot be written keeps the settings in the user's configuration
     // folder, which is made at the first close.
-    QFile::remove(cfg);
+    QFile::remove(s.cfg);
     ASSERT_EQ(s.start(s.at("jazz"), false), StartEnd::Running);
     s.language()->click();
     ASSERT_FALSE(QFileInfo::exists(s.dir.path() + u"/config"_s));
     EXPECT_TRUE(s.window->close());
     EXPECT_EQ(QFileInfo(s.dir.path() + u"/config/kestrvan.cfg"_s).size(), ConfigRecord::kSize);
-    EXPECT_FALSE(QFileInfo::exists(cfg));
+    EXPECT_FALSE(QFileInfo::exists(s.cfg));
     ASSERT_EQ(s.start({}, false), StartEnd::Running);
     EXPECT_EQ(s.language()->text(), u"Русский"_s);
     EXPECT_EQ(s.controller->fileList().currentFolder, s.at("jazz/"));
@@ -369,7 +338,7 @@ TEST(WindowFaults, FifosInPlaceOfAListedFileAndOfTheConfigurationHoldNothing)
 {
     Session s;
     const QByteArray swapped = QFile::encodeName(s.at("rock/swapped.mp3"));
-    const QByteArray cfg = QFile::encodeName(s.program) + "kestrvan.cfg";
+    const QByteArray cfg = QFile::encodeName(s.cfg);
     FifoGuard listed(swapped);
     FifoGuard config(cfg);
     ASSERT_TRUE(listed.made() && config.made());
@@ -385,8 +354,8 @@ TEST(WindowFaults, FifosInPlaceOfAListedFileAndOfTheConfigurationHoldNothing)
 }
 
 // A folder whose name is not UTF-8 is remembered by its bytes and opened again by the next start
-// without a folder argument, also below a UTF-8 name. A UTF-8 name the record's code page cannot
-// hold opens the folder above it.
+// without a folder argument, also below a UTF-8 name, and also when the field ends in zeros, as a
+// text box leaves it. A UTF-8 name the record's code page cannot hold opens the folder above it.
 TEST(WindowConfiguration, FolderNamedInWindows1251OpensAgainAtTheNextStart)
 {
     Session s;
@@ -413,11 +382,15 @@ TEST(WindowConfiguration, FolderNamedInWindows1251OpensAgainAtTheNextStart)
         writeFile(c.folder + "/take.wav", wav);
         ASSERT_EQ(s.start(nameFromBytes(c.folder)), StartEnd::Running);
         ASSERT_TRUE(s.window->close());
-        const QByteArray record = readAll(s.program + u"kestrvan.cfg"_s);
+        QByteArray record = readAll(s.cfg);
         EXPECT_EQ(record.mid(ConfigRecord::kFolder, c.field.size() + 2).toHex(' ').toStdString(), (c.field + "/ ").toHex(' ').toStdString());
-
-        ASSERT_EQ(s.start(), StartEnd::Running);
-        EXPECT_EQ(s.controller->fileList().currentFolder, nameFromBytes(c.opened + '/'));
+        for (const bool zeroEnded : {false, true}) {
+            const qsizetype rest = ConfigRecord::kTextWidth - c.field.size();
+            if (zeroEnded)
+                write(s.cfg, record.replace(ConfigRecord::kFolder + c.field.size(), rest, QByteArray(rest, '\0')));
+            ASSERT_EQ(s.start(), StartEnd::Running);
+            EXPECT_EQ(s.controller->fileList().currentFolder, nameFromBytes(c.opened + '/'));
+        }
         s.toolbar(ShowWav)->trigger();
         EXPECT_EQ(s.list()->rowCount(), c.folder == c.opened ? 1 : 0) << c.folder.toHex(' ').constData();
     }

@@ -33,8 +33,6 @@ inline QString place(QLayout *layout, QWidget *w)
         } else if (auto *box = qobject_cast<QBoxLayout *>(layout); box && box->stretch(i) != 0) {
             here += u" stretch %1"_s.arg(box->stretch(i));
         }
-        if (const QString a = flags(item->alignment()); !a.isEmpty())
-            here += u" align "_s + a;
         if (item->widget() == w)
             return here;
         if (item->layout())
@@ -56,6 +54,10 @@ inline void describeWidgets(QWidget *w, QStringList &out, int depth = 0)
         if (!v.isEmpty())
             p.append(key + u'=' + (v.contains(u' ') ? u'"' + v + u'"' : v));
     };
+    auto mark = [&](bool on, const char *word) {
+        if (on)
+            p.append(QLatin1String(word));
+    };
     // A list's entries in order, the chosen one starred.
     auto entries = [](int count, int chosen, const std::function<QString(int)> &text) {
         QStringList all;
@@ -63,10 +65,8 @@ inline void describeWidgets(QWidget *w, QStringList &out, int depth = 0)
             all.append((i == chosen ? u"*"_s : QString()) + text(i));
         return all.join(u'|');
     };
-    if (!w->isVisibleTo(w->window()))
-        p.append(u"hidden"_s);
-    if (!w->isEnabled())
-        p.append(u"disabled"_s);
+    mark(!w->isVisibleTo(w->window()), "hidden");
+    mark(!w->isEnabled(), "disabled");
     if (w->parentWidget() && w->parentWidget()->layout())
         add(u"at"_s, place(w->parentWidget()->layout(), w));
     if (w->minimumSize() == w->maximumSize()) {
@@ -86,7 +86,6 @@ inline void describeWidgets(QWidget *w, QStringList &out, int depth = 0)
         add(u"layout"_s, u"%1 margins %2,%3,%4,%5 spacing %6"_s.arg(QLatin1String(l->metaObject()->className() + 1))
                              .arg(m.left()).arg(m.top()).arg(m.right()).arg(m.bottom()).arg(l->spacing()));
     }
-    bool inside = true; // controls made of Qt's own parts are recorded as one
     if (auto *l = qobject_cast<QLabel *>(w)) {
         add(u"text"_s, l->text());
         if (const QPixmap picture = l->pixmap(); !picture.isNull())
@@ -95,43 +94,33 @@ inline void describeWidgets(QWidget *w, QStringList &out, int depth = 0)
             add(u"align"_s, flags(l->alignment()));
         if (l->buddy())
             add(u"buddy"_s, l->buddy()->objectName());
-        if (l->textInteractionFlags() & Qt::TextSelectableByMouse)
-            p.append(u"selectable"_s);
+        mark(l->textInteractionFlags() & Qt::TextSelectableByMouse, "selectable");
         // Space the program gives a text of its own (a frame's or title's follows the style).
         if (const QMargins m = l->contentsMargins(); !m.isNull())
             add(u"padding"_s, u"%1,%2,%3,%4"_s.arg(m.left()).arg(m.top()).arg(m.right()).arg(m.bottom()));
     } else if (auto *b = qobject_cast<QAbstractButton *>(w)) {
         add(u"text"_s, b->text());
-        if (b->isCheckable())
-            p.append(b->isChecked() ? u"checked"_s : u"unchecked"_s);
+        mark(b->isCheckable(), b->isChecked() ? "checked" : "unchecked");
         if (const QIcon icon = b->icon(); !icon.isNull()) {
             add(u"icon"_s, u"%1x%2"_s.arg(b->iconSize().width()).arg(b->iconSize().height()));
             // A picture of its own for the pointer over the button.
-            if (icon.pixmap(b->iconSize(), QIcon::Active).toImage() != icon.pixmap(b->iconSize()).toImage())
-                p.append(u"hover-picture"_s);
+            mark(icon.pixmap(b->iconSize(), QIcon::Active).toImage() != icon.pixmap(b->iconSize()).toImage(), "hover-picture");
         }
         add(u"key"_s, b->shortcut().toString());
-        if (auto *t = qobject_cast<QToolButton *>(w); t && t->autoRaise())
-            p.append(u"raised-on-hover"_s);
-        inside = false;
+        mark(qobject_cast<QToolButton *>(w) && qobject_cast<QToolButton *>(w)->autoRaise(), "raised-on-hover");
     } else if (auto *g = qobject_cast<QGroupBox *>(w)) {
         add(u"title"_s, g->title());
     } else if (auto *c = qobject_cast<QComboBox *>(w)) {
         add(u"items"_s, entries(c->count(), c->currentIndex(), [c](int i) { return c->itemText(i); }));
-        inside = false;
     } else if (auto *e = qobject_cast<QLineEdit *>(w)) {
         add(u"text"_s, e->text());
-        inside = false;
     } else if (auto *s = qobject_cast<QAbstractSlider *>(w)) {
         add(u"range"_s, u"%1..%2 step %3 page %4 value %5"_s.arg(s->minimum()).arg(s->maximum()).arg(s->singleStep())
                             .arg(s->pageStep()).arg(s->value()));
-        inside = false;
     } else if (auto *bar = qobject_cast<QProgressBar *>(w)) {
         add(u"range"_s, u"%1..%2 value %3"_s.arg(bar->minimum()).arg(bar->maximum()).arg(bar->value()));
-        inside = false;
     } else if (auto *tabs = qobject_cast<QTabBar *>(w)) {
         add(u"tabs"_s, entries(tabs->count(), tabs->currentIndex(), [tabs](int i) { return tabs->tabText(i); }));
-        inside = false;
     } else if (auto *bar = qobject_cast<QToolBar *>(w)) {
         QStringList actions;
         for (QAction *a : bar->actions())
@@ -139,7 +128,6 @@ inline void describeWidgets(QWidget *w, QStringList &out, int depth = 0)
         add(u"actions"_s, actions.join(u' '));
     } else if (auto *text = qobject_cast<QPlainTextEdit *>(w)) {
         add(u"text"_s, text->toPlainText());
-        inside = false;
     } else if (auto *view = qobject_cast<QTreeView *>(w)) {
         QAbstractItemModel *m = view->model();
         QStringList columns;
@@ -147,12 +135,9 @@ inline void describeWidgets(QWidget *w, QStringList &out, int depth = 0)
             columns.append(m->headerData(c, Qt::Horizontal).toString() + u' '
                            + flags(Qt::Alignment(m->headerData(c, Qt::Horizontal, Qt::TextAlignmentRole).toInt())) + u' '
                            + QString::number(view->header()->sectionResizeMode(c)));
-        if (view->rootIsDecorated())
-            p.append(u"branches"_s);
-        if (view->selectionMode() == QAbstractItemView::ExtendedSelection)
-            p.append(u"many-selected"_s);
-        if (view->allColumnsShowFocus())
-            p.append(u"row-focus"_s);
+        mark(view->rootIsDecorated(), "branches");
+        mark(view->selectionMode() == QAbstractItemView::ExtendedSelection, "many-selected");
+        mark(view->allColumnsShowFocus(), "row-focus");
         add(u"columns"_s, view->isHeaderHidden() ? u"(header hidden)"_s : columns.join(u" | "));
         for (int r = 0; r < m->rowCount(); ++r) {
             QStringList cells;
@@ -165,7 +150,6 @@ inline void describeWidgets(QWidget *w, QStringList &out, int depth = 0)
             }
             add(u"row"_s, cells.join(u" | "));
         }
-        inside = false;
     }
     // Commands a widget carries for its keys and menus.
     if (!qobject_cast<QToolBar *>(w) && !qobject_cast<QAbstractButton *>(w)) {
@@ -181,6 +165,11 @@ inline void describeWidgets(QWidget *w, QStringList &out, int depth = 0)
         add(u"description"_s, a->text(QAccessible::Description));
     }
     out.append(p.join(u' '));
+    // Controls made of Qt's own parts are recorded as one.
+    bool inside = true;
+    for (const char *whole : {"QAbstractButton", "QComboBox", "QLineEdit", "QAbstractSlider", "QProgressBar", "QTabBar",
+                              "QPlainTextEdit", "QTreeView"})
+        inside = inside && !w->inherits(whole);
     if (inside)
         for (QObject *o : w->children())
             if (auto *child = qobject_cast<QWidget *>(o); child && !child->isWindow() && !child->objectName().startsWith(u"qt_"))

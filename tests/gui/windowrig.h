@@ -5,10 +5,11 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <map>
+#include <set>
 
 #include <QtTest>
 #include <QtWidgets>
-
 
 #include "app/maincontroller.h"
 #include "engine/conversionrun.h"
@@ -24,21 +25,18 @@
 
 namespace kv::test {
 
-// What a view that keeps its rows holds: each cell's text (a bold one marked "*") as the model's
-// signals announce it. Equal to now() when no change went unannounced.
+// What a view that keeps its rows holds: the headers, then each row's cells (a bold one marked
+// "*"), as the model's signals announce them. Equal to now() when no change went unannounced.
 struct ModelMirror : QObject
 {
     QAbstractItemModel *model;
-    // The headers first, then a line per row.
     std::vector<QStringList> rows = now();
 
     explicit ModelMirror(QAbstractItemModel *m) : model(m)
     {
+        // The window's models change their rows by a reset only.
         connect(model, &QAbstractItemModel::modelReset, this, [this] { rows = now(); });
-        connect(model, &QAbstractItemModel::layoutChanged, this, [this] { rows = now(); });
-        connect(model, &QAbstractItemModel::rowsInserted, this, [this] { rows = now(); });
-        connect(model, &QAbstractItemModel::rowsRemoved, this, [this] { rows = now(); });
-        connect(model, &QAbstractItemModel::headerDataChanged, this, [this] { rows.at(0) = headers(); });
+        connect(model, &QAbstractItemModel::headerDataChanged, this, [this] { rows.at(0) = now().front(); });
         connect(model, &QAbstractItemModel::dataChanged, this, [this](const QModelIndex &from, const QModelIndex &to) {
             for (int r = from.row(); r <= to.row(); ++r)
                 for (int c = from.column(); c <= to.column(); ++c)
@@ -47,24 +45,16 @@ struct ModelMirror : QObject
     }
     QString cell(int r, int c) const
     {
-        const QModelIndex i = model->index(r, c);
-        return i.data().toString() + (i.data(Qt::FontRole).value<QFont>().bold() ? QStringLiteral("*") : QString());
-    }
-    QStringList headers() const
-    {
-        QStringList all;
-        for (int c = 0; c < model->columnCount(); ++c)
-            all.append(model->headerData(c, Qt::Horizontal).toString());
-        return all;
+        const QModelIndex i = r < 0 ? QModelIndex() : model->index(r, c);
+        const QVariant text = r < 0 ? model->headerData(c, Qt::Horizontal) : i.data();
+        return text.toString() + (i.data(Qt::FontRole).value<QFont>().bold() ? QStringLiteral("*") : QString());
     }
     std::vector<QStringList> now() const
     {
-        std::vector<QStringList> all{headers()};
-        for (int r = 0; r < model->rowCount(); ++r) {
-            all.emplace_back();
+        std::vector<QStringList> all(static_cast<size_t>(model->rowCount()) + 1);
+        for (int r = -1; r < model->rowCount(); ++r)
             for (int c = 0; c < model->columnCount(); ++c)
-                all.back().append(cell(r, c));
-        }
+                all[static_cast<size_t>(r + 1)].append(cell(r, c));
         return all;
     }
 };
@@ -102,36 +92,71 @@ struct Recorder : Messages
 // The temporary folder alone, plus drives plugged in during a test: the tree never wanders.
 struct OneDrive : Volumes
 {
-    QString root;
-    std::vector<Volume> plugged;
-    std::vector<Volume> mounted() override
+    std::vector<Volume> drives;
+    std::vector<Volume> mounted() override { return drives; }
+};
+
+// Real folders with a free space that shrinks at every query, so a refreshed panel reads
+// differently; folders refused here (the tests run as any user), and names added to a listing as
+// if swapped in before they are read.
+struct ShrinkingFolders : PosixFolders
+{
+    std::int64_t clusters = 100000;
+    std::int64_t shrink = 1000;
+    std::set<QString> refused;
+    std::map<QString, QStringList> swapped;
+    std::optional<FreeSpace> freeSpace(const QString &) override { return FreeSpace{clusters -= shrink, 8, 512}; }
+    bool refuses(const QString &f) const { return refused.count(QDir::cleanPath(f)) != 0; }
+    std::optional<QStringList> listFiles(const QString &f, const QString &p) override
     {
-        std::vector<Volume> all{Volume{root, QStringLiteral("ext4")}};
-        all.insert(all.end(), plugged.begin(), plugged.end());
-        return all;
+        std::optional<QStringList> names = refuses(f) ? std::nullopt : PosixFolders::listFiles(f, p);
+        if (names)
+            *names += swapped[QDir::cleanPath(f)];
+        return names;
+    }
+    std::optional<FolderListing> listFolder(const QString &f) override
+    {
+        return refuses(f) ? std::nullopt : PosixFolders::listFolder(f);
     }
 };
 
-// A program folder on a drive of one temporary folder, and the window of a controller started there.
-struct WindowRig
+// A program folder on a drive of one temporary folder, and the window of a controller started
+// there, whose Make and Play commands start real processes. The window and controller, last,
+// go before the parts they use.
+struct ProcessRig
 {
     QTemporaryDir dir;
     const QString program = dir.path() + QStringLiteral("/prog/");
     PosixFiles files;
     OneDrive drive;
     GuiBusyCursor busy;
+    ShrinkingFolders folders;
+    Recorder messages;
+    PosixProcesses processes;
+    PosixClock clock;
     std::unique_ptr<PosixInstanceLock> lock;
     std::unique_ptr<MainController> controller;
     std::unique_ptr<MainWindow> window;
-    WindowRig() { drive.root = dir.path(); }
+    ProcessRig() { drive.drives = {Volume{dir.path(), QStringLiteral("ext4")}}; }
+    // No test leaves a codec behind.
+    ~ProcessRig()
+    {
+        if (controller && controller->run())
+            for (int row = 0; row < static_cast<int>(controller->run()->jobs().size()); ++row)
+                controller->abortJob(row);
+    }
 
     // What every start needs; a test adds the rest before open().
-    Environment environment(Folders &folders, Messages &messages)
+    Environment environment()
     {
         window.reset();
         controller.reset();
         lock = std::make_unique<PosixInstanceLock>(program);
-        return Environment{files, folders, drive, *lock, messages, busy, headerReaders(files), [] { return 2; }, {}};
+        Environment e{files, folders, drive, *lock, messages, busy, headerReaders(files), [] { return 2; }, {}};
+        e.processes = &processes;
+        e.clock = &clock;
+        e.wakeups = processes.wakeups();
+        return e;
     }
     StartEnd open(const Environment &environment, const QString &folder, bool programFolderWritable = true)
     {
@@ -199,40 +224,5 @@ inline QStringList cutTexts(const QTreeView *view)
     }
     return cut;
 }
-
-// Free space that shrinks at every query, so a refreshed panel reads differently.
-struct ShrinkingFolders : PosixFolders
-{
-    std::int64_t clusters = 100000;
-    std::optional<FreeSpace> freeSpace(const QString &) override { return FreeSpace{clusters -= 1000, 8, 512}; }
-};
-
-// A rig whose Make and Play commands start real processes.
-struct ProcessRig : WindowRig
-{
-    ShrinkingFolders folders;
-    Recorder messages;
-    PosixProcesses processes;
-    PosixClock clock;
-
-    // No test leaves a codec behind; the window and controller go before the parts they use.
-    ~ProcessRig()
-    {
-        if (controller && controller->run())
-            for (int row = 0; row < static_cast<int>(controller->run()->jobs().size()); ++row)
-                controller->abortJob(row);
-        window.reset();
-        controller.reset();
-    }
-    Environment environment() { return environment(folders); }
-    Environment environment(Folders &listed)
-    {
-        Environment e = WindowRig::environment(listed, messages);
-        e.processes = &processes;
-        e.clock = &clock;
-        e.wakeups = processes.wakeups();
-        return e;
-    }
-};
 
 } // namespace kv::test
