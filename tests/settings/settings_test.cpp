@@ -7,8 +7,10 @@
 #include "fuzz/fuzzing.h"
 #include "settings/configfile.h"
 #include "support/qtprinters.h"
+#include "support/recorded.h"
 
 using namespace kv;
+using namespace Qt::StringLiterals;
 using R = ConfigRecord;
 
 namespace {
@@ -105,38 +107,27 @@ TEST(ConfigFile, OverflowingWidthStopsTheLoadAfterLeftAndTop)
 }
 
 // The forecast at every value a control can take is in the window's record, the defaults in the
-// options command's tests; here the option text's numbers and the modes' edges.
+// options command's tests; here each encoder's option text and forecast at the modes' edges, a
+// line each in the record. MP3 preset 4 and Musepack preset 7 are one past their list's end.
 TEST(OptionTextAndEstimate, ByEncoderAndMode)
 {
-    const auto ogg = [](int q) { return EncoderSettings{.ogg = {.qualityTenths = q}}; };
-    const auto mpc = [](int q) { return EncoderSettings{.mpc = {.mode = 1, .qualityTenths = q}}; };
-    const struct { Encoder encoder; EncoderSettings settings; const char *text; int kbps; } cases[] = {
-        {Encoder::Mp3, {.mp3 = {.mode = 1, .abrKbps = 128}}, "--preset 128 --silent --priority", 128},
-        {Encoder::Mp3, {.mp3 = {.mode = 1, .abrKbps = 300}}, "--preset 300 --silent --priority", 300},
-        // Constant bit rates: the first entry and the last, whose number is " 8".
-        {Encoder::Mp3, {.mp3 = {.mode = 2, .cbrIndex = 0}}, "--preset cbr 320 --silent --priority", 320},
-        {Encoder::Mp3, {.mp3 = {.mode = 2, .cbrIndex = 16}}, "--preset cbr 8 --silent --priority", 8},
-        // Only blanks are trimmed.
-        {Encoder::Mp3, {.mp3 = {.mode = 3, .commandLine = QStringLiteral("\t-V 2 ")}}, "\t-V 2 --silent --priority", 224},
-        {Encoder::Ogg, ogg(-5), "--quiet --quality -0.5", 54}, // 54.5 goes to the even neighbour
-        {Encoder::Ogg, ogg(-1), "--quiet --quality -0.1", 62},
-        {Encoder::Ogg, ogg(39), "--quiet --quality 3.9", 126},
-        {Encoder::Ogg, ogg(100), "--quiet --quality 10", 500},
-        {Encoder::Ogg, {.ogg = {.mode = 1, .abrKbps = 256}}, "--quiet --bitrate 256", 256},
-        {Encoder::Ogg, {.ogg = {.mode = 2, .commandLine = QStringLiteral(" -q 3 ")}}, "--quiet -q 3", 224},
-        {Encoder::Mpc, {.mpc = {.presetIndex = 6}}, "--overwrite --silent --telephone", 60},
-        // One past the end of a preset list (a damaged configuration): no preset at all.
-        {Encoder::Mp3, {.mp3 = {.presetIndex = 4}}, " --silent --priority", 0},
-        {Encoder::Mpc, {.mpc = {.presetIndex = 7}}, "--overwrite --silent ", 0},
-        {Encoder::Mpc, mpc(0), "--overwrite --silent --quality 0", 20},
-        {Encoder::Mpc, mpc(19), "--overwrite --silent --quality 1.9", 58},
-        {Encoder::Mpc, mpc(100), "--overwrite --silent --quality 10", 330},
-        {Encoder::Mpc, {.mpc = {.mode = 2, .commandLine = QStringLiteral(" --xlevel ")}}, "--overwrite --silent --xlevel", 224},
+    const EncoderSettings cases[] = {
+        {{.mode = 1, .abrKbps = 128}, {.qualityTenths = -5}, {.presetIndex = 6}},
+        {{.mode = 1, .abrKbps = 300}, {.qualityTenths = -1}, {.presetIndex = 7}},
+        {{.mode = 2, .cbrIndex = 0}, {.qualityTenths = 39}, {.mode = 1, .qualityTenths = 0}},
+        {{.mode = 2, .cbrIndex = 16}, {.qualityTenths = 100}, {.mode = 1, .qualityTenths = 19}},
+        {{.mode = 3, .commandLine = u"\t-V 2 "_s}, {.mode = 1, .abrKbps = 256}, {.mode = 1, .qualityTenths = 100}},
+        {{.presetIndex = 4}, {.mode = 2, .commandLine = u" -q 3 "_s}, {.mode = 2, .commandLine = u" --xlevel "_s}},
     };
-    for (const auto &c : cases) {
-        EXPECT_EQ(OptionTextBuilder().BuildOptionText(c.encoder, c.settings), QString::fromUtf8(c.text));
+    QStringList lines;
+    for (const EncoderSettings &c : cases) {
         BitrateEstimates e;
-        EstimateBitrates(c.settings, e);
-        EXPECT_EQ(c.encoder == Encoder::Mp3 ? e.mp3 : c.encoder == Encoder::Ogg ? e.ogg : e.mpc, c.kbps) << c.text;
+        EstimateBitrates(c, e);
+        const int kbps[] = {e.mp3, e.ogg, e.mpc};
+        for (const Encoder encoder : {Encoder::Mp3, Encoder::Ogg, Encoder::Mpc}) {
+            const QString text = OptionTextBuilder().BuildOptionText(encoder, c);
+            lines << u"%1 kbps: [%2]"_s.arg(kbps[int(encoder)], 3).arg(text);
+        }
     }
+    test::expectAsRecorded(u"option-texts-and-estimates"_s, lines);
 }
