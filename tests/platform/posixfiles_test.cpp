@@ -73,23 +73,20 @@ TEST(PosixFiles, ReplacedTargetsGoToTheHomeTrashWithARecordUnderAFreeName)
     for (const auto &c : cases) {
         const bool own = c.xdgDataHome && c.xdgDataHome[0] == '/';
         const QByteArray trash = own ? home : root + "/home/.local/share/Trash";
-        if (c.xdgDataHome)
-            qputenv("XDG_DATA_HOME", own ? root + c.xdgDataHome : QByteArray(c.xdgDataHome));
-        else
-            qunsetenv("XDG_DATA_HOME");
+        const QByteArray dataHome = own ? root + c.xdgDataHome : QByteArray(c.xdgDataHome);
+        c.xdgDataHome ? qputenv("XDG_DATA_HOME", dataHome) : qunsetenv("XDG_DATA_HOME");
         PosixFiles files;
         const QString file = nameFromBytes(root + '/' + c.name);
-        const std::string what = c.trashName.toStdString();
         ASSERT_TRUE(files.writeAtStart(file, "content of " + c.trashName));
         // Made as any program makes a file: readable by others unless the user's umask says not.
         EXPECT_EQ(modeOf(root + '/' + c.name), 0644 & ~mask);
         const std::time_t before = std::time(nullptr);
-        EXPECT_EQ(files.moveToTrash(file), RemoveResult::Removed) << what;
+        EXPECT_EQ(files.moveToTrash(file), RemoveResult::Removed) << c.trashName.constData();
         const std::time_t after = std::time(nullptr);
         EXPECT_EQ(files.readAll(nameFromBytes(trash + "/files/" + c.trashName)).value_or("<missing>"), "content of " + c.trashName);
         EXPECT_EQ(recordAt(trash + "/info/" + c.trashName + ".trashinfo", before, after),
                   "[Trash Info]\nPath=" + root.toStdString() + '/' + c.encodedName.toStdString() + "\nDeletionDate=<date>\n");
-        EXPECT_EQ(files.moveToTrash(file), RemoveResult::OtherError) << what; // nothing there any more
+        EXPECT_EQ(files.moveToTrash(file), RemoveResult::OtherError) << c.trashName.constData(); // nothing there any more
     }
     qputenv("HOME", oldHome);
     qputenv("XDG_DATA_HOME", oldDataHome);

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <random>
 
 #include <gtest/gtest.h>
@@ -69,9 +70,8 @@ TEST(ConfigFile, GoldenRecordReadAndWrittenBack)
     l.controls.setMp3CommandLine(QStringLiteral(" -V 2 "));
     l.controls.setMpcCommandLine(QString::fromLatin1(mpcLine) + QStringLiteral("yyyyyy")); // 1030 characters
     const QByteArray written = save(l.controls, *R::fromBytes(noise));
-    ASSERT_EQ(written.size(), R::kSize);
-    for (qsizetype i = 0; i < R::kSize; ++i)
-        ASSERT_EQ(written.at(i), golden.at(i)) << "offset " << i;
+    const auto differ = std::mismatch(written.begin(), written.end(), golden.begin(), golden.end()).first;
+    EXPECT_EQ(written, golden) << "first difference at offset " << differ - written.begin();
     // A minimised or maximised window keeps the place the record holds.
     l.controls.setWindowLeft(3000);
     for (const WindowState state : {WindowState::Minimised, WindowState::Maximised}) {
