@@ -3,10 +3,12 @@
 
 #include <gtest/gtest.h>
 
+#include <QDir>
 #include <QLocale>
 
 #include "fuzz/fuzzing.h"
 #include "settings/configfile.h"
+#include "support/bytefiles.h"
 #include "support/qtprinters.h"
 #include "support/recorded.h"
 
@@ -34,14 +36,36 @@ QByteArray save(const SettingsControls &c, ConfigRecord record)
     return file.bytes.value_or(QByteArray());
 }
 
-QList<int> placeAndTab(const SettingsControls &c) { return {c.windowLeft(), c.windowTop(), c.windowWidth(), c.windowHeight(), c.selectedTab()}; }
+// Everything a configuration sets in the controls, in one line; a text over 40 characters by its
+// start and length.
+QString state(const Loaded &l)
+{
+    const SettingsControls &c = l.controls;
+    const EncoderSettings &s = c.settings();
+    const auto shown = [](const QString &t) { return t.size() > 40 ? u"%1...(%2)"_s.arg(t.left(20)).arg(t.size()) : t; };
+    const MpcModeControls m = c.mpcControls();
+    return QString::asprintf("%smp3 %d %d %d %d [%ls]; ogg %d %d %d [%ls]; mpc %d %d %d [%ls] %ls shows %d%d%d%d; window %d %d %d %d"
+                             " tab %d %ls [%ls]", l.completed ? "" : "stopped: ", s.mp3.mode, s.mp3.presetIndex, s.mp3.abrKbps,
+                             s.mp3.cbrIndex, qUtf16Printable(s.mp3.commandLine), s.ogg.mode, s.ogg.qualityTenths, s.ogg.abrKbps,
+                             qUtf16Printable(s.ogg.commandLine), s.mpc.mode, s.mpc.presetIndex, s.mpc.qualityTenths,
+                             qUtf16Printable(shown(s.mpc.commandLine)), qUtf16Printable(c.lblMpc()), m.cmbPresetMpc, m.sliMpc, m.lblMpc,
+                             m.txtCmdMpc, c.windowLeft(), c.windowTop(), c.windowWidth(), c.windowHeight(), c.selectedTab(),
+                             qUtf16Printable(c.languagePanelText()), qUtf16Printable(c.startFolder()));
+}
 
 QByteArray field(const QByteArray &content) { return content + QByteArray(R::kTextWidth - content.size(), ' '); }
 
 } // namespace
 
-TEST(ConfigFile, GoldenRecordReadAndWrittenBack)
+// Each configuration seed of the fuzz target loads as recorded. window-2185-wide.cfg: 2185 pixels
+// overflow 16 bits in twips, so the load stops after left and top; 2184 is the widest that fits.
+TEST(ConfigFile, SeedsAndAGoldenRecordLoadAsRecorded)
 {
+    QStringList lines;
+    const QDir seeds(QStringLiteral(KV_TEST_DATA_DIR "/../fuzz/config/seeds"));
+    for (const QString &name : seeds.entryList(QDir::Files))
+        lines << name + u": "_s + state(Loaded(readAll(seeds.filePath(name))));
+
     const QByteArray mpcLine = "--xlevel " + QByteArray(1015, 'x'); // fills its field
     std::mt19937 random(7);
     QByteArray noise(R::kSize, '\0');
@@ -54,14 +78,9 @@ TEST(ConfigFile, GoldenRecordReadAndWrittenBack)
     golden.replace(3142, R::kTextWidth, field("-V 2"));
     golden.replace(4166, R::kTextWidth, field("-q 3"));
     golden.replace(5190, R::kTextWidth, mpcLine);
-
     Loaded l(golden);
-    EXPECT_TRUE(l.completed);
-    EXPECT_EQ(l.controls.settings(), (EncoderSettings{{1, 2, 256, 7, QStringLiteral("-V 2")}, {1, 45, 160, QStringLiteral("-q 3")},
-                                                      {2, 3, 70, QString::fromLatin1(mpcLine)}}));
-    EXPECT_EQ(placeAndTab(l.controls), QList<int>({1500, -1500, 15000, 9015, 2}));
-    EXPECT_EQ(l.controls.languagePanelText(), QStringLiteral("Русский"));
-    EXPECT_EQ(l.controls.startFolder(), QStringLiteral("/Музыка Ёё№€/??"));
+    lines << u"golden: "_s + state(l);
+    EXPECT_EQ(l.controls.settings().mpc.commandLine, QString::fromLatin1(mpcLine));
 
     // Saving rounds to pixels (14,993 twips to 1,000), trims blanks, cuts at the field width and
     // writes one "?" per character outside the code page (a surrogate pair included).
@@ -81,29 +100,8 @@ TEST(ConfigFile, GoldenRecordReadAndWrittenBack)
 
     // Defaults go through the controls and restore the encoder settings (each differs here) only.
     ASSERT_TRUE(ResetToDefaults(l.controls));
-    EXPECT_EQ(l.controls.settings(), EncoderSettings());
-    EXPECT_EQ(l.controls.lblMpc(), QStringLiteral("--quality 6"));
-    EXPECT_EQ(l.controls.mpcControls(), (MpcModeControls{true, false, false, false}));
-    EXPECT_EQ(placeAndTab(l.controls), QList<int>({3000, -1500, 14993, 9015, 2}));
-    EXPECT_EQ(l.controls.startFolder(), QStringLiteral("  /Музыка Ёё№€/日😀 "));
-}
-
-// 2185 pixels overflow 16 bits in twips; 2184 is the widest that fits.
-TEST(ConfigFile, OverflowingWidthStopsTheLoadAfterLeftAndTop)
-{
-    R r;
-    r.setInt16(R::kWindowLeft, 10);
-    r.setInt16(R::kWindowTop, 20);
-    r.setInt16(R::kWindowWidth, 2185);
-    r.setByte(R::kTab, 3);
-    r.setByte(R::kMp3Preset, 3);
-    const Loaded l(r.bytes());
-    EXPECT_FALSE(l.completed);
-    EXPECT_EQ(placeAndTab(l.controls), QList<int>({150, 300, 12000, 9000, 1}));
-    EXPECT_EQ(l.controls.settings(), EncoderSettings());
-    EXPECT_EQ(l.controls.lblMpc(), QStringLiteral("--quality 6")); // the slider's label is never blank
-    r.setInt16(R::kWindowWidth, 2184);
-    EXPECT_TRUE(Loaded(r.bytes()).completed);
+    lines << u"golden after a reset to defaults: "_s + state(l);
+    test::expectAsRecorded(u"configuration-loads"_s, lines);
 }
 
 // The forecast at every value a control can take is in the window's record, the defaults in the
