@@ -5,8 +5,11 @@
 #include <cstdlib>
 #include <cstring>
 
+#include <QLocale>
+
 #include "media/mediainfo.h"
 #include "platform/files.h"
+#include "settings/configfile.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size);
 
@@ -36,7 +39,7 @@ struct TricklingByteSource : kv::MemoryByteSource
     }
 };
 
-// The one file the configuration code reads and writes, in memory (the settings tests use it too).
+// The one file the configuration code reads and writes, in memory.
 struct MemoryFile : kv::Files
 {
     std::optional<QByteArray> bytes;
@@ -45,6 +48,26 @@ struct MemoryFile : kv::Files
     kv::RemoveResult remove(const QString &) override { return kv::RemoveResult::OtherError; }
     std::optional<QByteArray> readAll(const QString &) override { return bytes; }
     bool writeAtStart(const QString &, const QByteArray &b) override { return bytes = b, true; }
+};
+
+// A configuration loaded into fresh controls, as the window does at start, and saved as at close.
+struct LoadedConfig
+{
+    explicit LoadedConfig(const QByteArray &bytes)
+    {
+        file.bytes = bytes;
+        completed = kv::LoadConfig(QStringLiteral("/config/kestrvan.cfg"), file, controls, record);
+    }
+    QByteArray save(kv::ConfigRecord into) const
+    {
+        MemoryFile out;
+        KV_FUZZ_CHECK(kv::SaveConfig(QStringLiteral("/config/kestrvan.cfg"), out, controls, into));
+        return *out.bytes;
+    }
+    MemoryFile file;
+    kv::SettingsControls controls{QLocale(QLocale::English, QLocale::UnitedStates)};
+    kv::ConfigRecord record;
+    bool completed = false;
 };
 
 // A reader never throws, a row starts with the file's name, and the row does not depend on how

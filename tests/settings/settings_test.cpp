@@ -4,10 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <QDir>
-#include <QLocale>
 
 #include "fuzz/fuzzing.h"
-#include "settings/configfile.h"
 #include "support/bytefiles.h"
 #include "support/qtprinters.h"
 #include "support/recorded.h"
@@ -18,23 +16,7 @@ using R = ConfigRecord;
 
 namespace {
 
-const QString kPath = QStringLiteral("/opt/kv/kestrvan.cfg");
-
-struct Loaded
-{
-    explicit Loaded(const QByteArray &bytes) { file.bytes = bytes; completed = LoadConfig(kPath, file, controls, record); }
-    kvfuzz::MemoryFile file;
-    SettingsControls controls{QLocale(QLocale::English, QLocale::UnitedStates)};
-    ConfigRecord record;
-    bool completed = false;
-};
-
-QByteArray save(const SettingsControls &c, ConfigRecord record)
-{
-    kvfuzz::MemoryFile file;
-    EXPECT_TRUE(SaveConfig(kPath, file, c, record));
-    return file.bytes.value_or(QByteArray());
-}
+using Loaded = kvfuzz::LoadedConfig;
 
 // Everything a configuration sets in the controls, in one line; a text over 40 characters by its
 // start and length.
@@ -88,14 +70,14 @@ TEST(ConfigFile, SeedsAndAGoldenRecordLoadAsRecorded)
     l.controls.setStartFolder(QStringLiteral("  /Музыка Ёё№€/日😀 "));
     l.controls.setMp3CommandLine(QStringLiteral(" -V 2 "));
     l.controls.setMpcCommandLine(QString::fromLatin1(mpcLine) + QStringLiteral("yyyyyy")); // 1030 characters
-    const QByteArray written = save(l.controls, *R::fromBytes(noise));
+    const QByteArray written = l.save(*R::fromBytes(noise));
     const auto differ = std::mismatch(written.begin(), written.end(), golden.begin(), golden.end()).first;
     EXPECT_EQ(written, golden) << "first difference at offset " << differ - written.begin();
     // A minimised or maximised window keeps the place the record holds.
     l.controls.setWindowLeft(3000);
     for (const WindowState state : {WindowState::Minimised, WindowState::Maximised}) {
         l.controls.setWindowState(state);
-        EXPECT_EQ(save(l.controls, l.record).mid(50, 8), golden.mid(50, 8));
+        EXPECT_EQ(l.save(l.record).mid(50, 8), golden.mid(50, 8));
     }
 
     // Defaults go through the controls and restore the encoder settings (each differs here) only.
