@@ -75,8 +75,8 @@ TEST(ConfigFile, SeedsAndAGoldenRecordLoadAsRecorded)
     EXPECT_EQ(written, golden) << "first difference at offset " << differ - written.begin();
     // A minimised or maximised window keeps the place the record holds.
     l.controls.setWindowLeft(3000);
-    for (const WindowState state : {WindowState::Minimised, WindowState::Maximised}) {
-        l.controls.setWindowState(state);
+    for (const WindowState shownAs : {WindowState::Minimised, WindowState::Maximised}) {
+        l.controls.setWindowState(shownAs);
         EXPECT_EQ(l.save(l.record).mid(50, 8), golden.mid(50, 8));
     }
 
@@ -88,7 +88,8 @@ TEST(ConfigFile, SeedsAndAGoldenRecordLoadAsRecorded)
 
 // The forecast at every value a control can take is in the window's record, the defaults in the
 // options command's tests; here each encoder's option text and forecast at the modes' edges, a
-// line each in the record. MP3 preset 4 and Musepack preset 7 are one past their list's end.
+// line each in the record. MP3 preset 4 and Musepack preset 7 are one past their list's end; Ogg
+// quality -0.5 forecasts 54.5, taken to the even 54; only blanks are trimmed, never the tab.
 TEST(OptionTextAndEstimate, ByEncoderAndMode)
 {
     const EncoderSettings cases[] = {
