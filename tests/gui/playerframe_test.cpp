@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <csignal>
+#include <ranges>
 
 #include <unistd.h>
 
@@ -81,10 +82,8 @@ struct Session : ProcessRig
     QStringList played() const { return logLines().filter(music).replaceInStrings(QRegularExpression(u".*/|]$"_s), QString()); }
     std::vector<qint64> pids() const
     {
-        std::vector<qint64> out;
-        for (const QString &line : logLines())
-            out.push_back(line.section(u' ', 0, 0).toLongLong());
-        return out;
+        auto all = logLines() | std::views::transform([](const QString &line) { return line.section(u' ', 0, 0).toLongLong(); });
+        return {all.begin(), all.end()};
     }
     // Gone within a second: a killed process may take a moment to be scheduled and die.
     bool goneSoon(const std::vector<qint64> &which) const { return waitFor([&] { return std::ranges::none_of(which, alive); }, 1000); }
@@ -150,11 +149,10 @@ TEST(PlayerFrame, KeysButtonsAndActionsEndEveryProcessOfThePlayer)
     // files it counts.
     QStringList steps;
     auto step = [&](const char *what) {
-        steps.append(u"%1: %2 || %3 rows, wav %4, mp3 %5 %6, all %7, %8 selected"_s.arg(QLatin1String(what), s.look())
+        steps.append(u"%1: %2 || %3 rows, wav %4, mp3 %5, all %6, %7 selected"_s.arg(QLatin1String(what), s.look())
                          .arg(s.list()->model()->rowCount())
                          .arg(s.toolbar(ShowWav)->isChecked())
                          .arg(s.toolbar(ShowMp3)->isChecked())
-                         .arg(s.w<QToolButton>("tbMain_9")->isChecked())
                          .arg(s.toolbar(MakeAll)->isChecked())
                          .arg(s.w<QLabel>("lblInfo_3")->text()));
     };
@@ -216,8 +214,7 @@ TEST(PlayerFrame, KeysButtonsAndActionsEndEveryProcessOfThePlayer)
     ASSERT_TRUE(s.waitPlayed(10));
     s.window->close();
     EXPECT_TRUE(s.goneSoon());
-    EXPECT_EQ(s.played().join(u' '), u"family1.mp3 long2.mp3 long3.mp3 long2.mp3 long3.mp3 long2.mp3 family1.mp3 long2.mp3 "
-                                     u"long2.mp3 long2.mp3"_s);
+    steps.append(u"played "_s + s.played().join(u' '));
 
     // Shown again, the window makes files as before.
     s.window->show();
