@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <csignal>
-#include <ranges>
 
 #include <unistd.h>
 
@@ -80,8 +79,10 @@ struct Session : ProcessRig
     QStringList played() const { return logLines().filter(music).replaceInStrings(QRegularExpression(u".*/|]$"_s), QString()); }
     std::vector<qint64> pids() const
     {
-        auto all = logLines() | std::views::transform([](const QString &line) { return line.section(u' ', 0, 0).toLongLong(); });
-        return {all.begin(), all.end()};
+        std::vector<qint64> out;
+        for (const QString &line : logLines())
+            out.push_back(line.section(u' ', 0, 0).toLongLong());
+        return out;
     }
     // Gone within a second: a killed process may take a moment to be scheduled and die.
     bool goneSoon(const std::vector<qint64> &which) const { return waitFor([&] { return std::ranges::none_of(which, alive); }, 1000); }

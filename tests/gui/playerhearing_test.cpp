@@ -43,7 +43,8 @@ TEST(PlayerHearing, EveryKindPlaysItsRowsInListOrder)
         std::vector<SoundSegment> heard;
         EXPECT_TRUE(l.waitFor([&] {
             heard = recorder.sounds(pressed);
-            return !heard.empty() && heard.back().start > heard[0].start + double(k.pitches.size()) - 1.5 && recorder.now() > heard.back().end + 0.5;
+            return !heard.empty() && heard.back().start > heard[0].start + double(k.pitches.size()) - 1.5
+                   && recorder.now() > heard.back().end + 0.5;
         }, 15000));
         std::vector<int> pitches;
         std::ranges::transform(heard, std::back_inserter(pitches), &SoundSegment::pitch);
