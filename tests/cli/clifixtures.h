@@ -6,17 +6,12 @@
 #include <sys/prctl.h>
 #include <unistd.h>
 
-#include <gtest/gtest.h>
-
 #include <QDir>
-#include <QFile>
-#include <QFileInfo>
 #include <QProcess>
 #include <QRegularExpression>
-#include <QTemporaryDir>
 #include <QThread>
 
-#include "support/bytefiles.h"
+#include "support/bytefiles.h" // with gtest, QFile, QFileInfo and QTemporaryDir
 #include "support/qtprinters.h"
 #include "support/recorded.h"
 
@@ -28,15 +23,46 @@ struct CliResult
     int status = -1;
 };
 
-inline QString cliPath();
-
-// unprivileged takes away root's right to read and search whatever it likes.
+// No program runs the shared copy; unprivileged takes away root's right to read and search whatever it likes.
 struct CliRun
 {
-    QString program = cliPath();
+    QString program;
     bool unprivileged = false;
     QStringList env; // NAME=value, LC_ALL=C.UTF-8 unless set
 };
+
+// A copy of the binary and its codec folder (codecs may be replaced), with a trash of its own and any
+// settings given as its kestrvan.cfg: none left beside build/bin can change what a test sees.
+struct ProgramCopy
+{
+    QTemporaryDir dir;
+
+    explicit ProgramCopy(const QByteArray &settings = {})
+    {
+        QFile::copy(QStringLiteral(KV_BIN_DIR "/kestrelvane-cli"), path());
+        QProcess::execute(u"/bin/cp"_s, {u"-r"_s, QStringLiteral(KV_BIN_DIR "/codec"), dir.path()});
+        if (!settings.isEmpty())
+            write(dir.filePath(u"kestrvan.cfg"_s), settings);
+    }
+    QString path() const { return dir.filePath(u"kestrelvane-cli"_s); }
+    // The MP3 encoder replaced by a shell script, run with no environment (absolute paths only); $t is the target.
+    void fakeLame(const QByteArray &script) const
+    {
+        write(dir.filePath(u"codec/lame"_s), "#!/bin/sh\nfor a do t=$a; done\n" + script);
+        QFile::setPermissions(dir.filePath(u"codec/lame"_s), QFile::ReadOwner | QFile::ExeOwner);
+    }
+    // A run of the program given, or of this copy.
+    CliRun how(const QString &program = {}) const
+    {
+        return {.program = program.isEmpty() ? path() : program, .env = {u"XDG_DATA_HOME="_s + dir.filePath(u"data"_s)}};
+    }
+};
+
+inline QString cliPath()
+{
+    static const ProgramCopy shared;
+    return shared.path();
+}
 
 inline void startCli(QProcess &p, const QStringList &args, const CliRun &how = {})
 {
@@ -50,7 +76,7 @@ inline void startCli(QProcess &p, const QStringList &args, const CliRun &how = {
             if (::prctl(PR_CAPBSET_DROP, CAP_DAC_OVERRIDE) != 0 || ::prctl(PR_CAPBSET_DROP, CAP_DAC_READ_SEARCH) != 0)
                 ::_exit(100);
         });
-    p.start(how.program, args);
+    p.start(how.program.isEmpty() ? cliPath() : how.program, args);
     EXPECT_TRUE(p.waitForStarted()) << p.errorString().toStdString();
 }
 
@@ -62,17 +88,6 @@ inline CliResult runCli(const QStringList &args, const CliRun &how = {})
         return {QString(), u"timed out"_s}; // killed as p goes
     return {QString::fromUtf8(p.readAllStandardOutput()), QString::fromUtf8(p.readAllStandardError()),
             p.exitStatus() == QProcess::NormalExit ? p.exitCode() : -1};
-}
-
-// A command line passed byte for byte (the program first), through bash's $'\xHH' quoting:
-// QProcess would pass it as UTF-8, which names that are not UTF-8 must do without.
-inline CliResult runBytes(const QByteArrayList &commandLine, CliRun how = {})
-{
-    QByteArray script = "exec";
-    for (const QByteArray &arg : commandLine)
-        script += " $'" + arg.toPercentEncoding().replace('%', "\\x") + '\'';
-    how.program = u"/bin/bash"_s;
-    return runCli({u"-c"_s, QString::fromLatin1(script)}, how);
 }
 
 // A run as a record shows it: the command and its status, standard output, then standard error
@@ -105,39 +120,4 @@ inline QByteArray record(std::initializer_list<std::pair<int, int>> set)
     for (const auto &[at, value] : set)
         r[at] = static_cast<char>(value);
     return r;
-}
-
-// A copy of the binary beside a copy of the codec folder, in which codecs may be replaced, with a
-// desktop trash of its own and, when settings are given, a configuration file holding them. No
-// kestrvan.cfg left beside build/bin can change what a test sees.
-struct ProgramCopy
-{
-    QTemporaryDir dir;
-
-    explicit ProgramCopy(const QByteArray &settings = {})
-    {
-        QFile::copy(QStringLiteral(KV_BIN_DIR "/kestrelvane-cli"), path());
-        QProcess::execute(u"/bin/cp"_s, {u"-r"_s, QStringLiteral(KV_BIN_DIR "/codec"), dir.path()});
-        if (!settings.isEmpty())
-            write(dir.filePath(u"kestrvan.cfg"_s), settings);
-    }
-    QString path() const { return dir.filePath(u"kestrelvane-cli"_s); }
-    // Replaces the MP3 encoder by a shell script (run with no environment: absolute paths only);
-    // $t is the target.
-    void fakeLame(const QByteArray &script) const
-    {
-        write(dir.filePath(u"codec/lame"_s), "#!/bin/sh\nfor a do t=$a; done\n" + script);
-        QFile::setPermissions(dir.filePath(u"codec/lame"_s), QFile::ReadOwner | QFile::ExeOwner);
-    }
-    // A run of the program given, or of this copy.
-    CliRun how(const QString &program = {}) const
-    {
-        return {.program = program.isEmpty() ? path() : program, .env = {u"XDG_DATA_HOME="_s + dir.filePath(u"data"_s)}};
-    }
-};
-
-inline QString cliPath()
-{
-    static const ProgramCopy shared;
-    return shared.path();
 }

@@ -1,3 +1,5 @@
+#include <sys/stat.h>
+
 #include <csignal>
 
 #include <QScopeGuard>
@@ -17,10 +19,8 @@ TEST(Install, InstalledProgramRunsItsCodecsAndKeepsTheSettingsInTheUsersFolder)
     ASSERT_EQ(install.status, 0) << "cmake --install: " << install.out.toStdString() << install.err.toStdString();
     const QString bin = prefix.filePath(u"bin/"_s), source = music.filePath(u"Evening take.wav"_s);
     ASSERT_TRUE(QFile::copy(QStringLiteral(KV_TEST_DATA_DIR "/wav/stereo-16bit-44100.wav"), source));
-    const QByteArray before = readAll(source);
     const CliRun cli{.program = bin + u"kestrelvane-cli"_s};
     const CliResult list = runCli({u"list"_s, music.path()}, cli);
-    EXPECT_EQ(list.status, 0) << list.err.toStdString();
     EXPECT_TRUE(list.out.contains(u"\nEvening take.wav\t9\t0:00:00\t1411\t44100\tStereo\n"_s)) << list.out.toStdString();
     for (const char *kind : {"mp3", "ogg", "mpc"}) {
         const CliResult r = runCli({u"convert"_s, u"--to"_s, QLatin1String(kind), music.path()}, cli);
@@ -28,7 +28,7 @@ TEST(Install, InstalledProgramRunsItsCodecsAndKeepsTheSettingsInTheUsersFolder)
         EXPECT_TRUE(r.out.contains(u"Finished 1 of 1"_s)) << kind;
         EXPECT_GT(QFileInfo(music.filePath(u"Evening take."_s + QLatin1String(kind))).size(), 0) << kind;
     }
-    EXPECT_EQ(readAll(source), before);
+    EXPECT_EQ(readAll(source), readAll(QStringLiteral(KV_TEST_DATA_DIR "/wav/stereo-16bit-44100.wav")));
 
     const QString configFolder = home.filePath(u"config/kestrelvane"_s), config = configFolder + u"/kestrvan.cfg"_s;
     ASSERT_TRUE(QDir().mkpath(configFolder));
@@ -37,20 +37,18 @@ TEST(Install, InstalledProgramRunsItsCodecsAndKeepsTheSettingsInTheUsersFolder)
     CliRun how{.program = u"/usr/bin/env"_s,
                .env = {u"HOME="_s + home.path(), u"XDG_CONFIG_HOME="_s + home.filePath(u"config"_s), u"QT_QPA_PLATFORM=offscreen"_s}};
     QStringList runner; // how a program of the installation is started: as the user, or as nobody for root
-    const QFile::Permissions open = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner | QFile::ReadGroup
-                                    | QFile::ExeGroup | QFile::ReadOther | QFile::ExeOther;
     if (::geteuid() == 0) {
         if (!QFileInfo(u"/usr/bin/setpriv"_s).isExecutable())
             GTEST_SKIP() << "setpriv is needed to drop root";
         // Every folder is writable for root: nobody may only read the program, and owns the user's folders.
-        QFile::setPermissions(prefix.path(), open);
+        ::chmod(QFile::encodeName(prefix.path()).constData(), 0755);
         ASSERT_EQ(QProcess::execute(u"/bin/chown"_s, {u"-R"_s, u"65534:65534"_s, home.path()}), 0);
         how.program = u"/usr/bin/setpriv"_s;
         runner = {u"--reuid=65534"_s, u"--regid=65534"_s, u"--clear-groups"_s};
     } else {
-        QFile::setPermissions(bin, open & ~QFile::WriteOwner);
+        ::chmod(QFile::encodeName(bin).constData(), 0555);
     }
-    const auto reopen = qScopeGuard([&] { QFile::setPermissions(bin, open); }); // for the prefix's removal
+    const auto reopen = qScopeGuard([&] { ::chmod(QFile::encodeName(bin).constData(), 0755); }); // for the prefix's removal
     const CliResult r = runCli(runner + QStringList{bin + u"kestrelvane-cli"_s, u"options"_s}, how);
     EXPECT_EQ(r.status, 0);
     EXPECT_EQ(r.err, QString());
