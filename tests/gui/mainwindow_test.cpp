@@ -262,8 +262,8 @@ TEST(WindowCommands, ShowEnablingStatisticsLanguageHelpAndKeys)
     EXPECT_EQ(s.opened, QStringList(4, s.program + u"help/rus/index.htm"_s));
 }
 
-// Saved at close (refused while converting), restored at the next start, bad files in its place,
-// and a read-only program folder saving in the user's folder.
+// Saved at close (refused while converting), restored at the next start, bad files and FIFOs in
+// its place, a read-only program folder saving in the user's folder, and folder names in bytes.
 TEST(WindowConfiguration, SavedAtCloseRestoredAtTheNextStartAndRefusedWhileConverting)
 {
     Session s;
@@ -312,8 +312,7 @@ TEST(WindowConfiguration, SavedAtCloseRestoredAtTheNextStartAndRefusedWhileConve
         ASSERT_EQ(s.start(), StartEnd::Running);
         const QString ogg = QString::number(s.w<QSlider>("sliPresetOgg")->value());
         EXPECT_EQ(s.language()->text() + u' ' + ogg, QString::fromUtf8(b.languageAndOggQuality));
-        EXPECT_TRUE(s.window->width() >= 800 && s.window->height() >= 600);
-        EXPECT_TRUE(s.window->close());
+        EXPECT_TRUE(s.window->width() >= 800 && s.window->height() >= 600 && s.window->close());
         EXPECT_TRUE(b.folder ? QFileInfo(s.cfg).isDir() : QFileInfo(s.cfg).size() == ConfigRecord::kSize) << b.languageAndOggQuality;
         QDir(s.cfg).removeRecursively();
     }
@@ -330,20 +329,15 @@ TEST(WindowConfiguration, SavedAtCloseRestoredAtTheNextStartAndRefusedWhileConve
     ASSERT_EQ(s.start({}, false), StartEnd::Running);
     EXPECT_EQ(s.language()->text(), u"Русский"_s);
     EXPECT_EQ(s.controller->fileList().currentFolder, s.at("jazz/"));
-}
 
-// A listed file swapped for a FIFO before it is read, and a FIFO in place of the configuration
-// file: opening either would wait for the FIFO's other end.
-TEST(WindowFaults, FifosInPlaceOfAListedFileAndOfTheConfigurationHoldNothing)
-{
-    Session s;
+    // A listed file swapped for a FIFO before it is read, and a FIFO in place of the configuration
+    // file: opening either would wait for the FIFO's other end.
     const QByteArray swapped = QFile::encodeName(s.at("rock/swapped.mp3"));
     const QByteArray cfg = QFile::encodeName(s.cfg);
     FifoGuard listed(swapped);
     FifoGuard config(cfg);
     ASSERT_TRUE(listed.made() && config.made());
     s.folders.swapped[s.at("rock")] = QStringList{u"swapped.mp3"_s};
-
     ASSERT_EQ(s.start(s.at("rock")), StartEnd::Running);
     s.toolbar(ShowMp3)->trigger();
     EXPECT_EQ(s.shown().at(2), u"rows: mono.mp3 vbr.mp3"_s);
@@ -351,14 +345,12 @@ TEST(WindowFaults, FifosInPlaceOfAListedFileAndOfTheConfigurationHoldNothing)
     EXPECT_TRUE(s.window->close());
     EXPECT_FALSE(config.finish()) << "the save at close waited for the FIFO";
     EXPECT_TRUE(isFifo(swapped) && isFifo(cfg));
-}
+    QFile::remove(s.cfg);
 
-// A folder whose name is not UTF-8 is remembered by its bytes and opened again by the next start
-// without a folder argument, also below a UTF-8 name, and also when the field ends in zeros, as a
-// text box leaves it. A UTF-8 name the record's code page cannot hold opens the folder above it.
-TEST(WindowConfiguration, FolderNamedInWindows1251OpensAgainAtTheNextStart)
-{
-    Session s;
+    // A folder whose name is not UTF-8 is remembered by its bytes and opened again by the next
+    // start without a folder argument, also below a UTF-8 name, and also when the field ends in
+    // zeros, as a text box leaves it. A UTF-8 name the record's code page cannot hold opens the
+    // folder above it.
     const QByteArray old = QFile::encodeName(s.at("old"));
     // The temporary folder cannot remove names that are not UTF-8.
     const auto removeAtEnd = qScopeGuard([&] { QProcess::execute(u"/bin/rm"_s, {u"-rf"_s, s.at("old")}); });
@@ -393,5 +385,36 @@ TEST(WindowConfiguration, FolderNamedInWindows1251OpensAgainAtTheNextStart)
         }
         s.toolbar(ShowWav)->trigger();
         EXPECT_EQ(s.list()->rowCount(), c.folder == c.opened ? 1 : 0) << c.folder.toHex(' ').constData();
+    }
+}
+
+// A message box over the hourglass shows the ordinary pointer, and the hourglass comes back.
+TEST(GuiMessages, ShowTheOrdinaryPointerOverTheHourglassAndGiveItBack)
+{
+    GuiMessages messages;
+    GuiBusyCursor busy;
+    for (const bool critical : {false, true}) {
+        busy.begin();
+        // Closes the box that shows, noting its icon, text and the pointer over it.
+        QString seen;
+        QTimer timer;
+        QObject::connect(&timer, &QTimer::timeout, [&] {
+            if (auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget())) {
+                const QCursor *pointer = QApplication::overrideCursor();
+                seen = u"icon %1, pointer %2: "_s.arg(box->icon()).arg(pointer ? pointer->shape() : Qt::ArrowCursor) + box->text();
+                box->accept();
+            }
+        });
+        timer.start(10);
+        const QString text = critical ? u"/opt/kv/codec/lame not found"_s : u"Drive is not ready, change another drive"_s;
+        if (critical)
+            messages.critical(text);
+        else
+            messages.information(text);
+        const QMessageBox::Icon icon = critical ? QMessageBox::Critical : QMessageBox::Information;
+        EXPECT_EQ(seen, u"icon %1, pointer %2: "_s.arg(icon).arg(Qt::ArrowCursor) + text);
+        EXPECT_EQ(QApplication::overrideCursor() ? QApplication::overrideCursor()->shape() : Qt::BlankCursor, Qt::WaitCursor);
+        busy.end();
+        EXPECT_EQ(QApplication::overrideCursor(), nullptr);
     }
 }
