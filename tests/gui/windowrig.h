@@ -152,11 +152,8 @@ struct ProcessRig
         window.reset();
         controller.reset();
         lock = std::make_unique<PosixInstanceLock>(program);
-        Environment e{files, folders, drive, *lock, messages, busy, headerReaders(files), [] { return 2; }, {}};
-        e.processes = &processes;
-        e.clock = &clock;
-        e.wakeups = processes.wakeups();
-        return e;
+        return Environment{files, folders, drive, *lock, messages, busy, headerReaders(files), [] { return 2; },
+                           {}, &processes, &clock, {}, processes.wakeups()};
     }
     StartEnd open(const Environment &environment, const QString &folder, bool programFolderWritable = true)
     {
