@@ -84,7 +84,6 @@ struct Session : ProcessRig
         }
         return nodes.join(u' ');
     }
-    // The name of the picture file an icon shows.
     static QString picture(const QIcon &icon)
     {
         for (const char *name :
@@ -144,29 +143,6 @@ struct Session : ProcessRig
         for (const QString &line : shown())
             if (QString &before = last[line.section(u':', 0, 0)]; before != line)
                 record.append(u"  "_s + (before = line));
-    }
-    void expectRecorded(const char *name) const { expectAsRecorded(QLatin1String(name), record, dir.path()); }
-};
-
-// The window with processes, as the program starts (the player is ready too), with a free space
-// that stays the same, over a music folder of two MP3 files and two WAV files of 2 GB (sparse),
-// which make a step of one kbps show in a forecast.
-struct RecordRig : ProcessRig
-{
-    QString music = dir.path() + u"/music/"_s;
-
-    RecordRig()
-    {
-        folders.clusters = 123456;
-        folders.shrink = 0;
-        installCodecs(program, "#!/bin/sh\n");
-        QDir().mkpath(music + u"older"_s);
-        for (const char *name : {"vbr.mp3", "mono.mp3"})
-            QFile::copy(QStringLiteral(KV_TEST_DATA_DIR "/mp3/") + QLatin1String(name), music + QLatin1String(name));
-        for (const char *name : {"a.wav", "b.wav"}) {
-            QFile::copy(QStringLiteral(KV_TEST_DATA_DIR "/wav/stereo-16bit-44100.wav"), music + QLatin1String(name));
-            QFile(music + QLatin1String(name)).resize(std::int64_t{2} << 30);
-        }
     }
 };
 
@@ -246,7 +222,7 @@ TEST(WindowTree, ClicksKeysFoldsAndDrivesListTheFolderReached)
         s.folders.refused.insert(QDir::cleanPath(s.dir.path()));
         openDrives(), Q_EMIT drives->activated(0);
     });
-    s.expectRecorded("window-tree");
+    expectAsRecorded(u"window-tree"_s, s.record, s.dir.path());
 }
 
 // The Show and Make commands' enabling, the statistics following ticks and options, the
@@ -272,7 +248,7 @@ TEST(WindowCommands, ShowEnablingStatisticsLanguageHelpAndKeys)
     ASSERT_TRUE(s.w("lstMain")->hasFocus());
     s.w<QTreeView>("lstMain")->setCurrentIndex(s.list()->index(0, 0));
     s.step(u"Show Wav, Make All released, Alt+L, Space on the first row"_s, [&] { QTest::keyClick(s.w("lstMain"), Qt::Key_Space); });
-    s.expectRecorded("window-commands");
+    expectAsRecorded(u"window-commands"_s, s.record, s.dir.path());
 
     // The Help panel and F1 open the one document beside the program, whichever the language.
     for (int language = 0; language < 2; ++language) {
@@ -303,7 +279,7 @@ TEST(WindowConfiguration, SavedAtCloseRestoredAtTheNextStartAndRefusedWhileConve
     EXPECT_TRUE(s.window->close());
     ASSERT_EQ(s.start(), StartEnd::Running);
     s.step(u"closed and started again: all as before, the sizes now in Russian units"_s);
-    s.expectRecorded("window-configuration");
+    expectAsRecorded(u"window-configuration"_s, s.record, s.dir.path());
     EXPECT_EQ(QRect(s.window->pos(), s.window->size()), QRect(30, 40, 900, 640));
     // Closed maximised, it opens again where it was before, not over the whole screen.
     s.window->showMaximized();
@@ -387,12 +363,11 @@ TEST(WindowConfiguration, SavedAtCloseRestoredAtTheNextStartAndRefusedWhileConve
     // "Архив" in Windows-1251 bytes beside the UTF-8 one, which the text names first.
     ::mkdir(old.constData(), 0755);
     ::mkdir(old + "/\xC0\xF0\xF5\xE8\xE2", 0755);
-    const QByteArray wav = readAll(QStringLiteral(KV_TEST_DATA_DIR "/wav/stereo-16bit-44100.wav"));
     for (const auto &c : cases) {
         for (qsizetype cut = old.size(); cut != -1; cut = c.folder.indexOf('/', cut + 1))
             ::mkdir(c.folder.left(cut).constData(), 0755);
         ::mkdir(c.folder.constData(), 0755);
-        writeFile(c.folder + "/take.wav", wav);
+        writeFile(c.folder + "/take.wav", readAll(QStringLiteral(KV_TEST_DATA_DIR "/wav/stereo-16bit-44100.wav")));
         ASSERT_EQ(s.start(nameFromBytes(c.folder)), StartEnd::Running);
         ASSERT_TRUE(s.window->close());
         QByteArray record = readAll(s.cfg);
@@ -428,10 +403,7 @@ TEST(GuiMessages, ShowTheOrdinaryPointerOverTheHourglassAndGiveItBack)
         });
         timer.start(10);
         const QString text = critical ? u"/opt/kv/codec/lame not found"_s : u"Drive is not ready, change another drive"_s;
-        if (critical)
-            messages.critical(text);
-        else
-            messages.information(text);
+        (messages.*(critical ? &GuiMessages::critical : &GuiMessages::information))(text);
         const QMessageBox::Icon icon = critical ? QMessageBox::Critical : QMessageBox::Information;
         EXPECT_EQ(seen, u"icon %1, pointer %2: "_s.arg(icon).arg(Qt::ArrowCursor) + text);
         EXPECT_EQ(QApplication::overrideCursor() ? QApplication::overrideCursor()->shape() : Qt::BlankCursor, Qt::WaitCursor);
@@ -445,8 +417,21 @@ TEST(GuiMessages, ShowTheOrdinaryPointerOverTheHourglassAndGiveItBack)
 // with the value it shows and the three forecasts for the WAV files.
 TEST(WindowRecord, WhatEachControlShowsAndEveryOptionValueWithTheForecastsItGives)
 {
-    RecordRig rig;
-    ASSERT_EQ(rig.open(rig.environment(), rig.music), StartEnd::Running);
+    // The window with processes (the player ready too), a free space that stays the same, and two
+    // WAV files of 2 GB (sparse) beside two MP3 files, which make a step of one kbps show in a forecast.
+    ProcessRig rig;
+    const QString music = rig.dir.path() + u"/music/"_s;
+    rig.folders.clusters = 123456;
+    rig.folders.shrink = 0;
+    installCodecs(rig.program, "#!/bin/sh\n");
+    QDir().mkpath(music + u"older"_s);
+    for (const char *name : {"vbr.mp3", "mono.mp3"})
+        QFile::copy(QStringLiteral(KV_TEST_DATA_DIR "/mp3/") + QLatin1String(name), music + QLatin1String(name));
+    for (const char *name : {"a.wav", "b.wav"}) {
+        QFile::copy(QStringLiteral(KV_TEST_DATA_DIR "/wav/stereo-16bit-44100.wav"), music + QLatin1String(name));
+        QFile(music + QLatin1String(name)).resize(std::int64_t{2} << 30);
+    }
+    ASSERT_EQ(rig.open(rig.environment(), music), StartEnd::Running);
     // Wide enough that no toolbar caption breaks in two, whatever the font.
     rig.window->resize(1600, 900);
     rig.window->activateWindow();
@@ -469,16 +454,16 @@ TEST(WindowRecord, WhatEachControlShowsAndEveryOptionValueWithTheForecastsItGive
         }
         return u"Tab: "_s + walk.join(u' ');
     };
+    const std::array modes{"cmbMode", "cmbModeOgg", "cmbModeMpc"};
     for (const char *language : {"english", "russian"}) {
         QStringList whole;
         describeWidgets(rig.window.get(), whole);
         whole.append(tabWalk("drvMain", "drvMain")); // round to the drive list again
         expectAsRecorded(u"window-"_s + QLatin1String(language), whole, rig.dir.path());
-        // Each encoder's options in each of its modes.
         QStringList options;
         for (int tab = 0; tab < 3; ++tab) {
             rig.tab(tab);
-            const char *mode = std::array{"cmbMode", "cmbModeOgg", "cmbModeMpc"}[static_cast<size_t>(tab)];
+            const char *mode = modes.at(static_cast<size_t>(tab));
             for (int i = 0; i < rig.w<QComboBox>(mode)->count(); ++i) {
                 rig.choose(mode, i);
                 describeWidgets(rig.w(u"frEncOpt_%1"_s.arg(tab)), options);
@@ -494,36 +479,31 @@ TEST(WindowRecord, WhatEachControlShowsAndEveryOptionValueWithTheForecastsItGive
     rig.toolbar(ShowWav)->trigger();
     QStringList seen;
     auto note = [&](const QString &value) {
-        QStringList line{value};
-        for (const char *forecast : {"lblInfo_9", "lblInfo_10", "lblInfo_11"})
-            line.append(rig.w<QLabel>(forecast)->text());
-        seen.append(line.join(u" | "_s));
+        const auto forecast = [&](const char *label) { return rig.w<QLabel>(label)->text(); };
+        seen.append(QStringList{value, forecast("lblInfo_9"), forecast("lblInfo_10"), forecast("lblInfo_11")}.join(u" | "_s));
     };
-    const struct { int tab; const char *mode; int index; const char *control, *shows; } options[] = {
-        {0, "cmbMode", 0, "cmbPreset", nullptr}, {0, "cmbMode", 1, "sliAbr", "lblAbr"},
-        {0, "cmbMode", 2, "cmbCbr", nullptr},    {0, "cmbMode", 3, "txtCmd", nullptr},
-        {1, "cmbModeOgg", 0, "sliPresetOgg", "lblPresetOgg"}, {1, "cmbModeOgg", 1, "sliAbrOgg", "lblAbrOgg"},
-        {1, "cmbModeOgg", 2, "txtCmdOgg", nullptr},           {2, "cmbModeMpc", 0, "cmbPresetMpc", nullptr},
-        {2, "cmbModeMpc", 1, "sliMpc", "lblMpc"},             {2, "cmbModeMpc", 2, "txtCmdMpc", nullptr},
-    };
-    for (const auto &o : options) {
-        rig.tab(o.tab);
-        rig.choose(o.mode, o.index);
-        seen.append(QLatin1String(o.control));
-        if (auto *slider = qobject_cast<QSlider *>(rig.w(o.control))) {
+    // Each mode's value control, by page and mode; a slider's value shows in its "lbl" label.
+    const struct { int tab, mode; const char *control; } options[] = {
+        {0, 0, "cmbPreset"}, {0, 1, "sliAbr"},    {0, 2, "cmbCbr"},       {0, 3, "txtCmd"}, {1, 0, "sliPresetOgg"},
+        {1, 1, "sliAbrOgg"}, {1, 2, "txtCmdOgg"}, {2, 0, "cmbPresetMpc"}, {2, 1, "sliMpc"}, {2, 2, "txtCmdMpc"}};
+    for (const auto &[tab, mode, control] : options) {
+        rig.tab(tab);
+        rig.choose(modes.at(static_cast<size_t>(tab)), mode);
+        seen.append(QLatin1String(control));
+        if (auto *slider = qobject_cast<QSlider *>(rig.w(control))) {
             for (int v = slider->minimum(); v <= slider->maximum(); ++v) {
                 slider->setSliderDown(true);
                 slider->setSliderPosition(v);
                 slider->setSliderDown(false);
-                note(QString::number(v) + u' ' + rig.w<QLabel>(o.shows)->text());
+                note(QString::number(v) + u' ' + rig.w<QLabel>(u"lbl"_s + QLatin1String(control + 3))->text());
             }
-        } else if (auto *list = qobject_cast<QComboBox *>(rig.w(o.control))) {
+        } else if (auto *list = qobject_cast<QComboBox *>(rig.w(control))) {
             list->setFocus();
-            rig.choose(o.control, 0);
+            rig.choose(control, 0);
             for (int i = 0; i < list->count(); ++i, QTest::keyClick(list, Qt::Key_Down))
                 note(list->currentText());
         } else {
-            note(rig.w<QLineEdit>(o.control)->text());
+            note(rig.w<QLineEdit>(control)->text());
         }
     }
     expectAsRecorded(u"window-every-option"_s, seen, rig.dir.path());

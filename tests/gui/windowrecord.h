@@ -58,7 +58,6 @@ inline void describeWidgets(QWidget *w, QStringList &out, int depth = 0)
         if (on)
             p.append(QLatin1String(word));
     };
-    // A list's entries in order, the chosen one starred.
     auto entries = [](int count, int chosen, const std::function<QString(int)> &text) {
         QStringList all;
         for (int i = 0; i < count; ++i)
