@@ -304,7 +304,6 @@ TEST(WindowConfiguration, SavedAtCloseRestoredAtTheNextStartAndRefusedWhileConve
         {pastTheModes, false, "English 60"},
     };
     for (const auto &b : bad) {
-        QFile::remove(s.cfg);
         b.folder ? void(QDir().mkpath(s.cfg)) : write(s.cfg, b.bytes);
         ASSERT_EQ(s.start(), StartEnd::Running);
         const QString ogg = QString::number(s.w<QSlider>("sliPresetOgg")->value());
@@ -312,11 +311,11 @@ TEST(WindowConfiguration, SavedAtCloseRestoredAtTheNextStartAndRefusedWhileConve
         EXPECT_TRUE(s.window->width() >= 800 && s.window->height() >= 600 && s.window->close());
         EXPECT_TRUE(b.folder ? QFileInfo(s.cfg).isDir() : QFileInfo(s.cfg).size() == ConfigRecord::kSize) << b.languageAndOggQuality;
         QDir(s.cfg).removeRecursively();
+        QFile::remove(s.cfg);
     }
 
     // A program folder that cannot be written keeps the settings in the user's configuration
     // folder, which is made at the first close.
-    QFile::remove(s.cfg);
     ASSERT_EQ(s.start(s.at("jazz"), false), StartEnd::Running);
     s.language()->click();
     ASSERT_FALSE(QFileInfo::exists(s.dir.path() + u"/config"_s));
@@ -360,13 +359,12 @@ TEST(WindowConfiguration, SavedAtCloseRestoredAtTheNextStartAndRefusedWhileConve
         {old + "/caf\xE9 \x98", old + "/caf\xE9 \x98", old + "/caf\xE9 \x98"}, // Latin-1, and a byte Windows-1251 leaves undefined
         {old + "/\xE6\x97\xA5\xE6\x9C\xAC", old, old + "/??"},                // "日本" in UTF-8
     };
-    // "Архив" in Windows-1251 bytes beside the UTF-8 one, which the text names first.
-    ::mkdir(old.constData(), 0755);
-    ::mkdir(old + "/\xC0\xF0\xF5\xE8\xE2", 0755);
     for (const auto &c : cases) {
         for (qsizetype cut = old.size(); cut != -1; cut = c.folder.indexOf('/', cut + 1))
             ::mkdir(c.folder.left(cut).constData(), 0755);
         ::mkdir(c.folder.constData(), 0755);
+        // "Архив" in Windows-1251 bytes beside the UTF-8 one, which the text names first.
+        ::mkdir(old + "/\xC0\xF0\xF5\xE8\xE2", 0755);
         writeFile(c.folder + "/take.wav", readAll(QStringLiteral(KV_TEST_DATA_DIR "/wav/stereo-16bit-44100.wav")));
         ASSERT_EQ(s.start(nameFromBytes(c.folder)), StartEnd::Running);
         ASSERT_TRUE(s.window->close());
