@@ -8,8 +8,7 @@
 #include "settings/configrecord.h"
 #include "support/fifoguard.h"
 #include "support/qtprinters.h"
-#include "support/recorded.h"
-#include "windowrig.h"
+#include "windowrecord.h"
 
 using namespace kv;
 using namespace kv::test;
@@ -85,7 +84,6 @@ struct Session : ProcessRig
         }
         return nodes.join(u' ');
     }
-    // The name of the picture file an icon shows.
     static QString picture(const QIcon &icon)
     {
         for (const char *name :
@@ -146,7 +144,6 @@ struct Session : ProcessRig
             if (QString &before = last[line.section(u':', 0, 0)]; before != line)
                 record.append(u"  "_s + (before = line));
     }
-    void expectRecorded(const char *name) const { expectAsRecorded(QLatin1String(name), record, dir.path()); }
 };
 
 } // namespace
@@ -225,7 +222,7 @@ TEST(WindowTree, ClicksKeysFoldsAndDrivesListTheFolderReached)
         s.folders.refused.insert(QDir::cleanPath(s.dir.path()));
         openDrives(), Q_EMIT drives->activated(0);
     });
-    s.expectRecorded("window-tree");
+    expectAsRecorded(u"window-tree"_s, s.record, s.dir.path());
 }
 
 // The Show and Make commands' enabling, the statistics following ticks and options, the
@@ -251,7 +248,7 @@ TEST(WindowCommands, ShowEnablingStatisticsLanguageHelpAndKeys)
     ASSERT_TRUE(s.w("lstMain")->hasFocus());
     s.w<QTreeView>("lstMain")->setCurrentIndex(s.list()->index(0, 0));
     s.step(u"Show Wav, Make All released, Alt+L, Space on the first row"_s, [&] { QTest::keyClick(s.w("lstMain"), Qt::Key_Space); });
-    s.expectRecorded("window-commands");
+    expectAsRecorded(u"window-commands"_s, s.record, s.dir.path());
 
     // The Help panel and F1 open the one document beside the program, whichever the language.
     for (int language = 0; language < 2; ++language) {
@@ -262,8 +259,8 @@ TEST(WindowCommands, ShowEnablingStatisticsLanguageHelpAndKeys)
     EXPECT_EQ(s.opened, QStringList(4, s.program + u"help/rus/index.htm"_s));
 }
 
-// Saved at close (refused while converting), restored at the next start, bad files in its place,
-// and a read-only program folder saving in the user's folder.
+// Saved at close (refused while converting), restored at the next start, bad files and FIFOs in
+// its place, a read-only program folder saving in the user's folder, and folder names in bytes.
 TEST(WindowConfiguration, SavedAtCloseRestoredAtTheNextStartAndRefusedWhileConverting)
 {
     Session s;
@@ -282,7 +279,7 @@ TEST(WindowConfiguration, SavedAtCloseRestoredAtTheNextStartAndRefusedWhileConve
     EXPECT_TRUE(s.window->close());
     ASSERT_EQ(s.start(), StartEnd::Running);
     s.step(u"closed and started again: all as before, the sizes now in Russian units"_s);
-    s.expectRecorded("window-configuration");
+    expectAsRecorded(u"window-configuration"_s, s.record, s.dir.path());
     EXPECT_EQ(QRect(s.window->pos(), s.window->size()), QRect(30, 40, 900, 640));
     // Closed maximised, it opens again where it was before, not over the whole screen.
     s.window->showMaximized();
@@ -307,20 +304,18 @@ TEST(WindowConfiguration, SavedAtCloseRestoredAtTheNextStartAndRefusedWhileConve
         {pastTheModes, false, "English 60"},
     };
     for (const auto &b : bad) {
-        QFile::remove(s.cfg);
         b.folder ? void(QDir().mkpath(s.cfg)) : write(s.cfg, b.bytes);
         ASSERT_EQ(s.start(), StartEnd::Running);
         const QString ogg = QString::number(s.w<QSlider>("sliPresetOgg")->value());
         EXPECT_EQ(s.language()->text() + u' ' + ogg, QString::fromUtf8(b.languageAndOggQuality));
-        EXPECT_TRUE(s.window->width() >= 800 && s.window->height() >= 600);
-        EXPECT_TRUE(s.window->close());
+        EXPECT_TRUE(s.window->width() >= 800 && s.window->height() >= 600 && s.window->close());
         EXPECT_TRUE(b.folder ? QFileInfo(s.cfg).isDir() : QFileInfo(s.cfg).size() == ConfigRecord::kSize) << b.languageAndOggQuality;
         QDir(s.cfg).removeRecursively();
+        QFile::remove(s.cfg);
     }
 
     // A program folder that cannot be written keeps the settings in the user's configuration
     // folder, which is made at the first close.
-    QFile::remove(s.cfg);
     ASSERT_EQ(s.start(s.at("jazz"), false), StartEnd::Running);
     s.language()->click();
     ASSERT_FALSE(QFileInfo::exists(s.dir.path() + u"/config"_s));
@@ -330,20 +325,15 @@ TEST(WindowConfiguration, SavedAtCloseRestoredAtTheNextStartAndRefusedWhileConve
     ASSERT_EQ(s.start({}, false), StartEnd::Running);
     EXPECT_EQ(s.language()->text(), u"Русский"_s);
     EXPECT_EQ(s.controller->fileList().currentFolder, s.at("jazz/"));
-}
 
-// A listed file swapped for a FIFO before it is read, and a FIFO in place of the configuration
-// file: opening either would wait for the FIFO's other end.
-TEST(WindowFaults, FifosInPlaceOfAListedFileAndOfTheConfigurationHoldNothing)
-{
-    Session s;
+    // A listed file swapped for a FIFO before it is read, and a FIFO in place of the configuration
+    // file: opening either would wait for the FIFO's other end.
     const QByteArray swapped = QFile::encodeName(s.at("rock/swapped.mp3"));
     const QByteArray cfg = QFile::encodeName(s.cfg);
     FifoGuard listed(swapped);
     FifoGuard config(cfg);
     ASSERT_TRUE(listed.made() && config.made());
     s.folders.swapped[s.at("rock")] = QStringList{u"swapped.mp3"_s};
-
     ASSERT_EQ(s.start(s.at("rock")), StartEnd::Running);
     s.toolbar(ShowMp3)->trigger();
     EXPECT_EQ(s.shown().at(2), u"rows: mono.mp3 vbr.mp3"_s);
@@ -351,14 +341,12 @@ TEST(WindowFaults, FifosInPlaceOfAListedFileAndOfTheConfigurationHoldNothing)
     EXPECT_TRUE(s.window->close());
     EXPECT_FALSE(config.finish()) << "the save at close waited for the FIFO";
     EXPECT_TRUE(isFifo(swapped) && isFifo(cfg));
-}
+    QFile::remove(s.cfg);
 
-// A folder whose name is not UTF-8 is remembered by its bytes and opened again by the next start
-// without a folder argument, also below a UTF-8 name, and also when the field ends in zeros, as a
-// text box leaves it. A UTF-8 name the record's code page cannot hold opens the folder above it.
-TEST(WindowConfiguration, FolderNamedInWindows1251OpensAgainAtTheNextStart)
-{
-    Session s;
+    // A folder whose name is not UTF-8 is remembered by its bytes and opened again by the next
+    // start without a folder argument, also below a UTF-8 name, and also when the field ends in
+    // zeros, as a text box leaves it. A UTF-8 name the record's code page cannot hold opens the
+    // folder above it.
     const QByteArray old = QFile::encodeName(s.at("old"));
     // The temporary folder cannot remove names that are not UTF-8.
     const auto removeAtEnd = qScopeGuard([&] { QProcess::execute(u"/bin/rm"_s, {u"-rf"_s, s.at("old")}); });
@@ -371,15 +359,13 @@ TEST(WindowConfiguration, FolderNamedInWindows1251OpensAgainAtTheNextStart)
         {old + "/caf\xE9 \x98", old + "/caf\xE9 \x98", old + "/caf\xE9 \x98"}, // Latin-1, and a byte Windows-1251 leaves undefined
         {old + "/\xE6\x97\xA5\xE6\x9C\xAC", old, old + "/??"},                // "日本" in UTF-8
     };
-    // "Архив" in Windows-1251 bytes beside the UTF-8 one, which the text names first.
-    ::mkdir(old.constData(), 0755);
-    ::mkdir(old + "/\xC0\xF0\xF5\xE8\xE2", 0755);
-    const QByteArray wav = readAll(QStringLiteral(KV_TEST_DATA_DIR "/wav/stereo-16bit-44100.wav"));
     for (const auto &c : cases) {
         for (qsizetype cut = old.size(); cut != -1; cut = c.folder.indexOf('/', cut + 1))
             ::mkdir(c.folder.left(cut).constData(), 0755);
         ::mkdir(c.folder.constData(), 0755);
-        writeFile(c.folder + "/take.wav", wav);
+        // "Архив" in Windows-1251 bytes beside the UTF-8 one, which the text names first.
+        ::mkdir(old + "/\xC0\xF0\xF5\xE8\xE2", 0755);
+        writeFile(c.folder + "/take.wav", readAll(QStringLiteral(KV_TEST_DATA_DIR "/wav/stereo-16bit-44100.wav")));
         ASSERT_EQ(s.start(nameFromBytes(c.folder)), StartEnd::Running);
         ASSERT_TRUE(s.window->close());
         QByteArray record = readAll(s.cfg);
@@ -394,4 +380,129 @@ TEST(WindowConfiguration, FolderNamedInWindows1251OpensAgainAtTheNextStart)
         s.toolbar(ShowWav)->trigger();
         EXPECT_EQ(s.list()->rowCount(), c.folder == c.opened ? 1 : 0) << c.folder.toHex(' ').constData();
     }
+}
+
+// A message box over the hourglass shows the ordinary pointer, and the hourglass comes back.
+TEST(GuiMessages, ShowTheOrdinaryPointerOverTheHourglassAndGiveItBack)
+{
+    GuiMessages messages;
+    GuiBusyCursor busy;
+    for (const bool critical : {false, true}) {
+        busy.begin();
+        // Closes the box that shows, noting its icon, text and the pointer over it.
+        QString seen;
+        QTimer timer;
+        QObject::connect(&timer, &QTimer::timeout, [&] {
+            if (auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget())) {
+                const QCursor *pointer = QApplication::overrideCursor();
+                seen = u"icon %1, pointer %2: "_s.arg(box->icon()).arg(pointer ? pointer->shape() : Qt::ArrowCursor) + box->text();
+                box->accept();
+            }
+        });
+        timer.start(10);
+        const QString text = critical ? u"/opt/kv/codec/lame not found"_s : u"Drive is not ready, change another drive"_s;
+        (messages.*(critical ? &GuiMessages::critical : &GuiMessages::information))(text);
+        const QMessageBox::Icon icon = critical ? QMessageBox::Critical : QMessageBox::Information;
+        EXPECT_EQ(seen, u"icon %1, pointer %2: "_s.arg(icon).arg(Qt::ArrowCursor) + text);
+        EXPECT_EQ(QApplication::overrideCursor() ? QApplication::overrideCursor()->shape() : Qt::BlankCursor, Qt::WaitCursor);
+        busy.end();
+        EXPECT_EQ(QApplication::overrideCursor(), nullptr);
+    }
+}
+
+// What each control shows and tells in each language and options mode; then every value of every
+// encoder option, taken as a user takes it (a list stepped by its arrow key, a slider dragged),
+// with the value it shows and the three forecasts for the WAV files.
+TEST(WindowRecord, WhatEachControlShowsAndEveryOptionValueWithTheForecastsItGives)
+{
+    // The window with processes (the player ready too), a free space that stays the same, and two
+    // WAV files of 2 GB (sparse) beside two MP3 files, which make a step of one kbps show in a forecast.
+    ProcessRig rig;
+    const QString music = rig.dir.path() + u"/music/"_s;
+    rig.folders.clusters = 123456;
+    rig.folders.shrink = 0;
+    installCodecs(rig.program, "#!/bin/sh\n");
+    QDir().mkpath(music + u"older"_s);
+    for (const char *name : {"vbr.mp3", "mono.mp3"})
+        QFile::copy(QStringLiteral(KV_TEST_DATA_DIR "/mp3/") + QLatin1String(name), music + QLatin1String(name));
+    for (const char *name : {"a.wav", "b.wav"}) {
+        QFile::copy(QStringLiteral(KV_TEST_DATA_DIR "/wav/stereo-16bit-44100.wav"), music + QLatin1String(name));
+        QFile(music + QLatin1String(name)).resize(std::int64_t{2} << 30);
+    }
+    ASSERT_EQ(rig.open(rig.environment(), music), StartEnd::Running);
+    // Wide enough that no toolbar caption breaks in two, whatever the font.
+    rig.window->resize(1600, 900);
+    rig.window->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(rig.window.get()));
+    rig.toolbar(ShowMp3)->trigger();
+    rig.toolbar(MakeAll)->trigger();
+    QApplication::processEvents();
+
+    // Switched there and back first: the English record then also holds that every text comes back.
+    for (int i = 0; i < 2; ++i)
+        rig.w<QToolButton>("stbMain_7")->click();
+    // The way a keyboard user walks with Tab from one control until another takes the focus.
+    auto tabWalk = [&](const char *from, const char *until) {
+        QStringList walk;
+        rig.w(from)->setFocus();
+        for (QWidget *focus = QApplication::focusWidget(); walk.isEmpty() || (focus != rig.w(until) && walk.size() < 40);
+             focus = QApplication::focusWidget()) {
+            walk.append(focus->objectName().isEmpty() ? QLatin1String(focus->metaObject()->className()) : focus->objectName());
+            QTest::keyClick(focus, Qt::Key_Tab);
+        }
+        return u"Tab: "_s + walk.join(u' ');
+    };
+    const std::array modes{"cmbMode", "cmbModeOgg", "cmbModeMpc"};
+    for (const char *language : {"english", "russian"}) {
+        QStringList whole;
+        describeWidgets(rig.window.get(), whole);
+        whole.append(tabWalk("drvMain", "drvMain")); // round to the drive list again
+        expectAsRecorded(u"window-"_s + QLatin1String(language), whole, rig.dir.path());
+        QStringList options;
+        for (int tab = 0; tab < 3; ++tab) {
+            rig.tab(tab);
+            const char *mode = modes.at(static_cast<size_t>(tab));
+            for (int i = 0; i < rig.w<QComboBox>(mode)->count(); ++i) {
+                rig.choose(mode, i);
+                describeWidgets(rig.w(u"frEncOpt_%1"_s.arg(tab)), options);
+                options.append(tabWalk("TabOpt", "cmdDefault"));
+            }
+            rig.choose(mode, 0);
+        }
+        rig.tab(0);
+        expectAsRecorded(u"window-"_s + QLatin1String(language) + u"-options"_s, options, rig.dir.path());
+        rig.w<QToolButton>("stbMain_7")->click();
+    }
+
+    rig.toolbar(ShowWav)->trigger();
+    QStringList seen;
+    auto note = [&](const QString &value) {
+        const auto forecast = [&](const char *label) { return rig.w<QLabel>(label)->text(); };
+        seen.append(QStringList{value, forecast("lblInfo_9"), forecast("lblInfo_10"), forecast("lblInfo_11")}.join(u" | "_s));
+    };
+    // Each mode's value control, by page and mode; a slider's value shows in its "lbl" label.
+    const struct { int tab, mode; const char *control; } options[] = {
+        {0, 0, "cmbPreset"}, {0, 1, "sliAbr"},    {0, 2, "cmbCbr"},       {0, 3, "txtCmd"}, {1, 0, "sliPresetOgg"},
+        {1, 1, "sliAbrOgg"}, {1, 2, "txtCmdOgg"}, {2, 0, "cmbPresetMpc"}, {2, 1, "sliMpc"}, {2, 2, "txtCmdMpc"}};
+    for (const auto &[tab, mode, control] : options) {
+        rig.tab(tab);
+        rig.choose(modes.at(static_cast<size_t>(tab)), mode);
+        seen.append(QLatin1String(control));
+        if (auto *slider = qobject_cast<QSlider *>(rig.w(control))) {
+            for (int v = slider->minimum(); v <= slider->maximum(); ++v) {
+                slider->setSliderDown(true);
+                slider->setSliderPosition(v);
+                slider->setSliderDown(false);
+                note(QString::number(v) + u' ' + rig.w<QLabel>(u"lbl"_s + QLatin1String(control + 3))->text());
+            }
+        } else if (auto *list = qobject_cast<QComboBox *>(rig.w(control))) {
+            list->setFocus();
+            rig.choose(control, 0);
+            for (int i = 0; i < list->count(); ++i, QTest::keyClick(list, Qt::Key_Down))
+                note(list->currentText());
+        } else {
+            note(rig.w<QLineEdit>(control)->text());
+        }
+    }
+    expectAsRecorded(u"window-every-option"_s, seen, rig.dir.path());
 }

@@ -58,7 +58,6 @@ inline void describeWidgets(QWidget *w, QStringList &out, int depth = 0)
         if (on)
             p.append(QLatin1String(word));
     };
-    // A list's entries in order, the chosen one starred.
     auto entries = [](int count, int chosen, const std::function<QString(int)> &text) {
         QStringList all;
         for (int i = 0; i < count; ++i)
@@ -86,8 +85,10 @@ inline void describeWidgets(QWidget *w, QStringList &out, int depth = 0)
         add(u"layout"_s, u"%1 margins %2,%3,%4,%5 spacing %6"_s.arg(QLatin1String(l->metaObject()->className() + 1))
                              .arg(m.left()).arg(m.top()).arg(m.right()).arg(m.bottom()).arg(l->spacing()));
     }
+    // What a label, button or text box shows (a progress bar's follows its value).
+    if (!qobject_cast<QProgressBar *>(w))
+        add(u"text"_s, w->property(qobject_cast<QPlainTextEdit *>(w) ? "plainText" : "text").toString());
     if (auto *l = qobject_cast<QLabel *>(w)) {
-        add(u"text"_s, l->text());
         if (const QPixmap picture = l->pixmap(); !picture.isNull())
             add(u"picture"_s, u"%1x%2"_s.arg(picture.width()).arg(picture.height()));
         if (l->alignment() != (Qt::AlignLeft | Qt::AlignVCenter))
@@ -99,7 +100,6 @@ inline void describeWidgets(QWidget *w, QStringList &out, int depth = 0)
         if (const QMargins m = l->contentsMargins(); !m.isNull())
             add(u"padding"_s, u"%1,%2,%3,%4"_s.arg(m.left()).arg(m.top()).arg(m.right()).arg(m.bottom()));
     } else if (auto *b = qobject_cast<QAbstractButton *>(w)) {
-        add(u"text"_s, b->text());
         mark(b->isCheckable(), b->isChecked() ? "checked" : "unchecked");
         if (const QIcon icon = b->icon(); !icon.isNull()) {
             add(u"icon"_s, u"%1x%2"_s.arg(b->iconSize().width()).arg(b->iconSize().height()));
@@ -112,8 +112,6 @@ inline void describeWidgets(QWidget *w, QStringList &out, int depth = 0)
         add(u"title"_s, g->title());
     } else if (auto *c = qobject_cast<QComboBox *>(w)) {
         add(u"items"_s, entries(c->count(), c->currentIndex(), [c](int i) { return c->itemText(i); }));
-    } else if (auto *e = qobject_cast<QLineEdit *>(w)) {
-        add(u"text"_s, e->text());
     } else if (auto *s = qobject_cast<QAbstractSlider *>(w)) {
         add(u"range"_s, u"%1..%2 step %3 page %4 value %5"_s.arg(s->minimum()).arg(s->maximum()).arg(s->singleStep())
                             .arg(s->pageStep()).arg(s->value()));
@@ -126,8 +124,6 @@ inline void describeWidgets(QWidget *w, QStringList &out, int depth = 0)
         for (QAction *a : bar->actions())
             actions.append(a->isSeparator() ? u"|"_s : a->text() + (a->isChecked() ? u"*"_s : QString()));
         add(u"actions"_s, actions.join(u' '));
-    } else if (auto *text = qobject_cast<QPlainTextEdit *>(w)) {
-        add(u"text"_s, text->toPlainText());
     } else if (auto *view = qobject_cast<QTreeView *>(w)) {
         QAbstractItemModel *m = view->model();
         QStringList columns;

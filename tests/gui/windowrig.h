@@ -70,7 +70,6 @@ inline bool atRightEdge(const QList<QWidget *> &buttons)
     return true;
 }
 
-// Every codec entry of the program folder is this script, executable.
 inline void installCodecs(const QString &program, const QByteArray &script)
 {
     QDir().mkpath(program + QStringLiteral("codec"));
@@ -81,7 +80,6 @@ inline void installCodecs(const QString &program, const QByteArray &script)
     }
 }
 
-// Messages noted as "i text" or "c text" instead of shown.
 struct Recorder : Messages
 {
     QStringList shown;
@@ -152,11 +150,8 @@ struct ProcessRig
         window.reset();
         controller.reset();
         lock = std::make_unique<PosixInstanceLock>(program);
-        Environment e{files, folders, drive, *lock, messages, busy, headerReaders(files), [] { return 2; }, {}};
-        e.processes = &processes;
-        e.clock = &clock;
-        e.wakeups = processes.wakeups();
-        return e;
+        return Environment{files, folders, drive, *lock, messages, busy, headerReaders(files), [] { return 2; },
+                           {}, &processes, &clock, {}, processes.wakeups()};
     }
     StartEnd open(const Environment &environment, const QString &folder, bool programFolderWritable = true)
     {
@@ -191,8 +186,6 @@ struct ProcessRig
     // between its rounds would hide a wake-up that spins the loop.
     static bool waitFor(const std::function<bool()> &done, int ms = 10000)
     {
-        if (done())
-            return true;
         QEventLoop loop;
         QTimer check;
         QObject::connect(&check, &QTimer::timeout, &loop, [&] {

@@ -1,12 +1,19 @@
 #include <gtest/gtest.h>
 
-#include <QCoreApplication>
-
 #include "support/leftovers.h"
+
+// The window's tests, which link the widgets, need a QApplication; the others a core one.
+#ifdef QT_WIDGETS_LIB
+#include <QApplication>
+using TestApplication = QApplication;
+#else
+#include <QCoreApplication>
+using TestApplication = QCoreApplication;
+#endif
 
 int main(int argc, char **argv)
 {
-    QCoreApplication app(argc, argv);
+    TestApplication app(argc, argv);
     ::testing::InitGoogleTest(&argc, argv);
     const kv::test::Leftovers &leftovers = kv::test::Leftovers::install();
     const int failed = RUN_ALL_TESTS();
