@@ -146,11 +146,10 @@ TEST(ConversionFrame, EachMakeCommandRunsItsCodecWithItsCommandLine)
             what += QLatin1String(k.typed) + u" typed, "_s;
         }
         s.toolbar(k.make)->trigger();
-        if (s.shown("frEncode")) {
+        if (s.shown("frEncode"))
             EXPECT_TRUE(s.waitForEnd());
-            EXPECT_EQ(s.cell(0, EncodeJob::TargetSize), u"4 KB"_s);
-        }
-        s.step(what + s.toolbar(k.make)->text());
+        const QString target = s.shown("frEncode") ? u", target "_s + s.cell(0, EncodeJob::TargetSize) : QString();
+        s.step(what + s.toolbar(k.make)->text() + target);
         EXPECT_EQ(jobsSeen.rows, jobsSeen.now()) << "each change of a row is announced to the view";
         if (k.make == MakeMp3) {
             QStringList frame;
@@ -183,8 +182,7 @@ TEST(ConversionFrame, StopBreaksTheWaitingAndALanguageSwitchKeepsTheNextRunGoing
     s.step(u"Stop"_s);
     EXPECT_EQ(cutTexts(s.jobs()), QStringList());
     ASSERT_TRUE(s.waitForEnd());
-    s.step(u"the running jobs ended"_s);
-    EXPECT_EQ(s.logged().size(), 2);
+    s.step(u"the running jobs ended, codecs started: %1"_s.arg(s.logged().size()));
     // Only the new run's jobs are listed, the last run's Stop does not end it, and the window may not close.
     s.close()->click();
     s.toolbar(ShowMp3)->trigger();
@@ -206,10 +204,9 @@ TEST(ConversionFrame, StopBreaksTheWaitingAndALanguageSwitchKeepsTheNextRunGoing
     // A second Make starts nothing; only Close, which refreshes the free space, lets the window close.
     EXPECT_FALSE(s.window->close());
     s.toolbar(MakeWav)->trigger();
-    EXPECT_EQ(s.logged().size(), 4);
     const QString freeBefore = s.w<QLabel>("stbMain_2")->text();
     s.close()->click();
-    s.step(u"Make Wav, Close"_s);
+    s.step(u"Make Wav, Close, codecs started: %1"_s.arg(s.logged().size()));
     EXPECT_NE(s.w<QLabel>("stbMain_2")->text(), freeBefore);
     EXPECT_TRUE(s.window->close());
     expectAsRecorded(u"window-stop-and-language"_s, s.record);
@@ -226,7 +223,8 @@ TEST(ConversionFrame, EightSlotsShowTheirActivityAndTheBarKeepsItsPlace)
     for (QSocketNotifier *n : s.window->findChildren<QSocketNotifier *>())
         QObject::connect(n, &QSocketNotifier::activated, [&] { ++wakeups; });
     s.makeAll(MakeMp3);
-    EXPECT_TRUE(s.waitFor([&] { return s.state().contains(u" / running running running running running running running running / "_s); }));
+    const QString eightRunning = u" / running running running running running running running running / "_s;
+    EXPECT_TRUE(s.waitFor([&] { return s.state().contains(eightRunning); }));
     ASSERT_TRUE(s.waitFor([&] { return s.shown("pbEncode"); }));
     const QRect bar = s.w("pbEncode")->geometry();
     ASSERT_TRUE(s.waitForEnd());
@@ -263,8 +261,7 @@ TEST(ConversionFrame, TypedCommandLinesReachTheEncoderAndAbortThisJobKillsAHungC
     ASSERT_TRUE(line->isVisible());
     line->clear();
     line->setFocus();
-    // Typed at the end, then in the middle: the cursor stays where the user put it, though
-    // another tab is visited meanwhile.
+    // Typed at the end, then in the middle: the cursor stays put, though another tab is visited.
     QTest::keyClicks(line, u"-b 96 2"_s);
     QTest::keyClick(line, Qt::Key_Left);
     QTest::keyClicks(line, u"-q "_s);
@@ -344,8 +341,7 @@ TEST(ConversionFrame, FailedJobsTellWhyAndASignalEndsTheSession)
     const QString rows = u"*crash.wav Error|*empty.wav Error|*fail.wav Error|flood.wav Done!|hang.wav In Progress|ok.wav Done|trickle.wav Done!"_s;
     s.waitFor([&] { return s.rows() == rows; }, 5000);
     ASSERT_EQ(s.rows(), rows);
-    // Of a long error output, the first two lines, a mark, and the last seven of its last 4 KB,
-    // each cut to its last 160 characters.
+    // Of a long error output: two first lines, a mark, the last seven of 4 KB, cut to 160 characters.
     for (int row = 0; row < 7; ++row)
         for (const QString &line : s.cell(row, 0, Qt::ToolTipRole).split(u'\n'))
             s.record.append(s.cell(row, 0) + u": "_s + line);
@@ -368,9 +364,8 @@ TEST(ConversionFrame, FailedJobsTellWhyAndASignalEndsTheSession)
     EXPECT_EQ(QFileInfo(s.controller->configPath()).size(), 10310);
     expectAsRecorded(u"window-failed-jobs"_s, s.record, s.dir.path());
 }
-// The time remaining is the run's time so far scaled by the share of the sources done: finished
-// jobs count whole, a running one by its target's size. A clock that stands still for 10,000 s,
-// past midnight, makes the share show to the second.
+// The time so far scaled by the share of the sources done (a running job's by its target's size)
+// gives the time remaining; a clock that stands still for 10,000 s past midnight shows it to the second.
 TEST(ConversionFrame, TheTimeRemainingFollowsTheFinishedAndTheRunningJobs)
 {
     struct StoppedClock : Clock
@@ -400,10 +395,8 @@ TEST(ConversionFrame, TheTimeRemainingFollowsTheFinishedAndTheRunningJobs)
     EXPECT_EQ(times(), u"5:33:20 0:00:00 20000 of 20000"_s);
 }
 
-// x.wav and x.WAV would both make x.mp3: the later one is left out, and the pane says so; the
-// next run's pane does not tell of it. A make that leaves every source out starts nothing: a
-// Musepack make of an 8000 Hz source, or an MP3 one above a constant 160 kbps, which the
-// encoder refuses below 32 kHz.
+// x.wav and x.WAV would both make x.mp3: the pane tells of the one left out, until the next run. A
+// make that leaves out all starts nothing: Musepack, or a constant MP3 rate over 160 kbps, at 8000 Hz.
 TEST(ConversionFrame, SourcesLeftOutAreShownInThePaneAndAllLeftOutStartNothing)
 {
     Session s(u"x.wav x.WAV"_s);
@@ -463,11 +456,11 @@ TEST(WindowProgram, TellsOfMisuseAndEndsWithItsStatus)
         QStringList lines{u"[%1] %2, signal %3: "_s.arg(display.isEmpty() ? u"no display"_s : display, command.join(u' ')).arg(sig)
                           + (window.exitStatus() == QProcess::NormalExit ? u"status %1"_s.arg(window.exitCode()) : u"crashed"_s)
                           + u", settings %1 bytes"_s.arg(QFileInfo(program + u"kestrvan.cfg"_s).size())};
-        for (const auto &[channel, mark] : {std::pair{QProcess::StandardOutput, u"out| "_s}, {QProcess::StandardError, u"err| "_s}}) {
+        for (const auto &[channel, mark] : {std::pair{QProcess::StandardOutput, "out| "}, {QProcess::StandardError, "err| "}}) {
             window.setReadChannel(channel);
             const QString text = QString::fromUtf8(window.readAll());
             for (const QString &line : text.split(u'\n').first(text.count(u'\n')))
-                lines.append(mark + line);
+                lines.append(QLatin1String(mark) + line);
         }
         return lines;
     };
