@@ -261,9 +261,8 @@ TEST(ConversionFrame, EightSlotsShowTheirActivityAndTheBarKeepsItsPlace)
     EXPECT_TRUE(s.waitFor([&] { return s.rows().count(u" Error"_s) == 10; })) << s.rows().toStdString();
 }
 
-
-// One processor: hang2.wav waits behind a hung codec until the user aborts it. The record holds the
-// frame after each step, the menus, the aborted row's tip, the folder and the codecs' log.
+// One processor: hang2.wav waits behind a hung codec until the user aborts it; the record ends with
+// the aborted row's tip, the folder and the codecs' log.
 TEST(ConversionFrame, AbortThisJobKillsAHungCodecAndTheLastOneEndsTheRun)
 {
     Session s(u"hang1.wav hang2.wav"_s, 1);
@@ -363,7 +362,6 @@ TEST(ConversionFrame, TheTimeRemainingFollowsTheFinishedAndTheRunningJobs)
     clock.now = 9600;
     // held writes 3,000 bytes and waits; each slow one's end sets a new estimate, the last 12,678 s.
     ASSERT_TRUE(s.waitFor([&] { return s.cell(2, 1) == u"Done"_s; }, 5000));
-    // The time so far, the time remaining, and the bar's value of its range.
     const auto times = [&] {
         auto *bar = s.w<QProgressBar>("pbEncode");
         return s.w<QLabel>("lblEncodeTime_0")->text() + u' ' + s.w<QLabel>("lblEncodeTime_1")->text()
