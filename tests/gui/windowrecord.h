@@ -1,7 +1,5 @@
 #pragma once
 
-#include <functional>
-
 #include "support/recorded.h"
 #include "windowrig.h"
 
@@ -162,14 +160,13 @@ inline void describeWidgets(QWidget *w, QStringList &out, int depth = 0)
     }
     out.append(p.join(u' '));
     // Controls made of Qt's own parts are recorded as one.
-    bool inside = true;
     for (const char *whole : {"QAbstractButton", "QComboBox", "QLineEdit", "QAbstractSlider", "QProgressBar", "QTabBar",
                               "QPlainTextEdit", "QTreeView"})
-        inside = inside && !w->inherits(whole);
-    if (inside)
-        for (QObject *o : w->children())
-            if (auto *child = qobject_cast<QWidget *>(o); child && !child->isWindow() && !child->objectName().startsWith(u"qt_"))
-                describeWidgets(child, out, depth + 1);
+        if (w->inherits(whole))
+            return;
+    for (QObject *o : w->children())
+        if (auto *child = qobject_cast<QWidget *>(o); child && !child->isWindow() && !child->objectName().startsWith(u"qt_"))
+            describeWidgets(child, out, depth + 1);
 }
 
 } // namespace kv::test

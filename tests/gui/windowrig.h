@@ -1,7 +1,6 @@
 #pragma once
 
-// What the window's tests share: a program folder of codec entries, a drive list of one
-// temporary folder, and the window's controls found by their object names.
+// The window's tests' program folder, drive list of one temporary folder, and controls by name.
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -59,8 +58,7 @@ struct ModelMirror : QObject
     }
 };
 
-// A frame's command buttons keep to its right edge, side by side at their own width, as a
-// dialog's do.
+// A frame's command buttons keep to its right edge, side by side at their own width, as a dialog's do.
 inline bool atRightEdge(const QList<QWidget *> &buttons)
 {
     int edge = buttons.front()->parentWidget()->contentsRect().right();
@@ -94,9 +92,8 @@ struct OneDrive : Volumes
     std::vector<Volume> mounted() override { return drives; }
 };
 
-// Real folders with a free space that shrinks at every query, so a refreshed panel reads
-// differently; folders refused here (the tests run as any user), and names added to a listing as
-// if swapped in before they are read.
+// Real folders whose free space shrinks at each query, so a refreshed panel reads differently; folders
+// refused here (the tests run as any user), and names added to a listing as if swapped in before reading.
 struct ShrinkingFolders : PosixFolders
 {
     std::int64_t clusters = 100000;
@@ -118,9 +115,8 @@ struct ShrinkingFolders : PosixFolders
     }
 };
 
-// A program folder on a drive of one temporary folder, and the window of a controller started
-// there, whose Make and Play commands start real processes. The window and controller, last,
-// go before the parts they use.
+// The window of a controller started in a program folder there, with real processes for Make and
+// Play. The window and controller, last, go before the parts they use.
 struct ProcessRig
 {
     QTemporaryDir dir;
@@ -166,13 +162,12 @@ struct ProcessRig
         return end;
     }
 
-    template <typename T = QWidget> T *w(const QString &name) const
+    template <typename T = QWidget> T *w(QAnyStringView name) const
     {
-        T *found = window->findChild<T *>(name);
-        EXPECT_NE(found, nullptr) << name.toStdString();
+        T *found = window->findChild<T *>(name.toString());
+        EXPECT_NE(found, nullptr) << name.toString().toStdString();
         return found;
     }
-    template <typename T = QWidget> T *w(const char *name) const { return w<T>(QLatin1String(name)); }
     QAction *toolbar(int position) const { return w<QAction>(QStringLiteral("tbMain_%1").arg(position)); }
     void tab(int i) const { w<QTabBar>("TabOpt")->setCurrentIndex(i); }
     // An entry of a list chosen as a user chooses it: shown, then acted on.
@@ -199,8 +194,7 @@ struct ProcessRig
     }
 };
 
-// The captions and values, past a view's first column, that their column is too narrow to show
-// whole.
+// The captions and values, past a view's first column, that their column is too narrow to show whole.
 inline QStringList cutTexts(const QTreeView *view)
 {
     QStringList cut;
