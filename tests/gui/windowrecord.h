@@ -40,8 +40,7 @@ inline QString place(QLayout *layout, QWidget *w)
     return {};
 }
 
-// What a window shows a user and a screen reader, control by control, one line each: texts, places
-// in the layouts, states and what a screen reader is told. Sizes that follow the font are left out.
+// Each control's texts, places in the layouts, states and screen reader texts, a line each; sizes following the font left out.
 inline void describeWidgets(QWidget *w, QStringList &out, int depth = 0)
 {
     QStringList p{QString(depth * 2, u' ') + QLatin1String(w->metaObject()->className()),

@@ -1,6 +1,5 @@
 #pragma once
 
-// The window's tests' program folder, drive list of one temporary folder, and controls by name.
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -24,8 +23,7 @@
 
 namespace kv::test {
 
-// What a view that keeps its rows holds: the headers, then each row's cells (a bold one marked
-// "*"), as the model's signals announce them. Equal to now() when no change went unannounced.
+// A view's rows as the model's signals announce them (headers first, a bold cell marked "*"): now() unless one went unannounced.
 struct ModelMirror : QObject
 {
     QAbstractItemModel *model;
@@ -33,8 +31,7 @@ struct ModelMirror : QObject
 
     explicit ModelMirror(QAbstractItemModel *m) : model(m)
     {
-        // The window's models change their rows by a reset only.
-        connect(model, &QAbstractItemModel::modelReset, this, [this] { rows = now(); });
+        connect(model, &QAbstractItemModel::modelReset, this, [this] { rows = now(); }); // the models' only row change
         connect(model, &QAbstractItemModel::headerDataChanged, this, [this] { rows.at(0) = now().front(); });
         connect(model, &QAbstractItemModel::dataChanged, this, [this](const QModelIndex &from, const QModelIndex &to) {
             for (int r = from.row(); r <= to.row(); ++r)
@@ -85,15 +82,13 @@ struct Recorder : Messages
     void critical(const QString &t) override { shown.append(QStringLiteral("c ") + t); }
 };
 
-// The temporary folder alone, plus drives plugged in during a test: the tree never wanders.
 struct OneDrive : Volumes
 {
-    std::vector<Volume> drives;
+    std::vector<Volume> drives; // the temporary folder, plus those plugged in during a test: the tree never wanders
     std::vector<Volume> mounted() override { return drives; }
 };
 
-// Real folders whose free space shrinks at each query, so a refreshed panel reads differently; folders
-// refused here (the tests run as any user), and names added to a listing as if swapped in before reading.
+// Real folders: a free space shrinking at each query, folders refused (the tests run as any user), names swapped in.
 struct ShrinkingFolders : PosixFolders
 {
     std::int64_t clusters = 100000;
@@ -115,8 +110,7 @@ struct ShrinkingFolders : PosixFolders
     }
 };
 
-// The window of a controller started in a program folder there, with real processes for Make and
-// Play. The window and controller, last, go before the parts they use.
+// The window of a controller started in a program folder there, with real processes; it and the window, last, go first.
 struct ProcessRig
 {
     QTemporaryDir dir;
@@ -177,8 +171,7 @@ struct ProcessRig
         c->setCurrentIndex(i);
         Q_EMIT c->activated(i);
     }
-    // Waits with the event loop running free, as in the program: a polling wait that sleeps
-    // between its rounds would hide a wake-up that spins the loop.
+    // Lets the event loop run free, as the program does: a wait sleeping between polls would hide a wake-up that spins it.
     static bool waitFor(const std::function<bool()> &done, int ms = 10000)
     {
         QEventLoop loop;
