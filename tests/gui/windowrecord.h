@@ -1,7 +1,5 @@
 #pragma once
 
-#include <functional>
-
 #include "support/recorded.h"
 #include "windowrig.h"
 
@@ -42,8 +40,7 @@ inline QString place(QLayout *layout, QWidget *w)
     return {};
 }
 
-// What a window shows a user and a screen reader, control by control, one line each: texts, places
-// in the layouts, states and what a screen reader is told. Sizes that follow the font are left out.
+// Each control's texts, places in the layouts, states and screen reader texts, a line each; sizes following the font left out.
 inline void describeWidgets(QWidget *w, QStringList &out, int depth = 0)
 {
     QStringList p{QString(depth * 2, u' ') + QLatin1String(w->metaObject()->className()),
@@ -162,14 +159,13 @@ inline void describeWidgets(QWidget *w, QStringList &out, int depth = 0)
     }
     out.append(p.join(u' '));
     // Controls made of Qt's own parts are recorded as one.
-    bool inside = true;
     for (const char *whole : {"QAbstractButton", "QComboBox", "QLineEdit", "QAbstractSlider", "QProgressBar", "QTabBar",
                               "QPlainTextEdit", "QTreeView"})
-        inside = inside && !w->inherits(whole);
-    if (inside)
-        for (QObject *o : w->children())
-            if (auto *child = qobject_cast<QWidget *>(o); child && !child->isWindow() && !child->objectName().startsWith(u"qt_"))
-                describeWidgets(child, out, depth + 1);
+        if (w->inherits(whole))
+            return;
+    for (QObject *o : w->children())
+        if (auto *child = qobject_cast<QWidget *>(o); child && !child->isWindow() && !child->objectName().startsWith(u"qt_"))
+            describeWidgets(child, out, depth + 1);
 }
 
 } // namespace kv::test

@@ -1,7 +1,5 @@
 #pragma once
 
-// What the window's tests share: a program folder of codec entries, a drive list of one
-// temporary folder, and the window's controls found by their object names.
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -25,8 +23,7 @@
 
 namespace kv::test {
 
-// What a view that keeps its rows holds: the headers, then each row's cells (a bold one marked
-// "*"), as the model's signals announce them. Equal to now() when no change went unannounced.
+// A view's rows as the model's signals announce them (headers first, a bold cell marked "*"): now() unless one went unannounced.
 struct ModelMirror : QObject
 {
     QAbstractItemModel *model;
@@ -34,8 +31,7 @@ struct ModelMirror : QObject
 
     explicit ModelMirror(QAbstractItemModel *m) : model(m)
     {
-        // The window's models change their rows by a reset only.
-        connect(model, &QAbstractItemModel::modelReset, this, [this] { rows = now(); });
+        connect(model, &QAbstractItemModel::modelReset, this, [this] { rows = now(); }); // the models' only row change
         connect(model, &QAbstractItemModel::headerDataChanged, this, [this] { rows.at(0) = now().front(); });
         connect(model, &QAbstractItemModel::dataChanged, this, [this](const QModelIndex &from, const QModelIndex &to) {
             for (int r = from.row(); r <= to.row(); ++r)
@@ -59,8 +55,7 @@ struct ModelMirror : QObject
     }
 };
 
-// A frame's command buttons keep to its right edge, side by side at their own width, as a
-// dialog's do.
+// A frame's command buttons keep to its right edge, side by side at their own width, as a dialog's do.
 inline bool atRightEdge(const QList<QWidget *> &buttons)
 {
     int edge = buttons.front()->parentWidget()->contentsRect().right();
@@ -87,16 +82,13 @@ struct Recorder : Messages
     void critical(const QString &t) override { shown.append(QStringLiteral("c ") + t); }
 };
 
-// The temporary folder alone, plus drives plugged in during a test: the tree never wanders.
 struct OneDrive : Volumes
 {
-    std::vector<Volume> drives;
+    std::vector<Volume> drives; // the temporary folder, plus those plugged in during a test: the tree never wanders
     std::vector<Volume> mounted() override { return drives; }
 };
 
-// Real folders with a free space that shrinks at every query, so a refreshed panel reads
-// differently; folders refused here (the tests run as any user), and names added to a listing as
-// if swapped in before they are read.
+// Real folders: a free space shrinking at each query, folders refused (the tests run as any user), names swapped in.
 struct ShrinkingFolders : PosixFolders
 {
     std::int64_t clusters = 100000;
@@ -118,9 +110,7 @@ struct ShrinkingFolders : PosixFolders
     }
 };
 
-// A program folder on a drive of one temporary folder, and the window of a controller started
-// there, whose Make and Play commands start real processes. The window and controller, last,
-// go before the parts they use.
+// The window of a controller started in a program folder there, with real processes; it and the window, last, go first.
 struct ProcessRig
 {
     QTemporaryDir dir;
@@ -166,13 +156,12 @@ struct ProcessRig
         return end;
     }
 
-    template <typename T = QWidget> T *w(const QString &name) const
+    template <typename T = QWidget> T *w(QAnyStringView name) const
     {
-        T *found = window->findChild<T *>(name);
-        EXPECT_NE(found, nullptr) << name.toStdString();
+        T *found = window->findChild<T *>(name.toString());
+        EXPECT_NE(found, nullptr) << name.toString().toStdString();
         return found;
     }
-    template <typename T = QWidget> T *w(const char *name) const { return w<T>(QLatin1String(name)); }
     QAction *toolbar(int position) const { return w<QAction>(QStringLiteral("tbMain_%1").arg(position)); }
     void tab(int i) const { w<QTabBar>("TabOpt")->setCurrentIndex(i); }
     // An entry of a list chosen as a user chooses it: shown, then acted on.
@@ -182,8 +171,7 @@ struct ProcessRig
         c->setCurrentIndex(i);
         Q_EMIT c->activated(i);
     }
-    // Waits with the event loop running free, as in the program: a polling wait that sleeps
-    // between its rounds would hide a wake-up that spins the loop.
+    // Lets the event loop run free, as the program does: a wait sleeping between polls would hide a wake-up that spins it.
     static bool waitFor(const std::function<bool()> &done, int ms = 10000)
     {
         QEventLoop loop;
@@ -199,8 +187,7 @@ struct ProcessRig
     }
 };
 
-// The captions and values, past a view's first column, that their column is too narrow to show
-// whole.
+// The captions and values, past a view's first column, that their column is too narrow to show whole.
 inline QStringList cutTexts(const QTreeView *view)
 {
     QStringList cut;
