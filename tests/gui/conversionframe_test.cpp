@@ -108,36 +108,48 @@ struct Session : ProcessRig
     QStringList record;
     void step(const QString &what)
     {
-        record.append(what + u": "_s + (shown("frEncode") ? state() : u"(no frame)"_s) + u" / %1 beeps"_s.arg(beeps));
+        const QString idle = w<QTimer>("tmrEncode")->isActive() ? u"(no frame, ticking)"_s : u"(no frame)"_s;
+        record.append(what + u": "_s + (shown("frEncode") ? state() : idle) + u" / %1 beeps"_s.arg(beeps));
     }
 };
 
 } // namespace
 
 // Each Make command runs its codec on the ticked files with its command line, the last three a line
-// typed in its box; with Show Wav pressed last, Make Wav is off. The record ends with the codecs' log.
+// typed in its box; with Show Wav pressed last, Make Wav is off. x.wav and x.WAV would both make
+// x.mp3: the pane tells of the one left out, until the next run. A make that leaves out all starts
+// nothing: Musepack, or a constant MP3 rate over 160 kbps, at 8000 Hz. The record ends with the codecs' log.
 TEST(ConversionFrame, EachMakeCommandRunsItsCodecWithItsCommandLine)
 {
-    const struct { int show, make; const char *file; int tab = 0; const char *typed = nullptr, *inserted; } cases[] = {
-        {ShowWav, MakeMp3, ""},
+    const struct { int show, make; const char *file; int cbr = 0, tab = 0; const char *typed = nullptr, *inserted; } cases[] = {
+        {ShowWav, MakeMp3, "none"},
         {ShowWav, MakeMp3, "a.wav"},
+        {ShowWav, MakeMp3, "x.wav x.WAV"},
         {ShowWav, MakeOgg, "a.wav"},
         {ShowWav, MakeMpc, "a.wav"},
+        {ShowWav, MakeMpc, "low.wav"},
         {ShowMp3, MakeWav, "m.mp3"},
         {ShowOgg, MakeWav, "o.ogg"},
         {ShowMpc, MakeWav, "c.mpc"},
         {ShowOgg, MakeWav, "o.ogg"}, // the Show pressed last counts
         {ShowWav, MakeWav, "a.wav"},
-        {ShowWav, MakeMp3, "a.wav", 0, "-b 96 2", "-q "},
-        {ShowWav, MakeOgg, "a.wav", 1, "-q3", " "},
-        {ShowWav, MakeMpc, "a.wav", 2, "--rado", "i"},
+        {ShowWav, MakeMp3, "low.wav", 3}, // 192 kbps
+        {ShowWav, MakeMp3, "low.wav", 4}, // 160 kbps
+        {ShowWav, MakeMp3, "a.wav", 0, 0, "-b 96 2", "-q "},
+        {ShowWav, MakeOgg, "a.wav", 0, 1, "-q3", " "},
+        {ShowWav, MakeMpc, "a.wav", 0, 2, "--rado", "i"},
     };
-    Session s(u"a.wav b.wav m.mp3 o.ogg c.mpc"_s);
+    Session s(u"a.wav b.wav m.mp3 o.ogg c.mpc x.wav x.WAV low.wav"_s);
     const ModelMirror jobsSeen(s.jobs()->model());
     for (const auto &k : cases) {
         s.toolbar(k.show)->trigger();
         s.tick(QLatin1String(k.file));
-        QString what = s.toolbar(k.show)->text() + u", "_s;
+        QString what = u"%1, %2 ticked, "_s.arg(s.toolbar(k.show)->text(), QLatin1String(k.file));
+        if (k.cbr) {
+            s.choose("cmbMode", 2);
+            s.choose("cmbCbr", k.cbr);
+            what += s.w<QComboBox>("cmbCbr")->currentText() + u", "_s;
+        }
         if (k.typed) {
             const QString kind = QStringList{QString(), u"Ogg"_s, u"Mpc"_s}.at(k.tab);
             s.tab(k.tab);
@@ -150,17 +162,16 @@ TEST(ConversionFrame, EachMakeCommandRunsItsCodecWithItsCommandLine)
             QTest::keyClick(box, Qt::Key_Left);
             QTest::keyClicks(box, QLatin1String(k.inserted));
             auto *tabs = s.w<QTabBar>("TabOpt");
-            const int cursor = box->cursorPosition();
             for (const int tab : {(k.tab + 1) % 3, k.tab})
                 QTest::mouseClick(tabs, Qt::LeftButton, {}, tabs->tabRect(tab).center());
-            EXPECT_EQ(box->cursorPosition(), cursor) << k.typed;
-            what += box->text() + u" typed, "_s;
+            what += box->text() + u" typed, cursor at %1, "_s.arg(box->cursorPosition());
         }
         s.toolbar(k.make)->trigger();
-        if (s.shown("frEncode"))
-            EXPECT_TRUE(s.waitForEnd());
+        EXPECT_TRUE(!s.shown("frEncode") || s.waitForEnd());
         const QString target = s.shown("frEncode") ? u", target "_s + s.cell(0, EncodeJob::TargetSize) : QString();
         s.step(what + s.toolbar(k.make)->text() + target);
+        if (s.shown("txtDetails"))
+            s.record.append(s.w<QPlainTextEdit>("txtDetails")->toPlainText());
         EXPECT_EQ(jobsSeen.rows, jobsSeen.now()) << "each change of a row is announced to the view";
         if (&k == &cases[1]) {
             QStringList frame;
@@ -180,11 +191,10 @@ TEST(ConversionFrame, EachMakeCommandRunsItsCodecWithItsCommandLine)
 // font, has its language switched midway: its rows go on in the new language to its end.
 TEST(ConversionFrame, StopBreaksTheWaitingAndALanguageSwitchKeepsTheNextRunGoing)
 {
-    const QFont usual = QApplication::font();
-    QFont large = usual;
+    QFont large = QApplication::font();
+    const auto restore = qScopeGuard([usual = large] { QApplication::setFont(usual); });
     large.setPixelSize(24);
     QApplication::setFont(large);
-    const auto restore = qScopeGuard([&] { QApplication::setFont(usual); });
     Session s(u"slow1.wav slow2.wav slow3.wav slow4.wav slow5.wav slow6.mp3 slow7.mp3"_s);
     // The slots fill at the command, not a tick later; no estimate yet, so no bar or time remaining.
     s.makeAll(MakeMp3);
@@ -207,11 +217,10 @@ TEST(ConversionFrame, StopBreaksTheWaitingAndALanguageSwitchKeepsTheNextRunGoing
     EXPECT_EQ(jobsSeen.rows, jobsSeen.now());
     ASSERT_TRUE(s.waitForEnd());
     // The bar shows once one is done, with a range even for a run under half a second.
-    s.step(u"the run ended"_s);
-    EXPECT_EQ(s.cell(0, EncodeJob::TargetSize), u"4 КБ"_s);
+    s.step(u"the run ended, target %1, current row %2"_s.arg(s.cell(0, EncodeJob::TargetSize))
+               .arg(s.jobs()->currentIndex().row()));
     EXPECT_TRUE(atRightEdge({s.w("cmbEncode_0"), s.close()}));
     EXPECT_GE(s.w<QProgressBar>("pbEncode")->maximum(), 1);
-    EXPECT_EQ(s.jobs()->currentIndex().row(), 1);
     // A second Make starts nothing; only Close, which refreshes the free space, lets the window close.
     EXPECT_FALSE(s.window->close());
     s.toolbar(MakeWav)->trigger();
@@ -234,8 +243,7 @@ TEST(ConversionFrame, EightSlotsShowTheirActivityAndTheBarKeepsItsPlace)
     for (QSocketNotifier *n : s.window->findChildren<QSocketNotifier *>())
         QObject::connect(n, &QSocketNotifier::activated, [&] { ++wakeups; });
     s.makeAll(MakeMp3);
-    const QString eightRunning = u" / running running running running running running running running / "_s;
-    EXPECT_TRUE(s.waitFor([&] { return s.state().contains(eightRunning); }));
+    EXPECT_TRUE(s.waitFor([&] { return s.state().contains(u" /"_s + u" running"_s.repeated(8) + u" / "_s); }));
     ASSERT_TRUE(s.waitFor([&] { return s.shown("pbEncode"); }));
     const QRect bar = s.w("pbEncode")->geometry();
     ASSERT_TRUE(s.waitForEnd());
@@ -323,15 +331,13 @@ TEST(ConversionFrame, FailedJobsTellWhyAndASignalEndsTheSession)
     s.makeAll(MakeMp3);
     // The 8 MB of error output are taken as they come: read at the ticks, they would take 12 s.
     const QString rows = u"*crash.wav Error|*empty.wav Error|*fail.wav Error|flood.wav Done!|hang.wav In Progress|ok.wav Done|trickle.wav Done!"_s;
-    s.waitFor([&] { return s.rows() == rows; }, 5000);
-    ASSERT_EQ(s.rows(), rows);
+    ASSERT_TRUE(s.waitFor([&] { return s.rows() == rows; }, 5000)) << s.rows().toStdString();
     // Of a long error output: two first lines, a mark, the last seven of 4 KB, cut to 160 characters.
     for (int row = 0; row < 7; ++row)
         for (const QString &line : s.cell(row, 0, Qt::ToolTipRole).split(u'\n'))
             s.record.append(s.cell(row, 0) + u": "_s + line);
-    auto *pane = s.w<QPlainTextEdit>("txtDetails");
     s.press(2, Qt::Key_Return);
-    EXPECT_EQ(pane->toPlainText(), u"fail.wav: Error\nno target written\nexit status 1\ncannot read "_s + s.music + u"fail.wav"_s);
+    s.record += s.w<QPlainTextEdit>("txtDetails")->toPlainText().split(u'\n');
     QTest::qWait(1200);
     EXPECT_TRUE(s.shown("txtDetails")) << "the run's ticks leave the pane open";
     s.press(5, Qt::Key_Return); // a row that did not fail closes the pane
@@ -342,10 +348,9 @@ TEST(ConversionFrame, FailedJobsTellWhyAndASignalEndsTheSession)
     ::raise(SIGHUP);
     ::raise(SIGTERM);
     ASSERT_TRUE(s.waitFor([&] { return !ended.empty(); }));
-    EXPECT_EQ(ended, std::vector<int>{SIGHUP});
-    s.record.append(u"after the signals: "_s + s.rows());
+    s.record.append(u"ended by signal %1 of %2, settings %3 bytes: "_s.arg(ended.front()).arg(ended.size())
+                        .arg(QFileInfo(s.controller->configPath()).size()) + s.rows());
     s.record.append(QDir(s.music).entryList({u"hang.*"_s, u"ok.*"_s}, QDir::Files).join(u' '));
-    EXPECT_EQ(QFileInfo(s.controller->configPath()).size(), 10310);
     expectAsRecorded(u"window-failed-jobs"_s, s.record, s.dir.path());
 }
 // The time so far scaled by the share of the sources done (a running job's by its target's size)
@@ -367,45 +372,13 @@ TEST(ConversionFrame, TheTimeRemainingFollowsTheFinishedAndTheRunningJobs)
         return s.w<QLabel>("lblEncodeTime_0")->text() + u' ' + s.w<QLabel>("lblEncodeTime_1")->text()
                + u" %1 of %2"_s.arg(bar->value()).arg(bar->maximum());
     };
-    s.waitFor([&] { return times() == u"2:46:40 0:44:38 10000 of 12678"_s; }, 3000); // at the next tick
-    EXPECT_EQ(times(), u"2:46:40 0:44:38 10000 of 12678"_s);
+    EXPECT_TRUE(s.waitFor([&] { return times() == u"2:46:40 0:44:38 10000 of 12678"_s; }, 3000)) << times().toStdString();
     // Outlasting its estimate, the bar stops there, full, until the end says how long the run took.
     clock.now = 19600;
-    ASSERT_TRUE(s.waitFor([&] { return times().contains(u" 0:00:00 "_s); }));
-    EXPECT_EQ(times(), u"5:33:20 0:00:00 12678 of 12678"_s);
+    ASSERT_TRUE(s.waitFor([&] { return times() == u"5:33:20 0:00:00 12678 of 12678"_s; })) << times().toStdString();
     write(s.music + u"held.mp3.go"_s, "");
     ASSERT_TRUE(s.waitForEnd());
     EXPECT_EQ(times(), u"5:33:20 0:00:00 20000 of 20000"_s);
-}
-
-// x.wav and x.WAV would both make x.mp3: the pane tells of the one left out, until the next run. A
-// make that leaves out all starts nothing: Musepack, or a constant MP3 rate over 160 kbps, at 8000 Hz.
-TEST(ConversionFrame, SourcesLeftOutAreShownInThePaneAndAllLeftOutStartNothing)
-{
-    Session s(u"x.wav x.WAV"_s);
-    s.makeAll(MakeMp3);
-    ASSERT_EQ(s.jobs()->model()->rowCount(), 1);
-    const QString kept = s.cell(0, 0), left = kept == u"x.wav"_s ? u"x.WAV"_s : u"x.wav"_s;
-    EXPECT_TRUE(s.shown("txtDetails"));
-    EXPECT_EQ(s.w<QPlainTextEdit>("txtDetails")->toPlainText(), u"%1 left out: its target x.mp3 is made from %2 in this run"_s.arg(left, kept));
-    EXPECT_TRUE(s.waitForEnd());
-    s.close()->click();
-    s.toolbar(MakeAll)->trigger();
-    s.tick(kept);
-    s.toolbar(MakeOgg)->trigger();
-    EXPECT_FALSE(s.shown("txtDetails"));
-    EXPECT_TRUE(s.waitForEnd());
-    Session low(u"low.wav"_s);
-    low.makeAll(MakeMpc);
-    EXPECT_EQ(low.jobs()->model()->rowCount(), 0);
-    EXPECT_FALSE(low.window->findChild<QTimer *>(u"tmrEncode"_s)->isActive());
-    low.choose("cmbMode", 2);
-    for (const int entry : {3, 4}) { // 192 and 160 kbps
-        low.choose("cmbCbr", entry);
-        low.toolbar(MakeMp3)->trigger();
-        EXPECT_EQ(low.jobs()->model()->rowCount(), entry == 3 ? 0 : 1) << entry;
-    }
-    ASSERT_TRUE(low.waitForEnd());
 }
 
 // The program started with one display or none: a misuse, no display, and each of three signals
@@ -439,12 +412,10 @@ TEST(WindowProgram, TellsOfMisuseAndEndsWithItsStatus)
         QStringList lines{u"[%1] %2, signal %3: "_s.arg(display.isEmpty() ? u"no display"_s : display, command.join(u' ')).arg(sig)
                           + (window.exitStatus() == QProcess::NormalExit ? u"status %1"_s.arg(window.exitCode()) : u"crashed"_s)
                           + u", settings %1 bytes"_s.arg(QFileInfo(program + u"kestrvan.cfg"_s).size())};
-        for (const auto &[channel, mark] : {std::pair{QProcess::StandardOutput, "out| "}, {QProcess::StandardError, "err| "}}) {
-            window.setReadChannel(channel);
-            const QString text = QString::fromUtf8(window.readAll());
-            for (const QString &line : text.split(u'\n').first(text.count(u'\n')))
+        const QByteArray out = window.readAllStandardOutput(), err = window.readAllStandardError();
+        for (const auto &[text, mark] : {std::pair{out, "out| "}, {err, "err| "}})
+            for (const QString &line : QString::fromUtf8(text).split(u'\n').first(text.count('\n')))
                 lines.append(QLatin1String(mark) + line);
-        }
         return lines;
     };
     const QString offscreen = u"QT_QPA_PLATFORM=offscreen"_s, kestrelvane = program + u"kestrelvane"_s;
