@@ -1,10 +1,7 @@
-#include <gtest/gtest.h>
-
 #include <csignal>
 
 #include <sys/resource.h>
 
-#include "support/qtprinters.h"
 #include "support/signalhandled.h"
 #include "windowrecord.h"
 

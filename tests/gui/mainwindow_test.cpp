@@ -1,11 +1,8 @@
-#include <gtest/gtest.h>
-
 #include <sys/stat.h>
 
 #include "platform/nativenames.h"
 #include "settings/configrecord.h"
 #include "support/fifoguard.h"
-#include "support/qtprinters.h"
 #include "windowrecord.h"
 
 using namespace kv;
@@ -250,7 +247,7 @@ TEST(WindowCommands, ShowEnablingStatisticsLanguageHelpAndKeys)
     EXPECT_EQ(s.opened, QStringList(4, s.program + u"help/rus/index.htm"_s));
 }
 
-// Saved at close (not while converting), restored; bad files and FIFOs in its place, a read-only program folder, byte names.
+// Saved at close (not while converting), restored; bad files in its place, a read-only program folder.
 TEST(WindowConfiguration, SavedAtCloseRestoredAtTheNextStartAndRefusedWhileConverting)
 {
     Session s;
@@ -311,8 +308,12 @@ TEST(WindowConfiguration, SavedAtCloseRestoredAtTheNextStartAndRefusedWhileConve
     EXPECT_FALSE(QFileInfo::exists(s.cfg));
     ASSERT_EQ(s.start({}, false), StartEnd::Running);
     EXPECT_EQ(s.language()->text() + u' ' + s.controller->fileList().currentFolder, u"Русский "_s + s.at("jazz/"));
+}
 
-    // A listed file swapped for a FIFO before it is read, and the configuration a FIFO: opening either would wait.
+// A listed file swapped for a FIFO before it is read, and the configuration a FIFO: opening either would wait.
+TEST(WindowFaults, FifosInPlaceOfAListedFileAndOfTheConfigurationHoldNothing)
+{
+    Session s;
     const QByteArray swapped = QFile::encodeName(s.at("rock/swapped.mp3")), cfg = QFile::encodeName(s.cfg);
     FifoGuard listed(swapped), config(cfg);
     ASSERT_TRUE(listed.made() && config.made());
@@ -324,10 +325,13 @@ TEST(WindowConfiguration, SavedAtCloseRestoredAtTheNextStartAndRefusedWhileConve
     EXPECT_TRUE(s.window->close());
     EXPECT_FALSE(config.finish()) << "the save at close waited for the FIFO";
     EXPECT_TRUE(isFifo(swapped) && isFifo(cfg));
-    QFile::remove(s.cfg);
+}
 
-    // A folder named in bytes that are not UTF-8 reopens at the next start, also below a UTF-8 name
-    // and with the field ended in zeros; a UTF-8 name the code page cannot hold opens the one above.
+// A folder named in bytes that are not UTF-8 reopens at the next start, also below a UTF-8 name
+// and with the field ended in zeros; a UTF-8 name the code page cannot hold opens the one above.
+TEST(WindowConfiguration, FolderNamedInWindows1251OpensAgainAtTheNextStart)
+{
+    Session s;
     const QByteArray old = QFile::encodeName(s.at("old"));
     const auto removeAtEnd = qScopeGuard([&] { QProcess::execute(u"/bin/rm"_s, {u"-rf"_s, s.at("old")}); });
     const QByteArray cp1251 = "\xCF\xF0\xEE\xE2\xE5\xF0\xEA\xE0"; // "Проверка" in Windows-1251

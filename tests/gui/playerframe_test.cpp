@@ -4,7 +4,6 @@
 #include <unistd.h>
 
 #include "player/player.h"
-#include "support/qtprinters.h"
 #include "support/recorded.h"
 #include "windowrig.h"
 

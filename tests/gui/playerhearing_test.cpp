@@ -5,7 +5,6 @@
 
 #include "player/player.h"
 #include "sound/soundrecorder.h"
-#include "support/qtprinters.h"
 #include "windowrig.h"
 
 using namespace kv;

@@ -20,6 +20,7 @@
 #include "platform/posix/posixprocesses.h"
 #include "platform/volumes.h"
 #include "support/bytefiles.h"
+#include "support/qtprinters.h"
 
 namespace kv::test {
 
