@@ -119,9 +119,9 @@ struct Session : ProcessRig
 TEST(ConversionFrame, EachMakeCommandRunsItsCodecWithItsCommandLine)
 {
     const struct { int show, make; const char *file; int cbr = 0, tab = 0; const char *typed = nullptr, *inserted; } cases[] = {
+        {ShowWav, MakeMp3, "x.wav x.WAV"}, // first: the pane is told of sources left out by a window's first run too
         {ShowWav, MakeMp3, "none"},
         {ShowWav, MakeMp3, "a.wav"},
-        {ShowWav, MakeMp3, "x.wav x.WAV"},
         {ShowWav, MakeOgg, "a.wav"},
         {ShowWav, MakeMpc, "a.wav"},
         {ShowWav, MakeMpc, "low.wav"},
@@ -167,10 +167,10 @@ TEST(ConversionFrame, EachMakeCommandRunsItsCodecWithItsCommandLine)
         EXPECT_TRUE(!s.shown("frEncode") || s.waitForEnd());
         const QString target = s.shown("frEncode") ? u", target "_s + s.cell(0, EncodeJob::TargetSize) : QString();
         s.step(what + s.toolbar(k.make)->text() + target);
-        if (s.shown("txtDetails"))
+        if (s.shown("frEncode") && s.shown("txtDetails"))
             s.record.append(s.w<QPlainTextEdit>("txtDetails")->toPlainText());
         EXPECT_EQ(jobsSeen.rows, jobsSeen.now()) << "each change of a row is announced to the view";
-        if (&k == &cases[1]) {
+        if (&k == &cases[2]) {
             QStringList frame;
             describeWidgets(s.w("frEncode"), frame);
             // The clock's readings, and the bar that measures time, are all that differ from run to run.
