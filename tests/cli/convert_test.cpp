@@ -106,13 +106,14 @@ TEST(Convert, RunsAsRecorded)
         QStringList targets;
         for (const QFileInfo &target : QDir(folder).entryInfoList({u"*.mp3"_s}))
             targets += u"%1 (%2 bytes)"_s.arg(target.fileName()).arg(target.size());
+        const QStringList started = QString::fromLatin1(readAll(pids)).split(u'\n', Qt::SkipEmptyParts); // "pid nice" of each
         QStringList nice; // each codec's nice over the test's own: a user's nice reaches the codecs
-        for (const QByteArray &started : readAll(pids).trimmed().split('\n')) {
-            nice += QString::number(started.split(' ').value(1).toInt() - ::getpriority(PRIO_PROCESS, 0));
-            const QByteArray stat = readAll(u"/proc/"_s + QString::fromLatin1(started.split(' ').value(0)) + u"/stat"_s);
-            EXPECT_TRUE(stat.isEmpty() || stat.mid(stat.lastIndexOf(')') + 2, 1) == "Z") << started.constData();
+        for (const QString &codec : started) {
+            const QByteArray stat = readAll(u"/proc/"_s + codec.section(u' ', 0, 0) + u"/stat"_s);
+            EXPECT_TRUE(stat.isEmpty() || stat.mid(stat.lastIndexOf(')') + 2, 1) == "Z") << codec.toStdString();
+            nice += QString::number(codec.section(u' ', 1, 1).toInt() - ::getpriority(PRIO_PROCESS, 0));
         }
-        lines += u"codecs started: %1 at nice %2; targets left: %3"_s.arg(readAll(pids).count('\n')).arg(nice.join(u' '), targets.join(u", "_s));
+        lines += u"codecs started: %1 at nice %2; targets left: %3"_s.arg(started.size()).arg(nice.join(u' '), targets.join(u", "_s));
     }
     lines.removeIf([](const QString &line) { return line.startsWith(u"2> ["_s); });
     lines.replaceInStrings(QRegularExpression(u"\t\\d+ (KB|КБ)\t[1-9]\\d* \\1\t[1-9]\\d*\t"_s), u"\tN \\1\tN \\1\tN\t"_s);

@@ -350,6 +350,7 @@ TEST(ConversionFrame, FailedJobsTellWhyAndASignalEndsTheSession)
     s.record.append(QDir(s.music).entryList({u"hang.*"_s, u"ok.*"_s}, QDir::Files).join(u' '));
     expectAsRecorded(u"window-failed-jobs"_s, s.record, s.dir.path());
 }
+
 // The time so far scaled by the share of the sources done (a running job's by its target's size)
 // gives the time remaining; a clock that stands still for 10,000 s past midnight shows it to the second.
 TEST(ConversionFrame, TheTimeRemainingFollowsTheFinishedAndTheRunningJobs)

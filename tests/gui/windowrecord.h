@@ -104,7 +104,7 @@ inline void describeWidgets(QWidget *w, QStringList &out, int depth = 0)
             mark(icon.pixmap(b->iconSize(), QIcon::Active).toImage() != icon.pixmap(b->iconSize()).toImage(), "hover-picture");
         }
         add(u"key"_s, b->shortcut().toString());
-        mark(qobject_cast<QToolButton *>(w) && qobject_cast<QToolButton *>(w)->autoRaise(), "raised-on-hover");
+        mark(w->property("autoRaise").toBool(), "raised-on-hover"); // a tool button's
     } else if (auto *g = qobject_cast<QGroupBox *>(w)) {
         add(u"title"_s, g->title());
     } else if (auto *c = qobject_cast<QComboBox *>(w)) {
